@@ -1,0 +1,138 @@
+#include "app/commands.h"
+
+#include "common/build_info/build_info.h"
+#include "common/db/connection.h"
+#include "common/errors/errors.h"
+#include "common/schema/migrate.h"
+#include "shell/startup/app_home.h"
+#include "shell/startup/server_config.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QSqlDatabase>
+#include <QStringList>
+#include <QTextStream>
+#include <functional>
+
+namespace orvo::app {
+
+namespace {
+
+QTextStream& out() {
+    static QTextStream s(stdout);
+    return s;
+}
+QTextStream& err() {
+    static QTextStream s(stderr);
+    return s;
+}
+
+struct Command {
+    QString name;
+    QString usage;
+    QString help;
+    std::function<int(const QStringList& args)> run;
+};
+
+// Progress of long work on the terminal: one line per step, rewritten in place on a terminal.
+void printProgress(int percent, const QString& label) {
+    out() << QStringLiteral("\r[%1%] %2").arg(percent, 3).arg(label) << Qt::flush;
+    if (percent >= 100)
+        out() << Qt::endl;
+}
+
+QSqlDatabase openConfiguredStore(bool createDefaultConfig) {
+    shell::ensureAppFolders();
+    const QString path = shell::serverConfigPath();
+    if (!QFile::exists(path)) {
+        if (!createDefaultConfig)
+            throw UserError(QStringLiteral("No existe %1: ejecute 'orvo db init'.").arg(path));
+        shell::writeServerConfig(
+            path, shell::ServerConfig::fromFields(QStringLiteral("(local)"), QStringLiteral("ORVO"),
+                                                  false, QString(), QString()));
+    }
+    const shell::ServerConfig config = shell::readServerConfig(path);
+    return db::openConnection(config.connectionSettings(shell::dataDir()),
+                              QStringLiteral("orvo_command"));
+}
+
+int dbInit(const QStringList& args) {
+    const bool demo = args.contains(QStringLiteral("--demo"));
+    QSqlDatabase db = openConfiguredStore(true);
+    out() << "Base de datos: " << db::describe(db) << Qt::endl;
+    const auto result = schema::migrate(db, printProgress);
+    if (result.steps.isEmpty())
+        out() << "El esquema ya está en la versión " << result.toVersion << "." << Qt::endl;
+    for (const QString& s : result.steps)
+        out() << s << Qt::endl;
+    if (demo) {
+        out() << "La tienda de demostración aún no está disponible." << Qt::endl;
+        return 1;
+    }
+    return 0;
+}
+
+const QList<Command>& commands() {
+    static const QList<Command> list = {
+        {QStringLiteral("db"), QStringLiteral("db init [--demo]"),
+         QStringLiteral("crea o actualiza la base de datos de la tienda; --demo la llena con una "
+                        "tienda de demostración"),
+         [](const QStringList& args) {
+             if (args.value(0) != QLatin1String("init")) {
+                 err() << "uso: orvo db init [--demo]" << Qt::endl;
+                 return 2;
+             }
+             return dbInit(args.mid(1));
+         }},
+    };
+    return list;
+}
+
+int printHelp() {
+    out() << "Orvo " << versionString() << Qt::endl
+          << "uso: orvo                 inicia el programa de escritorio" << Qt::endl
+          << "     orvo <comando> ...   ejecuta un comando sin pantalla" << Qt::endl
+          << Qt::endl
+          << "Comandos:" << Qt::endl;
+    for (const Command& c : commands())
+        out() << "  " << c.usage.leftJustified(34) << c.help << Qt::endl;
+    out() << Qt::endl << "La carpeta de la aplicación es ORVO_HOME (hoy: " << shell::appHome()
+          << ")." << Qt::endl;
+    return 0;
+}
+
+} // namespace
+
+int runCommand(int argc, char** argv) {
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("ServidorOrvo"));
+    QStringList args = app.arguments().mid(1);
+    const QString name = args.takeFirst();
+    if (name == QLatin1String("--help") || name == QLatin1String("-h") ||
+        name == QLatin1String("help"))
+        return printHelp();
+    if (name == QLatin1String("--version")) {
+        out() << versionString() << Qt::endl;
+        return 0;
+    }
+    for (const Command& c : commands()) {
+        if (c.name != name)
+            continue;
+        try {
+            return c.run(args);
+        } catch (const UserError& e) {
+            err() << e.text() << Qt::endl;
+        } catch (const DbError& e) {
+            err() << "Error de base de datos " << e.message() << Qt::endl;
+        } catch (const shell::StartupError& e) {
+            err() << e.message() << Qt::endl;
+        } catch (const std::exception& e) {
+            err() << e.what() << Qt::endl;
+        }
+        return 1;
+    }
+    err() << "Comando desconocido: " << name << " (orvo --help lista los comandos)" << Qt::endl;
+    return 2;
+}
+
+} // namespace orvo::app

@@ -1,0 +1,98 @@
+#include "common/dialogs/qt_dialogs.h"
+
+#include <QApplication>
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QFileDialog>
+#include <QFormLayout>
+#include <QInputDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPrintDialog>
+#include <QPrinter>
+
+namespace orvo {
+
+namespace {
+Dialogs* g_override = nullptr;
+} // namespace
+
+Dialogs& dialogs() {
+    static QtDialogs real;
+    return g_override ? *g_override : real;
+}
+
+void setDialogs(Dialogs* d) {
+    g_override = d;
+}
+
+void QtDialogs::information(QWidget* parent, const QString& text, const QString& title) {
+    QMessageBox::information(parent, title, text);
+}
+
+void QtDialogs::warning(QWidget* parent, const QString& text, const QString& title) {
+    QMessageBox::warning(parent, title, text);
+}
+
+void QtDialogs::databaseError(QWidget* parent, const DbError& error) {
+    QMessageBox::critical(parent, QStringLiteral("Error de base de datos"), error.message());
+}
+
+bool QtDialogs::question(QWidget* parent, const QString& text, const QString& title,
+                         bool defaultYes) {
+    return QMessageBox::question(parent, title, text, QMessageBox::Yes | QMessageBox::No,
+                                 defaultYes ? QMessageBox::Yes : QMessageBox::No) ==
+           QMessageBox::Yes;
+}
+
+std::optional<Dialogs::Credentials> QtDialogs::authorisation(QWidget* parent,
+                                                             const QString& prompt) {
+    QDialog dlg(parent);
+    dlg.setObjectName(QStringLiteral("frmAutorizacion"));
+    dlg.setWindowTitle(QStringLiteral("Autorización"));
+    auto* form = new QFormLayout(&dlg);
+    form->addRow(new QLabel(prompt));
+    auto* user = new QLineEdit;
+    user->setObjectName(QStringLiteral("txtUsuario"));
+    auto* pass = new QLineEdit;
+    pass->setObjectName(QStringLiteral("txtClave"));
+    pass->setEchoMode(QLineEdit::Password);
+    form->addRow(QStringLiteral("Usuario:"), user);
+    form->addRow(QStringLiteral("Clave:"), pass);
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
+    form->addRow(buttons);
+    QObject::connect(buttons, &QDialogButtonBox::accepted, &dlg, &QDialog::accept);
+    QObject::connect(buttons, &QDialogButtonBox::rejected, &dlg, &QDialog::reject);
+    if (dlg.exec() != QDialog::Accepted)
+        return std::nullopt;
+    return Credentials{user->text().trimmed(), pass->text()};
+}
+
+std::optional<QString> QtDialogs::textInput(QWidget* parent, const QString& title,
+                                            const QString& label, const QString& text,
+                                            bool password) {
+    bool ok = false;
+    const QString value = QInputDialog::getText(
+        parent, title, label, password ? QLineEdit::Password : QLineEdit::Normal, text, &ok);
+    if (!ok)
+        return std::nullopt;
+    return value;
+}
+
+QString QtDialogs::openFileName(QWidget* parent, const QString& caption, const QString& dir,
+                                const QString& filter) {
+    return QFileDialog::getOpenFileName(parent, caption, dir, filter);
+}
+
+QString QtDialogs::saveFileName(QWidget* parent, const QString& caption, const QString& dir,
+                                const QString& filter) {
+    return QFileDialog::getSaveFileName(parent, caption, dir, filter);
+}
+
+bool QtDialogs::choosePrinter(QWidget* parent, QPrinter& printer) {
+    QPrintDialog dlg(&printer, parent);
+    return dlg.exec() == QDialog::Accepted;
+}
+
+} // namespace orvo

@@ -1,0 +1,81 @@
+#include "common/schema/migrate.h"
+
+#include "common/db/sql.h"
+#include "common/db/transaction.h"
+#include "common/schema/schema.h"
+
+namespace orvo::schema {
+
+namespace {
+
+const QString kVersionTable = QStringLiteral("VERSIONESQUEMA");
+
+void ensureVersionTable(const QSqlDatabase& db) {
+    if (db::tableExists(db, kVersionTable))
+        return;
+    db::execute(db, QStringLiteral("CREATE TABLE VERSIONESQUEMA (Version INTEGER PRIMARY KEY, "
+                                   "Fecha TIMESTAMP, Descripcion VARCHAR(200))"));
+}
+
+// Everything that version `v` adds: new tables whole, new columns and indexes of older tables.
+QStringList statementsFor(int v, db::Engine engine) {
+    QStringList out;
+    for (const Table& t : storeTables()) {
+        if (t.since == v) {
+            out += createStatements(t, engine);
+            continue;
+        }
+        if (t.since > v)
+            continue;
+        for (const Column& c : t.columns)
+            if (c.since == v)
+                out << QStringLiteral("ALTER TABLE %1 ADD COLUMN %2")
+                           .arg(t.name, columnDefinition(c, engine));
+        for (const Index& i : t.indexes)
+            if (i.since == v)
+                out << QStringLiteral("CREATE %1INDEX %2 ON %3 (%4)")
+                           .arg(i.unique ? QStringLiteral("UNIQUE ") : QString(), i.name, t.name,
+                                i.columns.join(QStringLiteral(", ")));
+    }
+    return out;
+}
+
+} // namespace
+
+int appliedVersion(const QSqlDatabase& db) {
+    if (!db::tableExists(db, kVersionTable))
+        return 0;
+    const QVariant v = db::scalar(db, QStringLiteral("SELECT MAX(Version) FROM VERSIONESQUEMA"));
+    return v.isNull() ? 0 : v.toInt();
+}
+
+MigrationResult migrate(const QSqlDatabase& db, const ProgressFn& progress) {
+    MigrationResult result;
+    ensureVersionTable(db);
+    result.fromVersion = appliedVersion(db);
+    const int target = currentVersion();
+    const db::Engine engine = db::engineOf(db);
+    for (int v = result.fromVersion + 1; v <= target; ++v) {
+        const QStringList statements = statementsFor(v, engine);
+        db::Transaction tx(db);
+        int done = 0;
+        for (const QString& s : statements) {
+            db::execute(db, s);
+            ++done;
+            if (progress && (done % 10 == 0 || done == statements.size()))
+                progress(int(100.0 * done / std::max<qsizetype>(1, statements.size())),
+                         QStringLiteral("Versión %1 del esquema").arg(v));
+        }
+        db::execute(db,
+                    QStringLiteral("INSERT INTO VERSIONESQUEMA (Version, Fecha, Descripcion) "
+                                   "VALUES (?, ") +
+                        db::nowExpression(db) + QStringLiteral(", ?)"),
+                    {v, QStringLiteral("%1 sentencias").arg(statements.size())});
+        tx.commit();
+        result.steps << QStringLiteral("Versión %1: %2 sentencias").arg(v).arg(statements.size());
+    }
+    result.toVersion = std::max(result.fromVersion, target);
+    return result;
+}
+
+} // namespace orvo::schema

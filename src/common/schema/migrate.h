@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QSqlDatabase>
+#include <QStringList>
+#include <functional>
+
+namespace orvo::schema {
+
+using ProgressFn = std::function<void(int percent, const QString& label)>;
+
+struct MigrationResult {
+    int fromVersion = 0;
+    int toVersion = 0;
+    QStringList steps; // one line per applied version
+};
+
+// The version the database has reached (0 for an empty database).
+int appliedVersion(const QSqlDatabase& db);
+
+// Creates or upgrades the store schema to the description's version; each version is applied in
+// its own transaction and recorded in VERSIONESQUEMA. Running it again changes nothing.
+MigrationResult migrate(const QSqlDatabase& db, const ProgressFn& progress = {});
+
+} // namespace orvo::schema

@@ -1,0 +1,82 @@
+#pragma once
+
+#include "common/db/connection.h"
+
+#include <QList>
+#include <QSqlDatabase>
+#include <QString>
+#include <QStringList>
+
+namespace orvo::schema {
+
+// The store database described once; DDL for both engines and the numbered migrations are
+// derived from this description. Columns are listed in the order the program inserts them.
+enum class Type {
+    Text,     // VARCHAR(size)
+    Memo,     // TEXT, unbounded
+    SmallInt, // flags, Status, small codes
+    Int,
+    BigInt,
+    Numeric,  // NUMERIC(size, scale): money (18,2), costs (18,5), quantities (18,3)
+    DateTime, // real date-times; days are compared with half-open ranges
+    Identity, // an engine-assigned integer key
+};
+
+struct Column {
+    QString name;
+    Type type = Type::Text;
+    int size = 0;
+    int scale = 0;
+    bool notNull = false;
+    QString defaultValue; // SQL literal, the same on both engines ("0", "''")
+    int since = 1;        // schema version that added the column
+};
+
+struct Index {
+    QString name;
+    QStringList columns;
+    bool unique = false;
+    int since = 1;
+};
+
+struct Table {
+    QString name;
+    QList<Column> columns;
+    QStringList primaryKey; // empty: no key (logs, copies)
+    QList<Index> indexes;
+    int since = 1;
+
+    const Column* column(const QString& name) const;
+};
+
+// Column builders, so the table list reads like the table list of the documentation.
+namespace col {
+Column text(const QString& name, int size);
+Column memo(const QString& name);
+Column smallint(const QString& name, const QString& defaultValue = QStringLiteral("0"));
+Column integer(const QString& name);
+Column bigint(const QString& name);
+Column money(const QString& name);    // NUMERIC(18,2)
+Column cost(const QString& name);     // NUMERIC(18,5)
+Column quantity(const QString& name); // NUMERIC(18,3)
+Column rate(const QString& name);     // NUMERIC(18,8): exchange rates, factors
+Column percent(const QString& name);  // NUMERIC(9,4)
+Column numeric(const QString& name, int precision, int scale);
+Column dateTime(const QString& name);
+Column identity(const QString& name);
+Column since(Column c, int version);
+Column notNull(Column c);
+} // namespace col
+
+// Every table of the store database.
+const QList<Table>& storeTables();
+const Table* findTable(const QString& name);
+
+// The schema version that the description reaches.
+int currentVersion();
+
+// DDL for one table: CREATE TABLE followed by its CREATE INDEX statements.
+QStringList createStatements(const Table& table, db::Engine engine);
+QString columnDefinition(const Column& column, db::Engine engine);
+
+} // namespace orvo::schema

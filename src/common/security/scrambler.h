@@ -1,0 +1,15 @@
+#pragma once
+
+#include <QString>
+
+namespace orvo::security {
+
+// The program's reversible scrambling of passwords (server password in srvsql.txt, users'
+// passwords in USUARIOS). Each character becomes its code in decimal with every digit replaced by
+// a symbol of the program's own alphabet, the group closed by "?". At most 255 characters;
+// longer text throws std::overflow_error.
+QString scramble(const QString& clear);
+// The reverse; groups that are not made of alphabet symbols are skipped.
+QString unscramble(const QString& scrambled);
+
+} // namespace orvo::security
