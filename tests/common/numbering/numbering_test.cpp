@@ -7,6 +7,7 @@
 
 #include <QMutex>
 #include <QSet>
+#include <QSqlRecord>
 #include <gtest/gtest.h>
 #include <thread>
 
@@ -33,12 +34,11 @@ protected:
     }
 
     long long counter(const QString& table, const QString& column, const QString& serial = {}) {
-        const QString where = serial.isEmpty() ? QString() : QStringLiteral(" WHERE Serie = ?");
-        const QVariant v = serial.isEmpty()
-                               ? scalar(QStringLiteral("SELECT %1 FROM %2").arg(column, table))
-                               : scalar(QStringLiteral("SELECT %1 FROM %2 WHERE Serie = ?")
-                                            .arg(column, table),
-                                        {serial});
+        const QVariant v =
+            serial.isEmpty()
+                ? scalar(QStringLiteral("SELECT %1 FROM %2").arg(column, table))
+                : scalar(QStringLiteral("SELECT %1 FROM %2 WHERE Serie = ?").arg(column, table),
+                         {serial});
         return Decimal::fromVariant(v).toLongLong();
     }
 
@@ -135,12 +135,12 @@ TEST_F(Numbering, RegisterDayRecordsTheLastInvoiceOfToday) {
         EXPECT_EQ(nextInvoiceNumber(db(), 1, "CAJA01"), 101);
         tx.commit();
     }
-    EXPECT_EQ(count("DIARIOCAJA", "Serie = ? AND FacturaFinal = ? AND Status = ?",
-                    {"CAJA01", 101, 1}),
-              1);
-    EXPECT_EQ(count("DIARIOCAJA", "Serie = ? AND FacturaFinal = ? AND Status = ?",
-                    {"CAJA01", 100, 2}),
-              1); // yesterday untouched
+    EXPECT_EQ(
+        count("DIARIOCAJA", "Serie = ? AND FacturaFinal = ? AND Status = ?", {"CAJA01", 101, 1}),
+        1);
+    EXPECT_EQ(
+        count("DIARIOCAJA", "Serie = ? AND FacturaFinal = ? AND Status = ?", {"CAJA01", 100, 2}),
+        1); // yesterday untouched
     EXPECT_EQ(count("DIARIOCAJA", "Serie = ? AND Status = ?", {"CAJA02", 0}), 1);
 }
 
@@ -193,9 +193,9 @@ TEST_F(Numbering, RenumberedInvoiceKeepsItsDateAndVoidsTheOldOne) {
         tx.commit();
     }
     ASSERT_EQ(fresh, 101);
-    EXPECT_EQ(dateOf("SELECT Fecha FROM VENTAS WHERE NumeroFactura = ? AND Serie = ?",
-                     {101, "CAJA01"}),
-              kSold);
+    EXPECT_EQ(
+        dateOf("SELECT Fecha FROM VENTAS WHERE NumeroFactura = ? AND Serie = ?", {101, "CAJA01"}),
+        kSold);
     EXPECT_EQ(sumOf("SELECT TotalPago FROM VENTAS WHERE NumeroFactura = ? AND Serie = ?",
                     {101, "CAJA01"}),
               Decimal::fromString(u"110.20"));
@@ -277,8 +277,9 @@ TEST_F(Numbering, RenumberedReturnKeepsItsLinesAndVoidsTheOldOne) {
         ASSERT_EQ(nextReturnNumber(db(), 1, "CAJA01", 7, false), 8);
         tx.commit();
     }
-    EXPECT_EQ(count("DEVVENTAS", "NumeroDevolucion = ? AND NumeroFactura = ? AND "
-                                 "SerieFactura = ? AND TotalMercancia = ?",
+    EXPECT_EQ(count("DEVVENTAS",
+                    "NumeroDevolucion = ? AND NumeroFactura = ? AND "
+                    "SerieFactura = ? AND TotalMercancia = ?",
                     {8, 100, "CAJA01", "40.00"}),
               1);
     EXPECT_EQ(dateOf("SELECT Fecha FROM DEVVENTAS WHERE NumeroDevolucion = ?", {8}), kSold);
@@ -323,9 +324,8 @@ TEST_F(Numbering, BoxesAndDocumentsOfRemissionsAndReceptions) {
     exec("INSERT INTO REMISION (Numero, Sucursal, Status) VALUES (?, ?, ?)", {9, "002", 0});
     exec("INSERT INTO REMISION (Numero, Sucursal, Status) VALUES (?, ?, ?)", {12, "002", 0});
     exec("INSERT INTO RECEPCION (Numero, Sucursal, Status) VALUES (?, ?, ?)", {4, "001", 0});
-    const char* line =
-        "INSERT INTO MOVRECEPCION (Numero, NumeroCaja, Item, CodigoBarra, Cantidad) "
-        "VALUES (?, ?, ?, ?, ?)";
+    const char* line = "INSERT INTO MOVRECEPCION (Numero, NumeroCaja, Item, CodigoBarra, Cantidad) "
+                       "VALUES (?, ?, ?, ?, ?)";
     exec(line, {4, 2, 1, "7501", "1"});
     exec(line, {4, 10, 2, "7502", "1"});
     exec(line, {5, 30, 1, "7502", "1"});

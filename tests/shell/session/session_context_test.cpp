@@ -50,10 +50,11 @@ protected:
               QVariant(), 1, "12.5", 40, "SERVIDOR1", rutaReporte, QVariant()});
     }
     void insertRegister(const QString& serial, int number, int permiteDescuento) {
-        exec("INSERT INTO CAJAS (Serie, Numero, FondoCaja, TipoListaPrecio, TipoVenta, TipoReporte, "
-             "PermiteDescuento, UltimaFactura, IdImpresoraFiscal, UltimaDevolucion) "
-             "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?)",
-             {serial, number, "150.75", 2, 1, 3, permiteDescuento, 0, 7, 0});
+        exec(
+            "INSERT INTO CAJAS (Serie, Numero, FondoCaja, TipoListaPrecio, TipoVenta, TipoReporte, "
+            "PermiteDescuento, UltimaFactura, IdImpresoraFiscal, UltimaDevolucion) "
+            "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?)",
+            {serial, number, "150.75", 2, 1, 3, permiteDescuento, 0, 7, 0});
     }
 };
 
@@ -128,7 +129,6 @@ TEST_F(SessionContextTest, RegisterRowAndUnknownSerialKeepsPreviousValues) {
     EXPECT_EQ(ctx.numero, 4);
     EXPECT_EQ(ctx.idProcesoImpresion, 3);
     EXPECT_EQ(shell::registerPanelText(ctx), QStringLiteral("(Estación sin configurar)"));
-
 }
 
 TEST_F(SessionContextTest, StandardTaxRateIsCodeOne) {
