@@ -92,8 +92,9 @@ QVariant find(const QSqlDatabase& db, const RecordTable& t,
         values << typed(*f, f->isNumeric() ? QVariant(value.toString().trimmed()) : value);
     }
     db::Sql q(db, QStringLiteral("SELECT ") + t.key + QStringLiteral(" FROM ") + t.table +
-                      (where.isEmpty() ? QString() : QStringLiteral(" WHERE ") +
-                                                         where.join(QStringLiteral(" AND "))) +
+                      (where.isEmpty()
+                           ? QString()
+                           : QStringLiteral(" WHERE ") + where.join(QStringLiteral(" AND "))) +
                       QStringLiteral(" ORDER BY ") + t.key + QStringLiteral(" LIMIT 1"));
     for (const QVariant& v : values)
         q.bind(v);

@@ -19,14 +19,14 @@ struct RecordField {
         Status,  // option buttons "Activo" / "Inactivo", 1 / 0
         Choice,  // combo box of codes from `choices` (SELECT code, description ...)
     };
-    QString column;   // as in the table
-    QString control;  // objectName of the control
-    QString label;    // caption beside the control
+    QString column;  // as in the table
+    QString control; // objectName of the control
+    QString label;   // caption beside the control
     Kind kind = Kind::Text;
-    int size = 0;     // maximum length of a text
-    int scale = 0;    // decimals of a Decimal
+    int size = 0;  // maximum length of a text
+    int scale = 0; // decimals of a Decimal
     bool required = false;
-    QString choices;  // for Choice: a query giving code and description, active rows only
+    QString choices; // for Choice: a query giving code and description, active rows only
 
     bool isNumeric() const {
         return kind == Kind::Integer || kind == Kind::Decimal || kind == Kind::Flag ||
@@ -36,14 +36,14 @@ struct RecordField {
 
 // A master table maintained through a record screen: a few lines of description each.
 struct RecordTable {
-    QString formName;  // screen objectName, "frmColores"
-    QString caption;   // window title, "Colores"
-    QString table;     // "COLORES"
-    QString key;       // key column, "Codigo"
+    QString formName;          // screen objectName, "frmColores"
+    QString caption;           // window title, "Colores"
+    QString table;             // "COLORES"
+    QString key;               // key column, "Codigo"
     QList<RecordField> fields; // the key among them
-    int codeWidth = 0; // > 0: Nuevo proposes the next numeric code with this many digits
-    bool numericKey = false; // the key column is a number (IMPUESTOS, TIPO_DESPACHO)
-    QString reportTitle;     // catalogue report title, "Colores"
+    int codeWidth = 0;         // > 0: Nuevo proposes the next numeric code with this many digits
+    bool numericKey = false;   // the key column is a number (IMPUESTOS, TIPO_DESPACHO)
+    QString reportTitle;       // catalogue report title, "Colores"
     // Checked by every write before anything changes (acting user, table); throws UserError.
     std::function<void(const QSqlDatabase&, const QString&)> writeGuard;
 

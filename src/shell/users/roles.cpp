@@ -9,11 +9,12 @@ namespace {
 // Membership of `userCode` in a group meeting `condition` (written over G.CodGrupo and
 // G.NombreGrupo, upper-cased, against upper-case literals).
 bool memberWhere(const QSqlDatabase& db, const QString& userCode, const QString& condition) {
-    return db::exists(db,
-                      QStringLiteral("SELECT UG.CodUsuario FROM USUARIOGRUPO UG INNER JOIN GRUPOS "
-                                     "G ON UG.CodGrupo = G.CodGrupo WHERE UG.CodUsuario = ? AND (") +
-                          condition + QStringLiteral(")"),
-                      {userCode});
+    return db::exists(
+        db,
+        QStringLiteral("SELECT UG.CodUsuario FROM USUARIOGRUPO UG INNER JOIN GRUPOS "
+                       "G ON UG.CodGrupo = G.CodGrupo WHERE UG.CodUsuario = ? AND (") +
+            condition + QStringLiteral(")"),
+        {userCode});
 }
 
 } // namespace

@@ -90,9 +90,10 @@ TEST_F(RecordTableTest, NumericKeysAndDecimals) {
                   {{"Codigo", "2"}, {"Nombre", "REDUCIDA"}, {"PorcentajeImpuesto", "8.50"}}, true);
     EXPECT_EQ(records::find(db(), t, {{"Codigo", "2"}}).toInt(), 2);
     EXPECT_EQ(records::find(db(), t, {{"PorcentajeImpuesto", "16"}}).toInt(), 1);
-    EXPECT_EQ(Decimal::fromVariant(scalar("SELECT PorcentajeImpuesto FROM IMPUESTOS WHERE Codigo = 2"))
-                  .toString(2),
-              "8.50");
+    EXPECT_EQ(
+        Decimal::fromVariant(scalar("SELECT PorcentajeImpuesto FROM IMPUESTOS WHERE Codigo = 2"))
+            .toString(2),
+        "8.50");
 }
 
 TEST_F(RecordTableTest, RefusedDeleteKeepsTheRowAndReportsTheDatabaseError) {

@@ -83,7 +83,8 @@ TEST_F(UserAdmin, SavingReplacesMembershipAndScramblesThePassword) {
     saveUser(db(), "ROOT", user("MARIA", "CAJERO", "secreta"), true);
     EXPECT_EQ(scalar("SELECT CodGrupo FROM USUARIOGRUPO WHERE CodUsuario = 'MARIA'").toString(),
               "CAJE");
-    const QString stored = scalar("SELECT Pasword FROM USUARIOS WHERE CodUsuario = 'MARIA'").toString();
+    const QString stored =
+        scalar("SELECT Pasword FROM USUARIOS WHERE CodUsuario = 'MARIA'").toString();
     EXPECT_NE(stored, "secreta");
     EXPECT_EQ(security::unscramble(stored), "secreta");
 
