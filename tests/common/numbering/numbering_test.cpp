@@ -336,3 +336,34 @@ TEST_F(Numbering, BoxesAndDocumentsOfRemissionsAndReceptions) {
     EXPECT_TRUE(documentHasLines(db(), BoxDocument::Reception, 4));
     EXPECT_FALSE(documentHasLines(db(), BoxDocument::Remission, 12));
 }
+
+TEST_F(Numbering, CounterCorrectionFollowsThePrinterAndNeverLowersReturns) {
+    EXPECT_EQ(readSalesCounters(db(), 1, "CAJA02").lastInvoice, 300);
+    EXPECT_EQ(readSalesCounters(db(), 2, "CAJA02").lastReturn, 40);
+    EXPECT_EQ(readSalesCounters(db(), 1, "CAJA99").lastInvoice, 0);
+
+    try {
+        correctSalesCounters(db(), 1, "CAJA01", {120, 7}, 119);
+        FAIL() << "a counter that disagrees with the printer was accepted";
+    } catch (const UserError& e) {
+        EXPECT_EQ(e.text(), QStringLiteral("El numero de factura no concuerda con el numero de "
+                                           "factura de la impresora...!"));
+    }
+    try {
+        correctSalesCounters(db(), 1, "CAJA01", {120, 6}, 120);
+        FAIL() << "a lower return counter was accepted";
+    } catch (const UserError& e) {
+        EXPECT_EQ(e.text(), QStringLiteral("El numero de devolución nuevo debe ser mayor o igual "
+                                           "al numero actual...!"));
+    }
+    EXPECT_EQ(counter("CAJAS", "UltimaFactura", "CAJA01"), 100);
+
+    correctSalesCounters(db(), 1, "CAJA01", {120, 7}, 120); // an equal return number is fine
+    EXPECT_EQ(counter("CAJAS", "UltimaFactura", "CAJA01"), 120);
+    EXPECT_EQ(counter("CAJAS", "UltimaFactura", "CAJA02"), 300);
+    EXPECT_EQ(counter("PARAMETROS", "UltimaFactura"), 500);
+
+    correctSalesCounters(db(), 2, "CAJA01", {600, 45}, 600);
+    EXPECT_EQ(counter("PARAMETROS", "UltimaFactura"), 600);
+    EXPECT_EQ(counter("PARAMETROS", "UltimaDevolucion"), 45);
+}
