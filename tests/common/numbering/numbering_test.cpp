@@ -294,6 +294,9 @@ TEST_F(Numbering, RenumberedReturnKeepsItsLinesAndVoidsTheOldOne) {
 
 TEST_F(Numbering, FailureHalfWayThroughRenumberingChangesNothing) {
     insertInvoice(100, "CAJA01");
+    exec("INSERT INTO DIARIOCAJA (Serie, Fecha, Numero, FacturaInicial, FacturaFinal, Status) "
+         "VALUES (?, ?, ?, ?, ?, ?)",
+         {"CAJA01", db::dayStart(db::serverNow(db()).date()), 1, 95, 100, 0});
     if (isPostgres()) {
         exec("CREATE FUNCTION falla_pagos() RETURNS trigger AS $$ BEGIN RAISE EXCEPTION 'x'; "
              "END $$ LANGUAGE plpgsql");
@@ -308,6 +311,7 @@ TEST_F(Numbering, FailureHalfWayThroughRenumberingChangesNothing) {
         EXPECT_THROW(nextInvoiceNumber(db(), 1, "CAJA01", 100, true), DbError);
     }
     EXPECT_EQ(counter("CAJAS", "UltimaFactura", "CAJA01"), 100);
+    EXPECT_EQ(count("DIARIOCAJA", "FacturaFinal = ? AND Status = ?", {100, 0}), 1);
     EXPECT_EQ(count("VENTAS"), 1);
     EXPECT_EQ(count("MOVVENTAS"), 2);
     EXPECT_EQ(count("CUENTASXCOBRAR"), 1);
