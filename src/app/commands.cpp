@@ -6,6 +6,7 @@
 #include "common/schema/migrate.h"
 #include "shell/startup/app_home.h"
 #include "shell/startup/server_config.h"
+#include "tools/card_emulator/card_emulator.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -84,6 +85,9 @@ const QList<Command>& commands() {
              }
              return dbInit(args.mid(1));
          }},
+        {QStringLiteral("card-emulator"), QStringLiteral("card-emulator [opciones]"),
+         QStringLiteral("punto de venta VPOS emulado en 127.0.0.1 (ver docs/card-terminal.md)"),
+         tools::card::runCardEmulator},
     };
     return list;
 }
@@ -96,8 +100,9 @@ int printHelp() {
           << "Comandos:" << Qt::endl;
     for (const Command& c : commands())
         out() << "  " << c.usage.leftJustified(34) << c.help << Qt::endl;
-    out() << Qt::endl << "La carpeta de la aplicación es ORVO_HOME (hoy: " << shell::appHome()
-          << ")." << Qt::endl;
+    out() << Qt::endl
+          << "La carpeta de la aplicación es ORVO_HOME (hoy: " << shell::appHome() << ")."
+          << Qt::endl;
     return 0;
 }
 
