@@ -19,6 +19,7 @@ struct Folder {
 };
 
 // Menus in the order they appear; a node's code is its folder's two digits followed by its own.
+// EsPadre is 1 for a folder and 0 for a screen.
 const QList<Folder>& menuTree() {
     static const QList<Folder> tree = {
         {"Archivo",
@@ -175,8 +176,7 @@ void seedMenu(const QSqlDatabase& db) {
         const Folder& folder = tree[f];
         const QString folderCaption = QString::fromUtf8(folder.caption);
         const QString folderCode = QStringLiteral("%1").arg(f + 1, 2, 10, QLatin1Char('0'));
-        seg.insert({1, ++numNodo, kEmpty, folderCode, folderCaption, kEmpty, kEmpty, f + 1,
-                    QStringLiteral("S")});
+        seg.insert({1, ++numNodo, kEmpty, folderCode, folderCaption, kEmpty, kEmpty, f + 1, 1});
         // A folder is offered to a group that may open at least one of its screens.
         grantNode(folderCode, [&](const Grant& g) {
             for (const Leaf& leaf : folder.leaves)
@@ -190,7 +190,7 @@ void seedMenu(const QSqlDatabase& db) {
             const QString code =
                 folderCode + QStringLiteral("%1").arg(l + 1, 2, 10, QLatin1Char('0'));
             seg.insert({2, ++numNodo, folderCode, code, QString::fromUtf8(leaf.caption), kEmpty,
-                        form, l + 1, QStringLiteral("N")});
+                        form, l + 1, 0});
             grantNode(code, [&](const Grant& g) { return g.sees(folderCaption, form); });
         }
     }

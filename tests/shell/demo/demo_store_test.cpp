@@ -322,7 +322,7 @@ TEST_F(DemoStore, CashierSeesSalesAndCashScreensButNotSecurity) {
         EXPECT_FALSE(cashier.contains(form)) << form;
         EXPECT_TRUE(admin.contains(form)) << form;
     }
-    EXPECT_EQ(admin, setOf(column(db(), "SELECT Forma FROM SEG WHERE EsPadre = 'N'")))
+    EXPECT_EQ(admin, setOf(column(db(), "SELECT Forma FROM SEG WHERE EsPadre = 0")))
         << "the administrator sees every screen";
     EXPECT_LT(cashier.size(), 12);
 }
@@ -331,7 +331,7 @@ TEST_F(DemoStore, MenuTreeIsWellFormed) {
     // Every leaf opens one screen, once in the tree, under an existing folder.
     db::Sql leaves(db(), "SELECT L.CodNodo, L.Forma, L.Nivel, P.EsPadre AS PadreEsPadre, "
                          "P.Nivel AS PadreNivel FROM SEG L LEFT JOIN SEG P ON P.CodNodo = "
-                         "L.NodoPadre WHERE L.EsPadre = 'N'");
+                         "L.NodoPadre WHERE L.EsPadre = 0");
     leaves.exec();
     QSet<QString> forms;
     int leafCount = 0;
@@ -341,11 +341,11 @@ TEST_F(DemoStore, MenuTreeIsWellFormed) {
         EXPECT_FALSE(leaves.text("Forma").isEmpty()) << node;
         EXPECT_FALSE(forms.contains(leaves.text("Forma"))) << node;
         forms.insert(leaves.text("Forma"));
-        EXPECT_EQ(leaves.text("PadreEsPadre"), "S") << node;
+        EXPECT_EQ(leaves.integer("PadreEsPadre"), 1) << node;
         EXPECT_EQ(leaves.integer("Nivel"), leaves.integer("PadreNivel") + 1) << node;
     }
     EXPECT_GE(leafCount, 60);
-    EXPECT_EQ(count("SEG", "Nivel = 1 AND EsPadre = 'S'"), 8);
+    EXPECT_EQ(count("SEG", "Nivel = 1 AND EsPadre = 1"), 8);
 
     // Each group has a row for every node, and never sees a screen whose folder it cannot see.
     const int nodes = count("SEG");
