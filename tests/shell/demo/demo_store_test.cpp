@@ -249,10 +249,12 @@ TEST_F(DemoStore, StockArticlesArePricedAboveCostAndSomeAreOnPromotionToday) {
                     "UltimoCosto, PrecioDetal, PrecioMayor, PrecioAfiliado, Promocion, "
                     "PrecioPromocion, FechaInicial, FechaFinal, Status FROM INVENTARIO "
                     "WHERE Tipo = 0");
-    q.exec();
     const QDate today = db::serverNow(db()).date();
+    q.exec();
     int onPromotionToday = 0;
+    int stockArticles = 0;
     while (q.next()) {
+        ++stockArticles;
         const std::string code = q.text("CodigoBarra").toStdString();
         const Decimal average = q.decimal("CostoPromedio");
         const Decimal last = q.decimal("UltimoCosto");
@@ -275,6 +277,7 @@ TEST_F(DemoStore, StockArticlesArePricedAboveCostAndSomeAreOnPromotionToday) {
                 ++onPromotionToday;
         }
     }
+    EXPECT_EQ(stockArticles, count("INVENTARIO", "Tipo = 0"));
     EXPECT_GE(onPromotionToday, 10);
     EXPECT_GT(count("INVENTARIO", "Promocion = 1 AND FechaFinal < ?", {db::dayStart(today)}), 0)
         << "an expired promotion to show the retail price again";
@@ -307,7 +310,7 @@ TEST_F(DemoStore, ClientsOfEveryTypeIncludingTheCashClient) {
               0);
     // The special client (type 3) is priced at cost plus his margin.
     EXPECT_GT(Decimal::fromVariant(scalar("SELECT MIN(PorcentajeUtilidad) FROM CLIENTES "
-                                          "WHERE Tipo = 3")),
+                                          "WHERE Tipo = '3'")),
               Decimal(0));
 }
 
