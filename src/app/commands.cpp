@@ -7,6 +7,7 @@
 #include "shell/demo/demo_store.h"
 #include "shell/startup/app_home.h"
 #include "shell/startup/server_config.h"
+#include "tools/card_emulator/card_emulator.h"
 #include "tools/common/run_until_stopped.h"
 #include "tools/fiscal_emulator/wire_server.h"
 
@@ -136,6 +137,9 @@ const QList<Command>& commands() {
          QStringLiteral("impresora fiscal de software en un pseudo-terminal; escribe en la primera "
                         "línea la ruta del puerto"),
          fiscalEmulator},
+        {QStringLiteral("card-emulator"), QStringLiteral("card-emulator [opciones]"),
+         QStringLiteral("punto de venta VPOS emulado en 127.0.0.1 (ver docs/card-terminal.md)"),
+         tools::card::runCardEmulator},
     };
     return list;
 }
