@@ -4,6 +4,7 @@
 #include "common/db/connection.h"
 #include "common/errors/errors.h"
 #include "common/schema/migrate.h"
+#include "shell/demo/demo_store.h"
 #include "shell/startup/app_home.h"
 #include "shell/startup/server_config.h"
 #include "tools/card_emulator/card_emulator.h"
@@ -69,8 +70,16 @@ int dbInit(const QStringList& args) {
     for (const QString& s : result.steps)
         out() << s << Qt::endl;
     if (demo) {
-        out() << "La tienda de demostración aún no está disponible." << Qt::endl;
-        return 1;
+        if (shell::demo::isDemoStore(db)) {
+            out() << "La tienda de demostración ya está creada en esta base de datos." << Qt::endl;
+        } else {
+            shell::demo::seedDemoStore(db);
+            out() << "Tienda de demostración creada: usuarios ADMIN y CAJERO1, clave 1234."
+                  << Qt::endl;
+        }
+        // This machine sells as the demo register (also when another machine created the store).
+        shell::demo::bindWorkstationToDemoRegister();
+        out() << "Este equipo es la caja " << shell::demo::kDemoSerial << "." << Qt::endl;
     }
     return 0;
 }
