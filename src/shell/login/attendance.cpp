@@ -89,4 +89,8 @@ AttendanceResult recordAttendance(const QSqlDatabase& db, const QString& cardTyp
     return r;
 }
 
+bool cardTypingAllowed(const QSqlDatabase& db) {
+    return db::numericFlag(db::scalar(db, QStringLiteral("SELECT DejarEditar FROM PARAMETROS")));
+}
+
 } // namespace orvo::shell

@@ -25,4 +25,7 @@ struct AttendanceResult {
 AttendanceResult recordAttendance(const QSqlDatabase& db, const QString& card,
                                   const QDateTime& now);
 
+// PARAMETROS.DejarEditar: whether the card number may be typed by hand.
+bool cardTypingAllowed(const QSqlDatabase& db);
+
 } // namespace orvo::shell
