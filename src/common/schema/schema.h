@@ -28,8 +28,9 @@ struct Column {
     int size = 0;
     int scale = 0;
     bool notNull = false;
-    QString defaultValue; // SQL literal, the same on both engines ("0", "''")
-    int since = 1;        // schema version that added the column
+    QString defaultValue;    // SQL literal, the same on both engines ("0", "''")
+    bool defaultNow = false; // the server's local date-time when the insert leaves it out
+    int since = 1;           // schema version that added the column
 };
 
 struct Index {
@@ -66,6 +67,10 @@ Column dateTime(const QString& name);
 Column identity(const QString& name);
 Column since(Column c, int version);
 Column notNull(Column c);
+Column defaultTo(Column c, const QString& sqlLiteral);
+// Set by the server on insert. Only for columns of a new table: SQLite cannot add a column whose
+// default is an expression.
+Column defaultNow(Column c);
 } // namespace col
 
 // Every table of the store database.

@@ -1,0 +1,21 @@
+// Internal to the schema folder: the table list is split by area, storeTables() joins them.
+#pragma once
+
+#include "common/schema/schema.h"
+
+namespace orvo::schema::tables {
+
+// A table whose secondary indexes are named IX_<TABLE>_<columns>, so names never clash across the
+// database. Each entry of `indexes` is the column list of one non-unique index.
+Table table(const QString& name, QList<Column> columns, QStringList primaryKey = {},
+            const QList<QStringList>& indexes = {});
+
+QList<Table> configurationTables(); // company, settings, users and security
+QList<Table> masterTables();        // articles and catalogues
+QList<Table> registerTables();      // registers, their days and cash
+QList<Table> salesTables();         // invoices, returns, receivables, dispatch orders
+QList<Table> purchaseTables();      // purchases, orders, receptions, remissions
+QList<Table> stockTables();         // transfers, adjustments, counts, serials, price lists
+QList<Table> exchangeTables();      // FTP log, mail, export definitions
+
+} // namespace orvo::schema::tables
