@@ -7,12 +7,18 @@ namespace orvo::shell {
 
 namespace {
 
-const QString kDateFormat = QStringLiteral("yyyyMMdd");
-const QString kTimeFormat = QStringLiteral("HH:mm:ss");
+// The day comes from Fecha and the time of day from the hour column, whatever date the hour
+// column carries (rows loaded from older installations keep only the time there).
+QDateTime recordMoment(const db::Sql& q, const QString& hourColumn) {
+    const QDateTime day = q.dateTime(QStringLiteral("Fecha"));
+    const QDateTime hour = q.dateTime(hourColumn);
+    if (!day.isValid() || !hour.isValid())
+        return {};
+    return QDateTime(day.date(), hour.time());
+}
 
-QDateTime recordMoment(const QString& date, const QString& time) {
-    return QDateTime(QDate::fromString(date.trimmed(), kDateFormat),
-                     QTime::fromString(time.trimmed(), kTimeFormat));
+QDateTime wholeSeconds(const QDateTime& t) {
+    return QDateTime(t.date(), QTime(t.time().hour(), t.time().minute(), t.time().second()));
 }
 
 } // namespace
@@ -22,6 +28,7 @@ AttendanceResult recordAttendance(const QSqlDatabase& db, const QString& cardTyp
     using Kind = AttendanceResult::Kind;
     AttendanceResult r;
     r.card = cardTyped.trimmed();
+    const QDateTime at = wholeSeconds(now);
     db::Transaction tx(db);
 
     // A clock set back would let a worker record a time already past.
@@ -30,14 +37,13 @@ AttendanceResult recordAttendance(const QSqlDatabase& db, const QString& cardTyp
                                         "ORDER BY Numero DESC LIMIT 1"));
         last.exec();
         if (last.next()) {
-            const QString date = last.text(QStringLiteral("Fecha"));
-            QDateTime latest = recordMoment(date, last.text(QStringLiteral("HoraEntrada")));
+            QDateTime latest = recordMoment(last, QStringLiteral("HoraEntrada"));
             if (!last.isNull(QStringLiteral("HoraSalida"))) {
-                const QDateTime out = recordMoment(date, last.text(QStringLiteral("HoraSalida")));
-                if (out.isValid() && out > latest)
+                const QDateTime out = recordMoment(last, QStringLiteral("HoraSalida"));
+                if (out.isValid() && (!latest.isValid() || out > latest))
                     latest = out;
             }
-            if (latest.isValid() && latest > now) {
+            if (latest.isValid() && latest > at) {
                 r.kind = Kind::InvalidDate;
                 r.condition = QStringLiteral("FECHA NO VALIDA");
                 return r;
@@ -46,9 +52,9 @@ AttendanceResult recordAttendance(const QSqlDatabase& db, const QString& cardTyp
     }
 
     db::Sql today(db, QStringLiteral("SELECT Numero, Cedula, Fecha, HoraEntrada, HoraSalida FROM "
-                                     "CONTROLACCESO WHERE Fecha = ? AND Cedula = ? "
+                                     "CONTROLACCESO WHERE Fecha >= ? AND Fecha < ? AND Cedula = ? "
                                      "ORDER BY Numero DESC LIMIT 1"));
-    today.bindAll({now.date().toString(kDateFormat), r.card}).exec();
+    today.bindAll({db::dayStart(at.date()), db::nextDayStart(at.date()), r.card}).exec();
     const bool hasToday = today.next();
 
     db::Sql worker(db, QStringLiteral("SELECT Cedula, Nombre FROM TRABAJADORES WHERE Cedula = ?"));
@@ -61,15 +67,14 @@ AttendanceResult recordAttendance(const QSqlDatabase& db, const QString& cardTyp
     r.name = worker.text(QStringLiteral("Nombre")).trimmed();
 
     if (hasToday && today.isNull(QStringLiteral("HoraSalida"))) {
-        const QTime entered =
-            QTime::fromString(today.text(QStringLiteral("HoraEntrada")).trimmed(), kTimeFormat);
-        if (entered.isValid() && entered.secsTo(now.time()) <= 59) {
+        const QDateTime entered = recordMoment(today, QStringLiteral("HoraEntrada"));
+        if (entered.isValid() && entered.secsTo(at) <= 59) {
             r.kind = Kind::EntryRepeated;
             r.condition = QStringLiteral("SU ENTRADA FUE REGISTRADA");
             return r;
         }
         db::execute(db, QStringLiteral("UPDATE CONTROLACCESO SET HoraSalida = ? WHERE Numero = ?"),
-                    {now.time().toString(kTimeFormat), today.value(QStringLiteral("Numero"))});
+                    {at, today.value(QStringLiteral("Numero"))});
         tx.commit();
         r.kind = Kind::Exit;
         r.condition = QStringLiteral("SU SALIDA FUE REGISTRADA");
@@ -82,7 +87,7 @@ AttendanceResult recordAttendance(const QSqlDatabase& db, const QString& cardTyp
     db::execute(db,
                 QStringLiteral("INSERT INTO CONTROLACCESO (Numero, Cedula, Fecha, HoraEntrada) "
                                "VALUES(?, ?, ?, ?)"),
-                {next, r.card, now.date().toString(kDateFormat), now.time().toString(kTimeFormat)});
+                {next, r.card, db::dayStart(at.date()), at});
     tx.commit();
     r.kind = Kind::Entry;
     r.condition = QStringLiteral("SU ENTRADA FUE REGISTRADA");

@@ -76,7 +76,8 @@ AttendanceScreen::AttendanceScreen(QWidget* parent) : QWidget(parent) {
         if (!m_typingAllowed && text.size() == 1)
             m_editing->start();
     });
-    connect(m_card, &QLineEdit::returnPressed, this, [this] { guarded(this, [&] { cardEntered(); }); });
+    connect(m_card, &QLineEdit::returnPressed, this,
+            [this] { guarded(this, [&] { cardEntered(); }); });
     showClock();
 }
 

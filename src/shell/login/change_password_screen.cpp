@@ -54,8 +54,7 @@ void ChangePasswordScreen::changeIt() {
                        m_confirm->text());
     } catch (const LoginRefused& refused) {
         dialogs().information(this, refused.text());
-        QLineEdit* field =
-            refused.field() == LoginRefused::Field::NewPassword ? m_new : m_current;
+        QLineEdit* field = refused.field() == LoginRefused::Field::NewPassword ? m_new : m_current;
         field->setFocus();
         field->selectAll();
         return;

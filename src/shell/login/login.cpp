@@ -28,10 +28,11 @@ LoggedUser checkLogin(const QSqlDatabase& db, const QString& user, const QString
 void changePassword(const QSqlDatabase& db, const QString& userCode, const QString& current,
                     const QString& newPassword, const QString& confirmation) {
     db::Transaction tx(db);
-    const int matched = db::execute(
-        db, QStringLiteral("UPDATE USUARIOS SET Pasword = Pasword WHERE CodUsuario = ? AND "
-                           "Pasword = ?"),
-        {userCode, security::scramble(current)});
+    const int matched =
+        db::execute(db,
+                    QStringLiteral("UPDATE USUARIOS SET Pasword = Pasword WHERE CodUsuario = ? AND "
+                                   "Pasword = ?"),
+                    {userCode, security::scramble(current)});
     if (matched == 0)
         throw LoginRefused(QStringLiteral("Clave invalida.... !"), Field::CurrentPassword);
     if (newPassword != confirmation)

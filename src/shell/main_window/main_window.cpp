@@ -91,8 +91,8 @@ MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent) {
     m_recordToolbar = new RecordToolbar(this);
     addToolBar(m_recordToolbar);
     m_recordToolbar->addSeparator();
-    m_sessionAction = m_recordToolbar->addAction(
-        style()->standardIcon(QStyle::SP_DialogYesButton), QStringLiteral("Sesión"));
+    m_sessionAction = m_recordToolbar->addAction(style()->standardIcon(QStyle::SP_DialogYesButton),
+                                                 QStringLiteral("Sesión"));
     m_sessionAction->setObjectName(QStringLiteral("Sesion"));
     m_sessionAction->setToolTip(QStringLiteral("Iniciar o cerrar la sesión"));
     connect(m_sessionAction, &QAction::triggered, this, [this] { sessionButton(); });
@@ -314,13 +314,11 @@ void MainWindow::buildFixedMenus() {
                                  [this] { rebuildMenu(); });
     m_sessionOnlyActions << item(sistema, "A2", QStringLiteral("Estructura del menú"),
                                  [this] { openForm(QStringLiteral("FrmEstructura")); });
-    m_switchAction = item(sistema, "A3",
-                          m_menuOption == kMenuTree ? QStringLiteral("Cambiar a menú XP")
-                                                    : QStringLiteral("Cambiar a menú explorador"),
-                          [this] {
-                              setMenuPresentation(m_menuOption == kMenuTree ? kMenuBar
-                                                                            : kMenuTree);
-                          });
+    m_switchAction =
+        item(sistema, "A3",
+             m_menuOption == kMenuTree ? QStringLiteral("Cambiar a menú XP")
+                                       : QStringLiteral("Cambiar a menú explorador"),
+             [this] { setMenuPresentation(m_menuOption == kMenuTree ? kMenuBar : kMenuTree); });
     m_sessionOnlyActions << m_switchAction;
     m_sessionOnlyActions << item(sistema, "A4", QStringLiteral("Fuente del menú principal..."),
                                  [this] { chooseMenuFont(); });
@@ -397,15 +395,15 @@ void MainWindow::buildMenuBar(const QList<MenuNode>& nodes) {
 void MainWindow::buildTree(const QList<MenuNode>& nodes) {
     const QIcon folder = style()->standardIcon(QStyle::SP_DirIcon);
     const QIcon leaf = style()->standardIcon(QStyle::SP_FileIcon);
-    std::function<void(QTreeWidgetItem*, const MenuNode&)> addNode =
-        [&](QTreeWidgetItem* parent, const MenuNode& n) {
-            auto* item = parent ? new QTreeWidgetItem(parent) : new QTreeWidgetItem(m_tree);
-            item->setText(0, n.caption);
-            item->setData(0, Qt::UserRole, n.code);
-            item->setIcon(0, n.children.isEmpty() && !n.form.isEmpty() ? leaf : folder);
-            for (const MenuNode& c : n.children)
-                addNode(item, c);
-        };
+    std::function<void(QTreeWidgetItem*, const MenuNode&)> addNode = [&](QTreeWidgetItem* parent,
+                                                                         const MenuNode& n) {
+        auto* item = parent ? new QTreeWidgetItem(parent) : new QTreeWidgetItem(m_tree);
+        item->setText(0, n.caption);
+        item->setData(0, Qt::UserRole, n.code);
+        item->setIcon(0, n.children.isEmpty() && !n.form.isEmpty() ? leaf : folder);
+        for (const MenuNode& c : n.children)
+            addNode(item, c);
+    };
     for (const MenuNode& n : nodes)
         addNode(nullptr, n);
     auto* switchItem = new QTreeWidgetItem(m_tree);
@@ -536,9 +534,8 @@ void MainWindow::openHelp() {
 // --- pending exchange files ---------------------------------------------------------------------
 
 void MainWindow::checkPendingFiles() {
-    const PendingFiles pending = scanPendingFiles(session().appFolder.isEmpty()
-                                                      ? appHome()
-                                                      : session().appFolder);
+    const PendingFiles pending =
+        scanPendingFiles(session().appFolder.isEmpty() ? appHome() : session().appFolder);
     for (const TaskButton& b : kTaskButtons) {
         if (QAction* a = m_taskBar->findChild<QAction*>(QString::fromLatin1(b.key)))
             a->setEnabled(pending.buttons.contains(QString::fromLatin1(b.key)));
@@ -573,9 +570,9 @@ void MainWindow::externalBackupReminder() {
         this, QStringLiteral("Debe realizar respaldo en un dispositivo externo USB...!"),
         QStringLiteral("Repaldo externo"));
     const QString suggested = backupFileName(QDir::homePath(), mainDb(), QDate::currentDate());
-    const QString target = dialogs().saveFileName(
-        this, QStringLiteral("Respaldo externo"), suggested,
-        QStringLiteral("Respaldo (*_RESP.BAK)"));
+    const QString target =
+        dialogs().saveFileName(this, QStringLiteral("Respaldo externo"), suggested,
+                               QStringLiteral("Respaldo (*_RESP.BAK)"));
     if (target.isEmpty())
         return;
     QString file = target;
@@ -590,10 +587,9 @@ void MainWindow::externalBackupReminder() {
 
 void MainWindow::registerVersions() {
     guarded(this, [&] {
-        registerExecutableVersions(mainDb(), session().serial,
-                                   QCoreApplication::applicationDirPath(),
-                                   QFileInfo(QCoreApplication::applicationFilePath()).fileName(),
-                                   versionString());
+        registerExecutableVersions(
+            mainDb(), session().serial, QCoreApplication::applicationDirPath(),
+            QFileInfo(QCoreApplication::applicationFilePath()).fileName(), versionString());
     });
 }
 
@@ -606,10 +602,9 @@ bool MainWindow::confirmCloseScreens() {
             continue;
         const bool adding = w->property("orvoMode").toString() == QLatin1String("adding");
         const QString caption = w->windowTitle();
-        const QString text =
-            (adding ? QStringLiteral("Esta incluyendo un nuevo registro en ")
-                    : QStringLiteral("Esta modificando un registro en ")) +
-            caption + QStringLiteral(" ¿Desea cancelar la operación?");
+        const QString text = (adding ? QStringLiteral("Esta incluyendo un nuevo registro en ")
+                                     : QStringLiteral("Esta modificando un registro en ")) +
+                             caption + QStringLiteral(" ¿Desea cancelar la operación?");
         m_mdi->setActiveSubWindow(sub);
         if (!dialogs().question(this, text, QStringLiteral("Información"), false))
             return false;

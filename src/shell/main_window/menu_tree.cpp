@@ -46,8 +46,7 @@ QList<MenuNode> buildTree(const QList<Row>& rows) {
 
 } // namespace
 
-QList<MenuNode> loadUserMenu(const QSqlDatabase& db, const QString& userCode,
-                             bool withSeparators) {
+QList<MenuNode> loadUserMenu(const QSqlDatabase& db, const QString& userCode, bool withSeparators) {
     QString sql = QStringLiteral(
         "SELECT S.Nivel, S.NodoPadre, GS.CodNodo, S.NomNodo, S.Imagen, MAX(GS.Ver) AS Ver, "
         "S.Orden, S.NumNodo, MAX(S.Forma) AS Forma "
@@ -77,7 +76,7 @@ QList<MenuNode> loadUserMenu(const QSqlDatabase& db, const QString& userCode,
 
 std::optional<QString> formOfNode(const QSqlDatabase& db, const QString& nodeCode) {
     db::Sql q(db, QStringLiteral("SELECT Forma, CodNodo FROM SEG WHERE CodNodo = ? AND "
-                                 "Espadre = 'N'"));
+                                 "EsPadre = 0"));
     q.bindAll({nodeCode}).exec();
     if (!q.next())
         return std::nullopt;

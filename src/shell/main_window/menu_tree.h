@@ -24,10 +24,9 @@ struct MenuNode {
 // The nodes the user's groups grant, as a tree of level-1 nodes. A node granted 'S' by any of the
 // user's groups is offered; siblings follow Orden, then NumNodo. The explorer tree has no
 // separators (`withSeparators` false).
-QList<MenuNode> loadUserMenu(const QSqlDatabase& db, const QString& userCode,
-                             bool withSeparators);
+QList<MenuNode> loadUserMenu(const QSqlDatabase& db, const QString& userCode, bool withSeparators);
 
-// The screen a leaf node opens; nothing for a folder or an unknown node.
+// The screen a leaf node (EsPadre 0) opens; nothing for a folder or an unknown node.
 std::optional<QString> formOfNode(const QSqlDatabase& db, const QString& nodeCode);
 
 } // namespace orvo::shell

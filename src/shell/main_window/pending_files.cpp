@@ -65,8 +65,10 @@ PendingFiles scanPendingFiles(const QString& appFolder) {
         addButton(p, QStringLiteral("ReimprimirNomina"));
     if (both("RESUODES.DBF", "MOVIODES.DBF"))
         p.lines << QStringLiteral("- Existen orden de despacho pendientes.");
-    if (upperNames(appFolder + QStringLiteral("/Actualizar")).contains(QStringLiteral("ACTUALIZAR.EXE")) ||
-        upperNames(appFolder + QStringLiteral("/Actualizar")).contains(QStringLiteral("ACTUALIZAR")))
+    if (upperNames(appFolder + QStringLiteral("/Actualizar"))
+            .contains(QStringLiteral("ACTUALIZAR.EXE")) ||
+        upperNames(appFolder + QStringLiteral("/Actualizar"))
+            .contains(QStringLiteral("ACTUALIZAR")))
         p.lines << QStringLiteral("- Existen actualizaciones pendientes (Cierre el sistema).");
     return p;
 }

@@ -9,7 +9,8 @@ namespace orvo::shell {
 // Actualizar/): one line per kind present, and the task bar buttons that load them.
 struct PendingFiles {
     QStringList lines;
-    QStringList buttons; // "Transferencias", "ListaPrecios", "Compras", "Nomina", "ReimprimirNomina"
+    QStringList
+        buttons; // "Transferencias", "ListaPrecios", "Compras", "Nomina", "ReimprimirNomina"
 
     bool isEmpty() const { return lines.isEmpty() && buttons.isEmpty(); }
 };

@@ -17,8 +17,7 @@ namespace orvo::shell {
 
 bool connectAtStartup(QWidget* parent) {
     ServerConfig config;
-    const StartupConnection result =
-        connectFromConfigFile(serverConfigPath(), dataDir(), config);
+    const StartupConnection result = connectFromConfigFile(serverConfigPath(), dataDir(), config);
     currentServerConfig() = config;
     if (result == StartupConnection::Connected)
         return true;

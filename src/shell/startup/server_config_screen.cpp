@@ -85,7 +85,8 @@ ServerConfigScreen::ServerConfigScreen(Mode mode, const ServerConfig& current, Q
     for (QLineEdit* e : {m_server, m_database, m_user, m_password})
         e->installEventFilter(this);
     connect(m_passwordAuth, &QRadioButton::toggled, this, &ServerConfigScreen::updateAuthFields);
-    connect(m_accept, &QPushButton::clicked, this, [this] { guarded(this, [&] { acceptSettings(); }); });
+    connect(m_accept, &QPushButton::clicked, this,
+            [this] { guarded(this, [&] { acceptSettings(); }); });
     connect(m_cancel, &QPushButton::clicked, this, &QDialog::reject);
     updateAuthFields();
 }
@@ -119,8 +120,8 @@ ServerConfig ServerConfigScreen::enteredConfig() const {
 
 void ServerConfigScreen::acceptSettings() {
     if (m_server->text().trimmed().isEmpty() || m_database->text().trimmed().isEmpty()) {
-        dialogs().information(this,
-                              QStringLiteral("Debe escribir un nombre de servidor y de base de datos!"));
+        dialogs().information(
+            this, QStringLiteral("Debe escribir un nombre de servidor y de base de datos!"));
         return;
     }
     if (m_passwordAuth->isChecked() && m_user->text().trimmed().isEmpty()) {
@@ -136,7 +137,8 @@ void ServerConfigScreen::acceptSettings() {
             WaitCursor wait;
             QApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
             if (!openMainConnection(config, m_dataDir, true)) {
-                m_status->setText(QStringLiteral("No se pudo establecer la conexión con el servidor."));
+                m_status->setText(
+                    QStringLiteral("No se pudo establecer la conexión con el servidor."));
                 return;
             }
         }
@@ -146,7 +148,8 @@ void ServerConfigScreen::acceptSettings() {
         return;
     }
 
-    m_status->setText(QStringLiteral("Estableciendo conexion con el servidor. Por favor espere..."));
+    m_status->setText(
+        QStringLiteral("Estableciendo conexion con el servidor. Por favor espere..."));
     {
         WaitCursor wait;
         QApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
@@ -156,7 +159,8 @@ void ServerConfigScreen::acceptSettings() {
         }
     }
     m_status->setText(QStringLiteral("Conexión establecida."));
-    if (!dialogs().question(this, QStringLiteral("Desea cambiar la conexión de la base de datos...?")))
+    if (!dialogs().question(this,
+                            QStringLiteral("Desea cambiar la conexión de la base de datos...?")))
         return;
     m_status->setText(QStringLiteral("Cambiando configuración...."));
     {

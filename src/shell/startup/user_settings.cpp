@@ -52,7 +52,8 @@ WorkstationSettings WorkstationSettings::load() {
 void saveMenuFont(const QString& name, int size, bool bold, bool italic) {
     settings::write(QStringLiteral("TamañoFuente"), QString::number(size));
     settings::write(QStringLiteral("NombreFuente"), name);
-    settings::write(QStringLiteral("BoldFuente"), bold ? QStringLiteral("True") : QStringLiteral("False"));
+    settings::write(QStringLiteral("BoldFuente"),
+                    bold ? QStringLiteral("True") : QStringLiteral("False"));
     settings::write(QStringLiteral("ItalicFuente"),
                     italic ? QStringLiteral("True") : QStringLiteral("False"));
 }

@@ -28,10 +28,6 @@ QFileInfo findExecutable(const QString& binDir, const QString& name) {
 
 } // namespace
 
-QString versionDateText(const QDateTime& modified) {
-    return modified.toString(QStringLiteral("yyyyMMdd HH:mm:ss"));
-}
-
 int registerExecutableVersions(const QSqlDatabase& db, const QString& serie, const QString& binDir,
                                const QString& programName, const QString& programVersion) {
     // Only our own program carries a version we can read; the others report none, as a file
@@ -45,8 +41,9 @@ int registerExecutableVersions(const QSqlDatabase& db, const QString& serie, con
     };
     db::Transaction tx(db);
     int inserted = 0;
-    db::Sql touch(db, QStringLiteral("UPDATE VERSIONEJECUTABLE SET NombrePrograma = NombrePrograma "
-                                     "WHERE Serie = ? AND NombrePrograma = ? AND FechaVersion = ?"));
+    db::Sql touch(db,
+                  QStringLiteral("UPDATE VERSIONEJECUTABLE SET NombrePrograma = NombrePrograma "
+                                 "WHERE Serie = ? AND NombrePrograma = ? AND FechaVersion = ?"));
     db::Sql insert(db, QStringLiteral("INSERT INTO VERSIONEJECUTABLE(Serie,NombrePrograma,Fecha,"
                                       "FechaVersion,Version) VALUES(?,?,") +
                            db::nowExpression(db) + QStringLiteral(",?,?)"));
@@ -54,11 +51,14 @@ int registerExecutableVersions(const QSqlDatabase& db, const QString& serie, con
         const QFileInfo fi = findExecutable(binDir, e.fileName);
         if (!fi.exists())
             continue;
-        const QString date = versionDateText(fi.lastModified());
-        touch.bindAll({serie, e.lookupName, date}).exec();
+        // Whole seconds, as the date is shown and compared.
+        QDateTime modified = fi.lastModified();
+        modified.setTime(
+            QTime(modified.time().hour(), modified.time().minute(), modified.time().second()));
+        touch.bindAll({serie, e.lookupName, modified}).exec();
         if (touch.rowsAffected() > 0)
             continue;
-        insert.bindAll({serie, e.insertName, date, e.version}).exec();
+        insert.bindAll({serie, e.insertName, modified, e.version}).exec();
         ++inserted;
     }
     tx.commit();
