@@ -10,10 +10,14 @@
 #include "shell/startup/single_instance.h"
 
 #include <QApplication>
+#include <QElapsedTimer>
+#include <QLoggingCategory>
 #include <QTimer>
 #include <memory>
 
 namespace orvo::shell {
+
+Q_LOGGING_CATEGORY(lcDesktop, "orvo.desktop")
 
 bool connectAtStartup(QWidget* parent) {
     ServerConfig config;
@@ -27,6 +31,8 @@ bool connectAtStartup(QWidget* parent) {
 }
 
 int runDesktopProgram() {
+    QElapsedTimer started;
+    started.start();
     SingleInstance instance;
     if (!instance.acquire()) {
         dialogs().information(nullptr, QStringLiteral("La aplicación se esta ejecutando...!"),
@@ -44,7 +50,10 @@ int runDesktopProgram() {
         window = std::make_unique<MainWindow>();
         window->load();
         window->show();
-        QTimer::singleShot(0, window.get(), [w = window.get()] { w->showLogin(); });
+        QTimer::singleShot(0, window.get(), [w = window.get(), started] {
+            w->showLogin();
+            qCInfo(lcDesktop) << "login screen after" << started.elapsed() << "ms";
+        });
     } catch (const StartupError& e) {
         failure = e.message();
     } catch (const DbError& e) {
