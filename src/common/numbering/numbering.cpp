@@ -2,6 +2,7 @@
 
 #include "common/db/sql.h"
 #include "common/db/transaction.h"
+#include "common/errors/errors.h"
 #include "common/schema/schema.h"
 
 #include <QRegularExpression>
@@ -324,6 +325,50 @@ bool documentHasLines(const QSqlDatabase& db, BoxDocument kind, long long number
     return db::exists(
         db, QStringLiteral("SELECT Numero FROM %1 WHERE Numero = ? LIMIT 1").arg(lines.name),
         {numberValue(describedColumn(lines, QStringLiteral("Numero")), number)});
+}
+
+SalesCounters readSalesCounters(const QSqlDatabase& db, int controlFactura, const QString& serial) {
+    QString statement;
+    if (controlFactura == kCountersPerRegister)
+        statement =
+            QStringLiteral("SELECT UltimaFactura, UltimaDevolucion FROM CAJAS WHERE Serie = ?");
+    else if (controlFactura == kCountersForCompany)
+        statement =
+            QStringLiteral("SELECT UltimaFactura, UltimaDevolucion FROM PARAMETROS LIMIT 1");
+    else
+        return {};
+    db::Sql q(db, statement);
+    if (controlFactura == kCountersPerRegister)
+        q.bind(serial);
+    q.exec();
+    if (!q.next())
+        return {};
+    return {q.bigint(QStringLiteral("UltimaFactura")),
+            q.bigint(QStringLiteral("UltimaDevolucion"))};
+}
+
+void correctSalesCounters(const QSqlDatabase& db, int controlFactura, const QString& serial,
+                          const SalesCounters& wanted, long long printerLastInvoice) {
+    if (controlFactura != kCountersPerRegister && controlFactura != kCountersForCompany)
+        return;
+    db::Transaction tx(db);
+    if (wanted.lastInvoice != printerLastInvoice)
+        throw UserError(QStringLiteral(
+            "El numero de factura no concuerda con el numero de factura de la impresora...!"));
+    const SalesCounters current = readSalesCounters(db, controlFactura, serial);
+    if (wanted.lastReturn < current.lastReturn)
+        throw UserError(QStringLiteral(
+            "El numero de devolución nuevo debe ser mayor o igual al numero actual...!"));
+    if (controlFactura == kCountersPerRegister)
+        db::execute(db,
+                    QStringLiteral("UPDATE CAJAS SET UltimaFactura = ?, UltimaDevolucion = ? "
+                                   "WHERE Serie = ?"),
+                    {wanted.lastInvoice, wanted.lastReturn, serial});
+    else
+        db::execute(db,
+                    QStringLiteral("UPDATE PARAMETROS SET UltimaFactura = ?, UltimaDevolucion = ?"),
+                    {wanted.lastInvoice, wanted.lastReturn});
+    tx.commit();
 }
 
 } // namespace orvo::common

@@ -57,3 +57,22 @@ long long lastDocumentNumber(const QSqlDatabase& db, BoxDocument kind);
 bool documentHasLines(const QSqlDatabase& db, BoxDocument kind, long long number);
 
 } // namespace orvo::common
+
+namespace orvo::common {
+
+// The sales counters as the correction screen shows and sets them (last numbers used).
+struct SalesCounters {
+    long long lastInvoice = 0;
+    long long lastReturn = 0;
+};
+
+// Current counters of the register (ControlFactura 1) or the company (2); 0 when missing.
+SalesCounters readSalesCounters(const QSqlDatabase& db, int controlFactura, const QString& serial);
+
+// The counter correction, in its own transaction. The invoice counter must agree with the fiscal
+// printer's last invoice, and the return counter may not go back; otherwise UserError with the
+// screen's message. ControlFactura other than 1 or 2 changes nothing.
+void correctSalesCounters(const QSqlDatabase& db, int controlFactura, const QString& serial,
+                          const SalesCounters& wanted, long long printerLastInvoice);
+
+} // namespace orvo::common

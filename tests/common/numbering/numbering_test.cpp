@@ -294,6 +294,9 @@ TEST_F(Numbering, RenumberedReturnKeepsItsLinesAndVoidsTheOldOne) {
 
 TEST_F(Numbering, FailureHalfWayThroughRenumberingChangesNothing) {
     insertInvoice(100, "CAJA01");
+    exec("INSERT INTO DIARIOCAJA (Serie, Fecha, Numero, FacturaInicial, FacturaFinal, Status) "
+         "VALUES (?, ?, ?, ?, ?, ?)",
+         {"CAJA01", db::dayStart(db::serverNow(db()).date()), 1, 95, 100, 0});
     if (isPostgres()) {
         exec("CREATE FUNCTION falla_pagos() RETURNS trigger AS $$ BEGIN RAISE EXCEPTION 'x'; "
              "END $$ LANGUAGE plpgsql");
@@ -308,6 +311,7 @@ TEST_F(Numbering, FailureHalfWayThroughRenumberingChangesNothing) {
         EXPECT_THROW(nextInvoiceNumber(db(), 1, "CAJA01", 100, true), DbError);
     }
     EXPECT_EQ(counter("CAJAS", "UltimaFactura", "CAJA01"), 100);
+    EXPECT_EQ(count("DIARIOCAJA", "FacturaFinal = ? AND Status = ?", {100, 0}), 1);
     EXPECT_EQ(count("VENTAS"), 1);
     EXPECT_EQ(count("MOVVENTAS"), 2);
     EXPECT_EQ(count("CUENTASXCOBRAR"), 1);
@@ -335,4 +339,35 @@ TEST_F(Numbering, BoxesAndDocumentsOfRemissionsAndReceptions) {
     EXPECT_EQ(lastBoxNumber(db(), BoxDocument::Remission, 12), 0);
     EXPECT_TRUE(documentHasLines(db(), BoxDocument::Reception, 4));
     EXPECT_FALSE(documentHasLines(db(), BoxDocument::Remission, 12));
+}
+
+TEST_F(Numbering, CounterCorrectionFollowsThePrinterAndNeverLowersReturns) {
+    EXPECT_EQ(readSalesCounters(db(), 1, "CAJA02").lastInvoice, 300);
+    EXPECT_EQ(readSalesCounters(db(), 2, "CAJA02").lastReturn, 40);
+    EXPECT_EQ(readSalesCounters(db(), 1, "CAJA99").lastInvoice, 0);
+
+    try {
+        correctSalesCounters(db(), 1, "CAJA01", {120, 7}, 119);
+        FAIL() << "a counter that disagrees with the printer was accepted";
+    } catch (const UserError& e) {
+        EXPECT_EQ(e.text(), QStringLiteral("El numero de factura no concuerda con el numero de "
+                                           "factura de la impresora...!"));
+    }
+    try {
+        correctSalesCounters(db(), 1, "CAJA01", {120, 6}, 120);
+        FAIL() << "a lower return counter was accepted";
+    } catch (const UserError& e) {
+        EXPECT_EQ(e.text(), QStringLiteral("El numero de devolución nuevo debe ser mayor o igual "
+                                           "al numero actual...!"));
+    }
+    EXPECT_EQ(counter("CAJAS", "UltimaFactura", "CAJA01"), 100);
+
+    correctSalesCounters(db(), 1, "CAJA01", {120, 7}, 120); // an equal return number is fine
+    EXPECT_EQ(counter("CAJAS", "UltimaFactura", "CAJA01"), 120);
+    EXPECT_EQ(counter("CAJAS", "UltimaFactura", "CAJA02"), 300);
+    EXPECT_EQ(counter("PARAMETROS", "UltimaFactura"), 500);
+
+    correctSalesCounters(db(), 2, "CAJA01", {600, 45}, 600);
+    EXPECT_EQ(counter("PARAMETROS", "UltimaFactura"), 600);
+    EXPECT_EQ(counter("PARAMETROS", "UltimaDevolucion"), 45);
 }
