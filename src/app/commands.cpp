@@ -4,8 +4,12 @@
 #include "common/db/connection.h"
 #include "common/errors/errors.h"
 #include "common/schema/migrate.h"
+#include "shell/demo/demo_store.h"
 #include "shell/startup/app_home.h"
 #include "shell/startup/server_config.h"
+#include "tools/card_emulator/card_emulator.h"
+#include "tools/common/run_until_stopped.h"
+#include "tools/fiscal_emulator/wire_server.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -66,10 +70,52 @@ int dbInit(const QStringList& args) {
     for (const QString& s : result.steps)
         out() << s << Qt::endl;
     if (demo) {
-        out() << "La tienda de demostración aún no está disponible." << Qt::endl;
-        return 1;
+        if (shell::demo::isDemoStore(db)) {
+            out() << "La tienda de demostración ya está creada en esta base de datos." << Qt::endl;
+        } else {
+            shell::demo::seedDemoStore(db);
+            out() << "Tienda de demostración creada: usuarios ADMIN y CAJERO1, clave 1234."
+                  << Qt::endl;
+        }
+        // This machine sells as the demo register (also when another machine created the store).
+        shell::demo::bindWorkstationToDemoRegister();
+        out() << "Este equipo es la caja " << shell::demo::kDemoSerial << "." << Qt::endl;
     }
     return 0;
+}
+
+// The software fiscal printer on a pseudo-terminal: prints its device path, then serves it.
+int fiscalEmulator(const QStringList& args) {
+    tools::fiscal::EmulatorOptions options;
+    for (int i = 0; i < args.size(); ++i) {
+        const QString& a = args[i];
+        const QString next = args.value(i + 1);
+        if (a == QLatin1String("--state") && !next.isEmpty())
+            options.statePath = args[++i];
+        else if (a == QLatin1String("--tickets") && !next.isEmpty())
+            options.ticketsFolder = args[++i];
+        else if (a == QLatin1String("--control") && !next.isEmpty())
+            options.controlFile = args[++i];
+        else if (a == QLatin1String("--z-busy-ms") && !next.isEmpty())
+            options.zBusyMs = args[++i].toInt();
+        else if (a.startsWith(QLatin1String("--")) && a.size() > 2)
+            options.faults << a.mid(2);
+        else {
+            err() << "argumento desconocido: " << a << Qt::endl;
+            return 2;
+        }
+    }
+    if (options.statePath.isEmpty() || options.ticketsFolder.isEmpty()) {
+        err() << "uso: orvo fiscal-emulator --state ARCHIVO --tickets CARPETA" << Qt::endl;
+        return 2;
+    }
+    tools::fiscal::WireServer server;
+    if (!server.start(options)) {
+        err() << server.error() << Qt::endl;
+        return 1;
+    }
+    out() << server.devicePath() << Qt::endl << Qt::flush;
+    return tools::runUntilStopped(*QCoreApplication::instance());
 }
 
 const QList<Command>& commands() {
@@ -84,6 +130,16 @@ const QList<Command>& commands() {
              }
              return dbInit(args.mid(1));
          }},
+        {QStringLiteral("fiscal-emulator"),
+         QStringLiteral("fiscal-emulator --state ARCHIVO --tickets CARPETA [--control ARCHIVO] "
+                        "[--z-busy-ms N] [--paper-out] [--cover-open] [--silence] [--nak-next] "
+                        "[--drop-ack]"),
+         QStringLiteral("impresora fiscal de software en un pseudo-terminal; escribe en la primera "
+                        "línea la ruta del puerto"),
+         fiscalEmulator},
+        {QStringLiteral("card-emulator"), QStringLiteral("card-emulator [opciones]"),
+         QStringLiteral("punto de venta VPOS emulado en 127.0.0.1 (ver docs/card-terminal.md)"),
+         tools::card::runCardEmulator},
     };
     return list;
 }
@@ -96,8 +152,9 @@ int printHelp() {
           << "Comandos:" << Qt::endl;
     for (const Command& c : commands())
         out() << "  " << c.usage.leftJustified(34) << c.help << Qt::endl;
-    out() << Qt::endl << "La carpeta de la aplicación es ORVO_HOME (hoy: " << shell::appHome()
-          << ")." << Qt::endl;
+    out() << Qt::endl
+          << "La carpeta de la aplicación es ORVO_HOME (hoy: " << shell::appHome() << ")."
+          << Qt::endl;
     return 0;
 }
 
