@@ -6,6 +6,8 @@
 #include "common/schema/migrate.h"
 #include "shell/startup/app_home.h"
 #include "shell/startup/server_config.h"
+#include "tools/common/run_until_stopped.h"
+#include "tools/fiscal_emulator/wire_server.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -72,6 +74,40 @@ int dbInit(const QStringList& args) {
     return 0;
 }
 
+// The software fiscal printer on a pseudo-terminal: prints its device path, then serves it.
+int fiscalEmulator(const QStringList& args) {
+    tools::fiscal::EmulatorOptions options;
+    for (int i = 0; i < args.size(); ++i) {
+        const QString& a = args[i];
+        const QString next = args.value(i + 1);
+        if (a == QLatin1String("--state") && !next.isEmpty())
+            options.statePath = args[++i];
+        else if (a == QLatin1String("--tickets") && !next.isEmpty())
+            options.ticketsFolder = args[++i];
+        else if (a == QLatin1String("--control") && !next.isEmpty())
+            options.controlFile = args[++i];
+        else if (a == QLatin1String("--z-busy-ms") && !next.isEmpty())
+            options.zBusyMs = args[++i].toInt();
+        else if (a.startsWith(QLatin1String("--")) && a.size() > 2)
+            options.faults << a.mid(2);
+        else {
+            err() << "argumento desconocido: " << a << Qt::endl;
+            return 2;
+        }
+    }
+    if (options.statePath.isEmpty() || options.ticketsFolder.isEmpty()) {
+        err() << "uso: orvo fiscal-emulator --state ARCHIVO --tickets CARPETA" << Qt::endl;
+        return 2;
+    }
+    tools::fiscal::WireServer server;
+    if (!server.start(options)) {
+        err() << server.error() << Qt::endl;
+        return 1;
+    }
+    out() << server.devicePath() << Qt::endl << Qt::flush;
+    return tools::runUntilStopped(*QCoreApplication::instance());
+}
+
 const QList<Command>& commands() {
     static const QList<Command> list = {
         {QStringLiteral("db"), QStringLiteral("db init [--demo]"),
@@ -84,6 +120,13 @@ const QList<Command>& commands() {
              }
              return dbInit(args.mid(1));
          }},
+        {QStringLiteral("fiscal-emulator"),
+         QStringLiteral("fiscal-emulator --state ARCHIVO --tickets CARPETA [--control ARCHIVO] "
+                        "[--z-busy-ms N] [--paper-out] [--cover-open] [--silence] [--nak-next] "
+                        "[--drop-ack]"),
+         QStringLiteral("impresora fiscal de software en un pseudo-terminal; escribe en la primera "
+                        "línea la ruta del puerto"),
+         fiscalEmulator},
     };
     return list;
 }
@@ -96,8 +139,9 @@ int printHelp() {
           << "Comandos:" << Qt::endl;
     for (const Command& c : commands())
         out() << "  " << c.usage.leftJustified(34) << c.help << Qt::endl;
-    out() << Qt::endl << "La carpeta de la aplicación es ORVO_HOME (hoy: " << shell::appHome()
-          << ")." << Qt::endl;
+    out() << Qt::endl
+          << "La carpeta de la aplicación es ORVO_HOME (hoy: " << shell::appHome() << ")."
+          << Qt::endl;
     return 0;
 }
 

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "tools/fiscal_emulator/emulated_printer.h"
+#include "tools/fiscal_emulator/pty.h"
+
+#include <QObject>
+#include <QStringList>
+#include <memory>
+
+class QSocketNotifier;
+
+namespace orvo::tools::fiscal {
+
+struct EmulatorOptions {
+    QString statePath;
+    QString ticketsFolder;
+    QString controlFile;
+    int zBusyMs = 3000;
+    QStringList faults; // words as in the control file
+};
+
+// The emulated printer on the master side of a pseudo-terminal. Lives on the thread that
+// created it and serves the line from that thread's event loop.
+class WireServer : public QObject {
+    Q_OBJECT
+public:
+    explicit WireServer(QObject* parent = nullptr);
+    ~WireServer() override;
+
+    // Loads the state file and opens the terminal; false with error() otherwise.
+    bool start(const EmulatorOptions& options);
+    QString devicePath() const { return m_pty.slavePath(); }
+    QString error() const { return m_error; }
+    EmulatedPrinter* printer() const { return m_printer.get(); }
+
+private:
+    void onReadable();
+
+    Pty m_pty;
+    std::unique_ptr<EmulatedPrinter> m_printer;
+    QSocketNotifier* m_notifier = nullptr;
+    QString m_error;
+};
+
+} // namespace orvo::tools::fiscal
