@@ -322,7 +322,7 @@ QVariant GridModel::stored(const GridColumn& col, const QVariant& v) const {
         if (auto d = Decimal::parse(text))
             return QVariant::fromValue(*d);
         bool ok = false;
-        const double parsed = QLocale().toDouble(text, &ok);
+        const double parsed = m_locale.toDouble(text, &ok);
         return ok ? QVariant::fromValue(Decimal::fromDouble(parsed)) : QVariant();
     }
     case Type::Date:
@@ -344,7 +344,8 @@ QVariant GridModel::stored(const GridColumn& col, const QVariant& v) const {
 
 int GridModel::columnByCaption(const QString& caption) const {
     for (int c = 0; c < m_columns.size(); ++c)
-        if (!m_columns[c].hidden && m_columns[c].caption == caption)
+        if (!m_columns[c].hidden &&
+            m_columns[c].caption.compare(caption, Qt::CaseInsensitive) == 0)
             return c;
     return -1;
 }
@@ -404,7 +405,7 @@ QString GridModel::displayText(int row, int c) const {
     const GridColumn& col = m_columns[c];
     switch (col.type) {
     case Type::Number:
-        return toDecimal(v).toLocaleString(QLocale(), col.decimals);
+        return toDecimal(v).toLocaleString(m_locale, col.decimals);
     case Type::Date:
         return v.toDate().toString(QStringLiteral("dd/MM/yyyy"));
     case Type::Check:

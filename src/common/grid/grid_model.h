@@ -5,6 +5,7 @@
 #include <QAbstractTableModel>
 #include <QDate>
 #include <QList>
+#include <QLocale>
 #include <QSqlDatabase>
 #include <QStringList>
 #include <QVariant>
@@ -99,7 +100,8 @@ public:
     // Sum of a number column over all lines, kept up to date.
     Decimal total(int c) const;
 
-    // First visible column whose caption equals `caption`, or -1.
+    // First visible column whose caption equals `caption` (ignoring case: PostgreSQL folds
+    // unquoted aliases), or -1.
     int columnByCaption(const QString& caption) const;
     // First row from `fromRow` whose visible cells match `value` (as shown, equal or containing),
     // or -1.
@@ -143,6 +145,7 @@ private:
     QString m_query;
     QVariantList m_queryValues;
     QSqlDatabase m_db;
+    QLocale m_locale; // the machine's separators, read once
 };
 
 } // namespace orvo::grid

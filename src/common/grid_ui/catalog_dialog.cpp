@@ -55,6 +55,13 @@ std::optional<QVariantMap> CatalogDialog::choose(QWidget* parent, const QString&
     return dialog.chosen();
 }
 
+QVariant CatalogDialog::valueOf(const QVariantMap& row, const QString& field) {
+    for (auto it = row.begin(); it != row.end(); ++it)
+        if (it.key().compare(field, Qt::CaseInsensitive) == 0)
+            return it.value();
+    return {};
+}
+
 QVariantMap CatalogDialog::currentRow() const {
     QVariantMap out;
     const int row = m_grid->activeRow();

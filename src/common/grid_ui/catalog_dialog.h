@@ -29,8 +29,12 @@ public:
     int rowCount() const { return m_grid->gridModel()->rowCount(); }
     // The current row by field name; empty when there is none.
     QVariantMap currentRow() const;
-    // Valid after the dialog was accepted.
+    // Valid after the dialog was accepted. Keys are the field names as the engine returns them
+    // (PostgreSQL folds unquoted names to lower case): read them with chosenValue().
     const QVariantMap& chosen() const { return m_chosen; }
+    // A field of the chosen row by name, ignoring case.
+    QVariant chosenValue(const QString& field) const { return valueOf(m_chosen, field); }
+    static QVariant valueOf(const QVariantMap& row, const QString& field);
 
     void sortRows();
     void searchValue();
