@@ -4,8 +4,10 @@
 #include "common/db/connection.h"
 #include "common/errors/errors.h"
 #include "common/schema/migrate.h"
+#include "shell/demo/demo_store.h"
 #include "shell/startup/app_home.h"
 #include "shell/startup/server_config.h"
+#include "tools/card_emulator/card_emulator.h"
 #include "tools/common/run_until_stopped.h"
 #include "tools/fiscal_emulator/wire_server.h"
 
@@ -68,8 +70,16 @@ int dbInit(const QStringList& args) {
     for (const QString& s : result.steps)
         out() << s << Qt::endl;
     if (demo) {
-        out() << "La tienda de demostración aún no está disponible." << Qt::endl;
-        return 1;
+        if (shell::demo::isDemoStore(db)) {
+            out() << "La tienda de demostración ya está creada en esta base de datos." << Qt::endl;
+        } else {
+            shell::demo::seedDemoStore(db);
+            out() << "Tienda de demostración creada: usuarios ADMIN y CAJERO1, clave 1234."
+                  << Qt::endl;
+        }
+        // This machine sells as the demo register (also when another machine created the store).
+        shell::demo::bindWorkstationToDemoRegister();
+        out() << "Este equipo es la caja " << shell::demo::kDemoSerial << "." << Qt::endl;
     }
     return 0;
 }
@@ -127,6 +137,9 @@ const QList<Command>& commands() {
          QStringLiteral("impresora fiscal de software en un pseudo-terminal; escribe en la primera "
                         "línea la ruta del puerto"),
          fiscalEmulator},
+        {QStringLiteral("card-emulator"), QStringLiteral("card-emulator [opciones]"),
+         QStringLiteral("punto de venta VPOS emulado en 127.0.0.1 (ver docs/card-terminal.md)"),
+         tools::card::runCardEmulator},
     };
     return list;
 }

@@ -18,9 +18,9 @@ void ensureVersionTable(const QSqlDatabase& db) {
 }
 
 // Everything that version `v` adds: new tables whole, new columns and indexes of older tables.
-QStringList statementsFor(int v, db::Engine engine) {
+QStringList statementsFor(const QList<Table>& tables, int v, db::Engine engine) {
     QStringList out;
-    for (const Table& t : storeTables()) {
+    for (const Table& t : tables) {
         if (t.since == v) {
             out += createStatements(t, engine);
             continue;
@@ -50,13 +50,18 @@ int appliedVersion(const QSqlDatabase& db) {
 }
 
 MigrationResult migrate(const QSqlDatabase& db, const ProgressFn& progress) {
+    return migrate(db, storeTables(), progress);
+}
+
+MigrationResult migrate(const QSqlDatabase& db, const QList<Table>& tables,
+                        const ProgressFn& progress) {
     MigrationResult result;
     ensureVersionTable(db);
     result.fromVersion = appliedVersion(db);
-    const int target = currentVersion();
+    const int target = currentVersion(tables);
     const db::Engine engine = db::engineOf(db);
     for (int v = result.fromVersion + 1; v <= target; ++v) {
-        const QStringList statements = statementsFor(v, engine);
+        const QStringList statements = statementsFor(tables, v, engine);
         db::Transaction tx(db);
         int done = 0;
         for (const QString& s : statements) {

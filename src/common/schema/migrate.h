@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/schema/schema.h"
+
 #include <QSqlDatabase>
 #include <QStringList>
 #include <functional>
@@ -20,5 +22,8 @@ int appliedVersion(const QSqlDatabase& db);
 // Creates or upgrades the store schema to the description's version; each version is applied in
 // its own transaction and recorded in VERSIONESQUEMA. Running it again changes nothing.
 MigrationResult migrate(const QSqlDatabase& db, const ProgressFn& progress = {});
+// The same for another table list (used to prove upgrades on a small description).
+MigrationResult migrate(const QSqlDatabase& db, const QList<Table>& tables,
+                        const ProgressFn& progress = {});
 
 } // namespace orvo::schema

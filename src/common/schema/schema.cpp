@@ -79,8 +79,12 @@ const Table* findTable(const QString& name) {
 }
 
 int currentVersion() {
+    return currentVersion(storeTables());
+}
+
+int currentVersion(const QList<Table>& tables) {
     int v = 1;
-    for (const Table& t : storeTables()) {
+    for (const Table& t : tables) {
         v = std::max(v, t.since);
         for (const Column& c : t.columns)
             v = std::max(v, c.since);

@@ -77,8 +77,9 @@ Column defaultNow(Column c);
 const QList<Table>& storeTables();
 const Table* findTable(const QString& name);
 
-// The schema version that the description reaches.
+// The schema version that the description reaches (of the store, or of another table list).
 int currentVersion();
+int currentVersion(const QList<Table>& tables);
 
 // DDL for one table: CREATE TABLE followed by its CREATE INDEX statements.
 QStringList createStatements(const Table& table, db::Engine engine);

@@ -60,7 +60,9 @@ QList<Table> masterTables() {
         catalogue("CATEGORIAS"),
         catalogue("FABRICANTES"),
         catalogue("BANCOS"),
-        table("TALLAS", {text("Codigo", 10), text("Talla", 10)}, {"Codigo"}),
+        // Status: sizes arriving with a transfer are reactivated like the other catalogues.
+        table("TALLAS", {text("Codigo", 10), text("Talla", 10), smallint("Status", "1")},
+              {"Codigo"}),
         // Code 1 is the general rate; sale lines find their code back by the rate.
         table("IMPUESTOS", {integer("Codigo"), text("Nombre", 60), percent("PorcentajeImpuesto")},
               {"Codigo"}),

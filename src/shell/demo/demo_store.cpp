@@ -1,0 +1,454 @@
+#include "shell/demo/demo_store.h"
+
+#include "common/db/sql.h"
+#include "common/db/transaction.h"
+#include "common/errors/errors.h"
+#include "common/security/scrambler.h"
+#include "shell/demo/demo_parts.h"
+
+#include <QSettings>
+#include <QSysInfo>
+
+namespace orvo::shell::demo {
+
+using detail::cost;
+using detail::money;
+using detail::RowWriter;
+
+namespace {
+
+QString s(const char* utf8) {
+    return QString::fromUtf8(utf8);
+}
+
+QStringList cols(std::initializer_list<const char*> names) {
+    QStringList out;
+    for (const char* n : names)
+        out << QString::fromLatin1(n);
+    return out;
+}
+
+Decimal dec(const char* text) {
+    return Decimal::fromString(QString::fromLatin1(text));
+}
+
+bool hasData(const QSqlDatabase& db) {
+    for (const char* table : {"PARAMETROS", "CAJAS", "USUARIOS", "INVENTARIO"})
+        if (db::exists(db, QStringLiteral("SELECT 1 FROM %1 LIMIT 1").arg(QLatin1String(table))))
+            return true;
+    return false;
+}
+
+void seedCompany(const QSqlDatabase& db) {
+    RowWriter(db, QStringLiteral("PARAMETROS"),
+              cols({"Nombre",
+                    "Codigo",
+                    "NombreIdFiscal",
+                    "IDEmpresa",
+                    "Telefono",
+                    "Fax",
+                    "Direccion",
+                    "Tipo",
+                    "SimboloMoneda",
+                    "CorreoElectronico",
+                    "Nota1",
+                    "Nota2",
+                    "CongelarFacturas",
+                    "MostrarBalanceDiario",
+                    "DiscriminarImpuestoPrecio",
+                    "ManejarClientesAfiliadosEspeciales",
+                    "MargenAuxFact",
+                    "ControlFactura",
+                    "MargenFacturacionOrdenDespacho",
+                    "DiasFacturarOrdenDespacho",
+                    "UsaImpresoraFiscal",
+                    "UltimaFactura",
+                    "ActualizarPreciosArchivosExternos",
+                    "NumeroConteos",
+                    "DejarEditar",
+                    "ServidorTelmar",
+                    "CtaDevolucionVentaExenta",
+                    "AutorizarEliminarItemFactura",
+                    "ComportamientoExportar",
+                    "VisualizarPromocion",
+                    "VerificarCasaMatriz",
+                    "FacturasCongeladasEnAjustes",
+                    "AgruparFacturasCongeladasEnAjustes",
+                    "PermitirFacturaContingencia",
+                    "ItemsPorFactura",
+                    "ExportaInformacionCasaMatriz",
+                    "NombreEquipo",
+                    "ManejarCantidadesDecimales",
+                    "IdPais",
+                    "DiscriminarImpuestoPrecios",
+                    "UltimaDevolucion"}))
+        .insert({s("TIENDAS ORVO DEMO, C.A."),
+                 s("01"),
+                 s("RIF:"),
+                 s(kDemoCompanyRif),
+                 s("0212-555-0101"),
+                 s("0212-555-0102"),
+                 s("AV. FRANCISCO DE MIRANDA, C.C. LOS CEDROS, LOCAL 12, CARACAS"),
+                 1,
+                 s("Bs."),
+                 s("tienda@orvo-demo.com.ve"),
+                 s("GRACIAS POR SU COMPRA"),
+                 s("CAMBIOS DENTRO DE LOS 30 DIAS CON SU FACTURA"),
+                 1,
+                 1,
+                 0,
+                 0,
+                 money(Decimal()),
+                 1,
+                 0,
+                 30,
+                 1,
+                 0,
+                 0,
+                 1,
+                 1,
+                 s(""),
+                 s(""),
+                 0,
+                 s(""),
+                 1,
+                 0,
+                 0,
+                 0,
+                 0,
+                 40,
+                 0,
+                 QSysInfo::machineHostName().left(60),
+                 0,
+                 s("VE"),
+                 0,
+                 0});
+
+    RowWriter values(db, QStringLiteral("TABLA_VALORES"),
+                     cols({"IdTabla", "Codigo", "Descripcion"}));
+    // Header of the fiscal invoice: eight lines, codes 01 to 08.
+    const QStringList header = {s("TIENDAS ORVO DEMO, C.A."),
+                                s("RIF: J-40123456-7"),
+                                s("AV. FRANCISCO DE MIRANDA"),
+                                s("C.C. LOS CEDROS, LOCAL 12"),
+                                s("CARACAS - VENEZUELA"),
+                                s("TELF. 0212-555-0101"),
+                                s(""),
+                                s("TIENDA DEMO CENTRO")};
+    for (int i = 0; i < header.size(); ++i)
+        values.insert(
+            {s("ENCFISCAL"), QStringLiteral("%1").arg(i + 1, 2, 10, QLatin1Char('0')), header[i]});
+    values.insert({s("PIEFISCAL"), s("91"), s("GRACIAS POR SU COMPRA")});
+    values.insert({s("PIEFISCAL"), s("92"), s("CAMBIOS DENTRO DE LOS 30 DIAS")});
+    // The exchange rate is registered by hand in the demo: no repricing, no rate files.
+    values.insert({s("ActTasa"), s("01"), s("FALSE")});
+    values.insert({s("ExpTasa"), s("01"), s("FALSE")});
+    values.insert({s("ImpTasa"), s("01"), s("FALSE")});
+
+    RowWriter branches(db, QStringLiteral("SUCURSALES"),
+                       cols({"Codigo", "Nombre", "Direccion", "Telefono", "Status",
+                             "ExentaDeImpuesto", "PorcentajeDeRedondeo"}));
+    branches.insert({s("00"), s("CASA MATRIZ"), s("AV. URDANETA, EDIF. CENTRAL, CARACAS"),
+                     s("0212-555-0100"), 1, 0, money(Decimal())});
+    branches.insert({s("01"), s("TIENDA DEMO CENTRO"),
+                     s("AV. FRANCISCO DE MIRANDA, C.C. LOS CEDROS, CARACAS"), s("0212-555-0101"), 1,
+                     0, money(Decimal())});
+    branches.insert({s("02"), s("TIENDA DEMO VALENCIA"), s("AV. BOLIVAR NORTE, VALENCIA"),
+                     s("0241-555-0201"), 1, 0, money(Decimal())});
+
+    RowWriter(db, QStringLiteral("PARAMETROSTRANSFER"),
+              cols({"TipoConexion", "Intentos", "SegIntentos"}))
+        .insert({1, 3, 30});
+}
+
+void seedRegister(const QSqlDatabase& db) {
+    RowWriter(db, QStringLiteral("IMPRESORAFISCAL"),
+              cols({"ID", "NombreImpresora", "IdProcesoImpresion", "MontoMaximoDiario", "Status"}))
+        .insert({1, s("EMULADOR FISCAL"), 1, money(dec("50000000")), 1});
+    RowWriter(db, QStringLiteral("CAJAS"),
+              cols({"Serie", "Numero", "FondoCaja", "TipoListaPrecio", "TipoVenta", "TipoReporte",
+                    "PermiteDescuento", "PermiteFacturarOrdenDespacho", "UltimaFactura",
+                    "PermiteFacturasExentas", "PermiteAlternarListas", "CambiarPrecios",
+                    "RequerirAutorizacion", "IdImpresoraFiscal", "PermitirFacturaContingencia",
+                    "MaximoZDiario", "UltimaDevolucion"}))
+        .insert({s(kDemoSerial), 1, money(dec("500")), 1, 1, 1, 1, 1, 0, 1, 1, 1, 0, 1, 0, 2, 0});
+}
+
+void seedSecurity(const QSqlDatabase& db) {
+    RowWriter groups(db, QStringLiteral("GRUPOS"), cols({"CodGrupo", "NombreGrupo"}));
+    groups.insert({s("ADMI"), s("ADMINISTRADOR")});
+    groups.insert({s("SISTEMAS"), s("SISTEMAS")});
+    groups.insert({s("CAJERO"), s("CAJERO")});
+    groups.insert({s("SUPINVE"), s("SUPERVISOR DE INVENTARIO")});
+
+    const QString password = security::scramble(s(kDemoPassword));
+    RowWriter users(db, QStringLiteral("USUARIOS"),
+                    cols({"CodUsuario", "NombreUsuario", "Pasword", "Status"}));
+    users.insert({s(kAdminUser), s("ADMINISTRADOR DEMO"), password, 1});
+    users.insert({s(kCashierUser), s("CAJERO UNO"), password, 1});
+
+    RowWriter members(db, QStringLiteral("USUARIOGRUPO"), cols({"CodUsuario", "CodGrupo"}));
+    members.insert({s(kAdminUser), s("ADMI")});
+    members.insert({s(kAdminUser), s("SISTEMAS")});
+    members.insert({s(kCashierUser), s("CAJERO")});
+
+    detail::seedMenu(db);
+}
+
+void seedMoney(const QSqlDatabase& db) {
+    // Codes 1 to 3 are the rates the fiscal printer is programmed with; 4 is exempt.
+    RowWriter taxes(db, QStringLiteral("IMPUESTOS"),
+                    cols({"Codigo", "Nombre", "PorcentajeImpuesto"}));
+    taxes.insert({1, s("IVA GENERAL"), dec("16").toVariant(2)});
+    taxes.insert({2, s("IVA REDUCIDO"), dec("8").toVariant(2)});
+    taxes.insert({3, s("IVA LUJO"), dec("31").toVariant(2)});
+    taxes.insert({4, s("EXENTO"), dec("0").toVariant(2)});
+
+    // Codes as the sale and payment screens filter them: 1 cash, 2 cheque (the closing looks
+    // for undeposited cheques under 2), 3 and 4 cards, 5 on account, 7 several ways.
+    RowWriter ways(db, QStringLiteral("FORMAPAGO"), cols({"Codigo", "Nombre", "Status", "Orden"}));
+    ways.insert({1, s("EFECTIVO"), 1, 1});
+    ways.insert({2, s("CHEQUE"), 1, 5});
+    ways.insert({3, s("TARJETA DE DEBITO"), 1, 3});
+    ways.insert({4, s("TARJETA DE CREDITO"), 1, 4});
+    ways.insert({5, s("CUENTA POR COBRAR"), 1, 8});
+    ways.insert({7, s("MULTIPLE"), 1, 7});
+    ways.insert({9, s("DEPOSITO"), 1, 6});
+    ways.insert({11, s("EFECTIVO DOLAR"), 1, 2});
+
+    RowWriter banks(db, QStringLiteral("BANCOS"), cols({"Codigo", "Nombre", "Status"}));
+    banks.insert({s("0"), s("NINGUNO"), 0}); // the placeholder a sale makes sure of
+    const QStringList bankNames = {s("BANCO DE VENEZUELA"),
+                                   s("BANESCO"),
+                                   s("MERCANTIL"),
+                                   s("BBVA PROVINCIAL"),
+                                   s("BANCO NACIONAL DE CREDITO"),
+                                   s("BANCO DEL TESORO"),
+                                   s("OTROS BANCO NAC.")};
+    for (int i = 0; i < bankNames.size(); ++i)
+        banks.insert({QStringLiteral("%1").arg(i + 1, 2, 10, QLatin1Char('0')), bankNames[i], 1});
+
+    RowWriter accounts(db, QStringLiteral("CTABANCOS"),
+                       cols({"Codigo", "Nombre", "PuntoVenta", "Status"}));
+    accounts.insert({s("0"), s("NINGUNO"), 0, 0});
+    accounts.insert({s("01"), s("VPOS - VERIFONE"), 1, 1});
+    accounts.insert({s("02"), s("PUNTO BANESCO"), 1, 1});
+    accounts.insert({s("03"), s("MERCANTIL CTA. CTE. 0105-0001-23"), 0, 1});
+
+    // Fecha is set by the server.
+    RowWriter(db, QStringLiteral("TASA_CAMBIO"), cols({"Valor"}))
+        .insert({dec("36.50").toVariant(8)});
+
+    // Accounts that cash withdrawals are booked to.
+    RowWriter ledger(db, QStringLiteral("CTACONTABLE"),
+                     cols({"Codigo", "Nombre", "ManejaDocumentos", "TieneAcreedor",
+                           "CuentaDevolucion", "Status"}));
+    ledger.insert({s("6.1.01"), s("GASTOS DE LIMPIEZA"), 1, 1, 0, 1});
+    ledger.insert({s("6.1.02"), s("VIATICOS Y TRANSPORTE"), 1, 0, 0, 1});
+    ledger.insert({s("6.1.03"), s("PAPELERIA"), 1, 1, 0, 1});
+}
+
+void seedPeople(const QSqlDatabase& db) {
+    // Client types: 2 is priced from the affiliate list, 3 at cost plus the client's margin,
+    // 4 from the wholesale list; 1 keeps the register's list.
+    RowWriter clientTypes(db, QStringLiteral("TIPOSCLIENTE"),
+                          cols({"Codigo", "Descripcion", "Status"}));
+    clientTypes.insert({s("1"), s("DETAL"), 1});
+    clientTypes.insert({s("2"), s("AFILIADO"), 1});
+    clientTypes.insert({s("3"), s("ESPECIAL"), 1});
+    clientTypes.insert({s("4"), s("MAYORISTA"), 1});
+
+    RowWriter taxpayerTypes(db, QStringLiteral("TIPOSCONTRIBUYENTE"),
+                            cols({"Codigo", "Descripcion", "Status"}));
+    taxpayerTypes.insert({s("1"), s("ORDINARIO"), 1});
+    taxpayerTypes.insert({s("2"), s("ESPECIAL"), 1});
+    taxpayerTypes.insert({s("3"), s("NO CONTRIBUYENTE"), 1});
+
+    RowWriter supplierTypes(db, QStringLiteral("TIPOSPROVEEDOR"),
+                            cols({"Codigo", "Descripcion", "Status"}));
+    supplierTypes.insert({s("1"), s("NACIONAL"), 1});
+    supplierTypes.insert({s("2"), s("INTERNACIONAL"), 1});
+
+    RowWriter clients(db, QStringLiteral("CLIENTES"),
+                      cols({"Codigo", "Nombre", "FechaIngreso", "FechaNacimiento", "Telefono",
+                            "Fax", "Celular", "Direccion", "Transporte", "Catalogo", "Status",
+                            "Tipo", "TipoContribuyente", "PorcentajeUtilidad", "EMail"}));
+    const QDate joined(2023, 1, 15);
+    struct Client {
+        const char* code;
+        const char* name;
+        const char* type;
+        const char* taxpayer;
+        int margin;
+        const char* address;
+    };
+    const QList<Client> list = {
+        {kCashClient, "CLIENTE CONTADO", "1", "3", 0, "CARACAS"},
+        {"V12345678", "MARIA ALEJANDRA PEREZ", "1", "3", 0, "LOS PALOS GRANDES, CARACAS"},
+        {"V8765432", "JOSE GREGORIO RODRIGUEZ", "2", "3", 0, "EL PARAISO, CARACAS"},
+        {"V15678901", "CARMEN ELENA SUAREZ", "3", "3", 25, "CHACAO, CARACAS"},
+        {"J301234567", "DISTRIBUIDORA EL SOL, C.A.", "4", "1", 0, "ZONA INDUSTRIAL LA YAGUARA"},
+        {"J298765430", "BOUTIQUE LAS MERCEDES, C.A.", "4", "2", 0, "LAS MERCEDES, CARACAS"},
+        {"E84123456", "LUCIA FERNANDES", "2", "3", 0, "ALTAMIRA, CARACAS"},
+    };
+    for (const Client& c : list)
+        clients.insert({s(c.code), s(c.name), joined, QVariant(), s("0212-555-0300"), s(""),
+                        s("0414-555-0300"), s(c.address), s(""), 0, 1, s(c.type), s(c.taxpayer),
+                        Decimal(c.margin).toVariant(2), s("")});
+
+    RowWriter positions(db, QStringLiteral("CARGOS"), cols({"Codigo", "Nombre", "Status"}));
+    positions.insert({s("001"), s("GERENTE"), 1});
+    positions.insert({s("002"), s("CAJERO"), 1});
+    positions.insert({s("003"), s("VENDEDOR"), 1});
+    positions.insert({s("004"), s("ALMACENISTA"), 1});
+
+    RowWriter workers(db, QStringLiteral("TRABAJADORES"),
+                      cols({"Cedula", "Codigo", "Nombre", "Cargo", "FechaIngreso",
+                            "FechaNacimiento", "Direccion", "Telefono", "Celular", "Status"}));
+    RowWriter sellers(db, QStringLiteral("VENDEDOR"),
+                      cols({"Codigo", "Cedula", "Nombre", "FecNac", "FecIng", "Direccion",
+                            "Telefono", "Status"}));
+    struct Worker {
+        const char* id;
+        const char* code;
+        const char* name;
+        const char* position;
+        QDate born;
+    };
+    const QList<Worker> staff = {
+        {"10111222", "001", "ANA MARIA GONZALEZ", "001", QDate(1980, 3, 12)},
+        {"18222333", "002", "LUIS ALBERTO MARQUEZ", "002", QDate(1992, 7, 4)},
+        {"20333444", "003", "GABRIELA HERNANDEZ", "003", QDate(1995, 11, 23)},
+        {"21444555", "004", "CARLOS EDUARDO RAMIREZ", "003", QDate(1997, 2, 8)},
+        {"22555666", "005", "YULIMAR CASTILLO", "003", QDate(1999, 9, 30)},
+        {"16666777", "006", "PEDRO JOSE MORALES", "004", QDate(1988, 5, 17)},
+    };
+    const QDate hired(2022, 6, 1);
+    for (const Worker& w : staff) {
+        workers.insert({s(w.id), s(w.code), s(w.name), s(w.position), hired, w.born, s("CARACAS"),
+                        s("0212-555-0400"), s("0424-555-0400"), 1});
+        if (qstrcmp(w.position, "003") == 0)
+            sellers.insert({s(w.code), s(w.id), s(w.name), w.born, hired, s("CARACAS"),
+                            s("0212-555-0400"), 1});
+    }
+}
+
+void seedCatalogue(const QSqlDatabase& db) {
+    RowWriter brands(db, QStringLiteral("MARCAS"), cols({"Codigo", "Nombre", "Status"}));
+    brands.insert({s("0"), s("SIN MARCA"), 1}); // never offered on the article screen
+    const QStringList brandNames = {s("PUNTO AZUL"), s("COSTA NORTE"), s("URBAN ANDES"),
+                                    s("KORAL"),      s("TEPUY"),       s("CARIBE KIDS")};
+    for (int i = 0; i < brandNames.size(); ++i)
+        brands.insert({QStringLiteral("%1").arg(i + 1, 3, 10, QLatin1Char('0')), brandNames[i], 1});
+
+    RowWriter colours(db, QStringLiteral("COLORES"), cols({"Codigo", "Nombre", "Status"}));
+    const QStringList colourNames = {
+        s("SIN COLOR"),     s("NEGRO"),       s("BLANCO"),   s("AZUL MARINO OSCURO"), s("ROJO"),
+        s("GRIS JASPEADO"), s("VERDE OLIVA"), s("BEIGE"),    s("AZUL CLARO"),         s("ROSADO"),
+        s("MOSTAZA"),       s("AZUL INDIGO"), s("VINOTINTO")};
+    for (int i = 0; i < colourNames.size(); ++i)
+        colours.insert({QStringLiteral("%1").arg(i, 3, 10, QLatin1Char('0')), colourNames[i], 1});
+
+    RowWriter sizes(db, QStringLiteral("TALLAS"), cols({"Codigo", "Talla"}));
+    const QList<QPair<const char*, const char*>> sizeList = {
+        {"S", "PEQUEÑA"}, {"M", "MEDIANA"}, {"L", "GRANDE"}, {"XL", "EXTRA G."}, {"U", "ÚNICA"},
+        {"4", "4"},       {"6", "6"},       {"8", "8"},      {"10", "10"},       {"26", "26"},
+        {"28", "28"},     {"30", "30"},     {"32", "32"},    {"34", "34"},       {"36", "36"},
+        {"37", "37"},     {"38", "38"},     {"39", "39"},    {"40", "40"},       {"41", "41"},
+        {"42", "42"}};
+    for (const auto& [code, name] : sizeList)
+        sizes.insert({s(code), s(name)});
+
+    // Categories: two-digit families, four-digit groups, six-digit detail categories that
+    // articles belong to.
+    RowWriter categories(db, QStringLiteral("CATEGORIAS"), cols({"Codigo", "Nombre", "Status"}));
+    const QList<QPair<const char*, const char*>> tree = {{"01", "DAMAS"},
+                                                         {"0101", "ROPA DAMAS"},
+                                                         {"010101", "BLUSAS"},
+                                                         {"010102", "PANTALONES DAMA"},
+                                                         {"010103", "VESTIDOS"},
+                                                         {"02", "CABALLEROS"},
+                                                         {"0201", "ROPA CABALLEROS"},
+                                                         {"020101", "CAMISAS"},
+                                                         {"020102", "PANTALONES CABALLERO"},
+                                                         {"020103", "FRANELAS"},
+                                                         {"03", "NIÑOS"},
+                                                         {"0301", "ROPA NIÑOS"},
+                                                         {"030101", "CONJUNTOS"},
+                                                         {"04", "CALZADO"},
+                                                         {"0401", "CALZADO DEPORTIVO"},
+                                                         {"040101", "ZAPATOS DEPORTIVOS"},
+                                                         {"0402", "CALZADO CASUAL"},
+                                                         {"040201", "SANDALIAS"},
+                                                         {"05", "ACCESORIOS"},
+                                                         {"0501", "ACCESORIOS VARIOS"},
+                                                         {"050101", "GORRAS"},
+                                                         {"050102", "CORREAS"},
+                                                         {"050103", "RELOJES"},
+                                                         {"050104", "CUIDADO PERSONAL"},
+                                                         {"06", "SERVICIOS"},
+                                                         {"0601", "SERVICIOS DE TIENDA"},
+                                                         {"060101", "SERVICIOS"}};
+    for (const auto& [code, name] : tree)
+        categories.insert({s(code), s(name), 1});
+
+    RowWriter makers(db, QStringLiteral("FABRICANTES"), cols({"Codigo", "Nombre", "Status"}));
+    makers.insert({s("000"), s("SIN FABRICANTE"), 1});
+    makers.insert({s("001"), s("CONFECCIONES ARAGUA, C.A."), 1});
+    makers.insert({s("002"), s("TEXTILES DEL LAGO, C.A."), 1});
+    makers.insert({s("003"), s("CALZADOS ANDINOS, S.A."), 1});
+    makers.insert({s("004"), s("IMPORTADORA PACIFICO, C.A."), 1});
+
+    RowWriter suppliers(
+        db, QStringLiteral("PROVEEDORES"),
+        cols({"Codigo", "Nombre", "Tipo", "FechaIngreso", "Telefono", "Fax", "CodigoPostal",
+              "Direccion", "Contacto", "Pais", "Estado", "Ciudad", "Status"}));
+    const QDate since(2022, 1, 10);
+    suppliers.insert({s("J305551112"), s("CONFECCIONES ARAGUA, C.A."), s("1"), since,
+                      s("0243-555-0110"), s(""), s("2101"), s("ZONA INDUSTRIAL SAN VICENTE"),
+                      s("RAFAEL TORRES"), s("VENEZUELA"), s("ARAGUA"), s("MARACAY"), 1});
+    suppliers.insert({s("J306662223"), s("TEXTILES DEL LAGO, C.A."), s("1"), since,
+                      s("0261-555-0220"), s(""), s("4001"), s("AV. 5 DE JULIO"),
+                      s("MARIELA URDANETA"), s("VENEZUELA"), s("ZULIA"), s("MARACAIBO"), 1});
+    suppliers.insert({s("J307773334"), s("CALZADOS ANDINOS, S.A."), s("1"), since,
+                      s("0274-555-0330"), s(""), s("5101"), s("AV. LAS AMERICAS"),
+                      s("JESUS QUINTERO"), s("VENEZUELA"), s("MERIDA"), s("MERIDA"), 1});
+    suppliers.insert({s("J308884445"), s("IMPORTADORA PACIFICO, C.A."), s("2"), since,
+                      s("0212-555-0440"), s(""), s("1010"), s("LA URBINA, CALLE 7"), s("WEI CHEN"),
+                      s("VENEZUELA"), s("MIRANDA"), s("CARACAS"), 1});
+}
+
+} // namespace
+
+void seedDemoStore(const QSqlDatabase& db) {
+    db::Transaction tx(db);
+    if (hasData(db))
+        throw UserError(s(
+            "La base de datos ya tiene datos; la tienda de demostración necesita una base vacía."));
+    const QDateTime now = db::serverNow(db);
+    seedCompany(db);
+    seedRegister(db);
+    seedSecurity(db);
+    seedMoney(db);
+    seedPeople(db);
+    seedCatalogue(db);
+    detail::seedArticles(db, now.date());
+    tx.commit();
+}
+
+bool isDemoStore(const QSqlDatabase& db) {
+    return db::exists(db, QStringLiteral("SELECT Serie FROM CAJAS WHERE Serie = ?"),
+                      {s(kDemoSerial)}) &&
+           db::exists(db, QStringLiteral("SELECT IDEmpresa FROM PARAMETROS WHERE IDEmpresa = ?"),
+                      {s(kDemoCompanyRif)});
+}
+
+void bindWorkstationToDemoRegister() {
+    QSettings settings(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("ServidorOrvo"));
+    settings.beginGroup(QStringLiteral("Orvo"));
+    settings.setValue(QStringLiteral("Serie"), s(kDemoSerial));
+    settings.endGroup();
+    settings.sync();
+}
+
+} // namespace orvo::shell::demo
