@@ -119,7 +119,7 @@ bool VPosPayment::call(const QString& operation, const QJsonObject& request, int
     resetAnswer();
     const QByteArray body = QJsonDocument(request).toJson(QJsonDocument::Compact);
     m_rawAnswer =
-        QString::fromUtf8(exchange(QStringLiteral("POST"), QLatin1Char('/') + operation, body));
+        QString::fromUtf8(roundTrip(QStringLiteral("POST"), QLatin1Char('/') + operation, body));
     QString errors;
     m_answer = exchange::json::parseJson(m_rawAnswer, &errors);
     if (!m_answer.isObject() || !m_answer.toObject().contains(QStringLiteral("codRespuesta")))
@@ -147,10 +147,10 @@ void VPosPayment::printVoucher(int copies) {
         if (!m_printer)
             throw UserError(QStringLiteral("No hay impresora para el voucher...!"));
         const QByteArray text =
-            exchange(QStringLiteral("GET"),
-                     QStringLiteral("/vouchers/") +
-                         QString::fromLatin1(QUrl::toPercentEncoding(m_voucherName)),
-                     {});
+            roundTrip(QStringLiteral("GET"),
+                      QStringLiteral("/vouchers/") +
+                          QString::fromLatin1(QUrl::toPercentEncoding(m_voucherName)),
+                      {});
         QStringList lines = QString::fromUtf8(text).split(QLatin1Char('\n'));
         for (QString& line : lines)
             if (line.endsWith(QLatin1Char('\r')))
@@ -167,8 +167,8 @@ void VPosPayment::printVoucher(int copies) {
     }
 }
 
-QByteArray VPosPayment::exchange(const QString& method, const QString& path,
-                                 const QByteArray& body) {
+QByteArray VPosPayment::roundTrip(const QString& method, const QString& path,
+                                  const QByteArray& body) {
     if (!m_network) {
         m_network = std::make_unique<QNetworkAccessManager>();
         m_network->setProxy(QNetworkProxy::NoProxy); // the terminal is on the store's own network

@@ -69,7 +69,7 @@ public:
 private:
     bool transact(const QString& operation);
     bool call(const QString& operation, const QJsonObject& request, int copies);
-    QByteArray exchange(const QString& method, const QString& path, const QByteArray& body);
+    QByteArray roundTrip(const QString& method, const QString& path, const QByteArray& body);
     void printVoucher(int copies);
     void resetAnswer();
 
