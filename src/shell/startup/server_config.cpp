@@ -49,8 +49,8 @@ QString embeddedFile(const QString& dataDir, const QString& database) {
     const QString name = database.trimmed();
     if (QFileInfo(name).isAbsolute())
         return name;
-    return dataDir + u'/' + (QFileInfo(name).suffix().isEmpty() ? name + QStringLiteral(".sqlite")
-                                                                 : name);
+    return dataDir + u'/' +
+           (QFileInfo(name).suffix().isEmpty() ? name + QStringLiteral(".sqlite") : name);
 }
 
 db::ConnectionSettings ServerConfig::connectionSettings(const QString& dataDir) const {
@@ -99,7 +99,8 @@ void writeServerConfig(const QString& path, const ServerConfig& config) {
     QDir().mkpath(QFileInfo(path).absolutePath());
     QFile f(path);
     if (!f.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Text))
-        throw StartupError(75, QStringLiteral("Error de acceso a la ruta o el archivo: %1").arg(path));
+        throw StartupError(75,
+                           QStringLiteral("Error de acceso a la ruta o el archivo: %1").arg(path));
     f.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
     QTextStream out(&f);
     out.setEncoding(QStringConverter::Latin1);

@@ -1,0 +1,77 @@
+#include "shell/startup/main_connection.h"
+
+#include "common/db/connection.h"
+#include "common/errors/errors.h"
+#include "common/schema/migrate.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QLoggingCategory>
+
+namespace orvo::shell {
+
+Q_LOGGING_CATEGORY(lcStartup, "orvo.startup")
+
+namespace {
+
+bool openNamed(const ServerConfig& config, const QString& dataDir, bool createEmbedded,
+               const QString& name) {
+    try {
+        const db::ConnectionSettings s = config.connectionSettings(dataDir);
+        const bool fresh = s.engine == db::Engine::Sqlite && !QFileInfo::exists(s.sqliteFile);
+        if (fresh && !createEmbedded)
+            return false;
+        QSqlDatabase db = db::openConnection(s, name);
+        if (fresh)
+            schema::migrate(db);
+        return true;
+    } catch (const std::exception& e) {
+        // Passwords never reach the log: only the engine's text.
+        qCInfo(lcStartup) << "connection failed:" << e.what();
+        db::closeConnection(name);
+        return false;
+    }
+}
+
+} // namespace
+
+bool openMainConnection(const ServerConfig& config, const QString& dataDir, bool createEmbedded) {
+    db::closeConnection(kMainConnection);
+    return openNamed(config, dataDir, createEmbedded, kMainConnection);
+}
+
+bool testConnection(const ServerConfig& config, const QString& dataDir, bool createEmbedded) {
+    const QString name = QStringLiteral("orvo_test_connection");
+    const bool ok = openNamed(config, dataDir, createEmbedded, name);
+    db::closeConnection(name);
+    return ok;
+}
+
+bool mainConnectionOpen() {
+    return QSqlDatabase::contains(kMainConnection) &&
+           QSqlDatabase::database(kMainConnection, false).isOpen();
+}
+
+QSqlDatabase mainDb() {
+    return QSqlDatabase::database(kMainConnection, false);
+}
+
+void closeMainConnection() {
+    db::closeConnection(kMainConnection);
+}
+
+StartupConnection connectFromConfigFile(const QString& configPath, const QString& dataDir,
+                                        ServerConfig& config) {
+    config = ServerConfig{};
+    if (!QFileInfo::exists(configPath))
+        return StartupConnection::NeedsConfig;
+    config = readServerConfig(configPath);
+    return openMainConnection(config, dataDir) ? StartupConnection::Connected
+                                               : StartupConnection::NeedsConfig;
+}
+
+QString serverPanelText(const QSqlDatabase& db) {
+    return QStringLiteral("Servidor SQL:") + db::describe(db);
+}
+
+} // namespace orvo::shell

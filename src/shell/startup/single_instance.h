@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QLockFile>
+#include <QString>
+#include <memory>
+
+namespace orvo::shell {
+
+// One desktop program per machine: a lock file in the machine's temporary folder, held while the
+// program runs. A lock left by a crashed program is taken over.
+class SingleInstance {
+public:
+    explicit SingleInstance(const QString& lockPath = defaultLockPath());
+    // False when another running copy holds the lock.
+    bool acquire();
+    static QString defaultLockPath();
+
+private:
+    std::unique_ptr<QLockFile> m_lock;
+};
+
+} // namespace orvo::shell
