@@ -78,7 +78,8 @@ QList<FiscalPrinterChoice> activeFiscalPrinters(const QSqlDatabase& db) {
     q.exec();
     QList<FiscalPrinterChoice> printers;
     while (q.next())
-        printers.append({q.integer(QStringLiteral("ID")), q.text(QStringLiteral("NombreImpresora"))});
+        printers.append(
+            {q.integer(QStringLiteral("ID")), q.text(QStringLiteral("NombreImpresora"))});
     return printers;
 }
 
@@ -93,9 +94,8 @@ SaveOutcome saveRegisterConfig(const QSqlDatabase& db, const RegisterConfig& con
 
     db::Transaction tx(db);
     // The no-op update tells whether the serie exists.
-    const int existing =
-        db::execute(db, QStringLiteral("UPDATE CAJAS SET Numero = Numero WHERE Serie = ?"),
-                    {config.serie});
+    const int existing = db::execute(
+        db, QStringLiteral("UPDATE CAJAS SET Numero = Numero WHERE Serie = ?"), {config.serie});
     if (existing > 0 && creating && !approve)
         return SaveOutcome::NeedsOverwriteApproval; // rolled back: nothing written
     if (existing > 0) {

@@ -67,9 +67,8 @@ RegisterScreen::RegisterScreen(QSqlDatabase db, shell::SessionContext& session, 
     m_impresoraFiscal = new QComboBox(this);
     m_impresoraFiscal->setObjectName(QStringLiteral("cboImpresoraFiscal"));
     m_permiteDescuento = check(this, "chkPermiteDescuento", QStringLiteral("Permite descuento"));
-    m_permiteFacturarOrdenDespacho =
-        check(this, "chkPermiteFacturarOrdenDespacho",
-              QStringLiteral("Permite facturar órdenes de despacho"));
+    m_permiteFacturarOrdenDespacho = check(this, "chkPermiteFacturarOrdenDespacho",
+                                           QStringLiteral("Permite facturar órdenes de despacho"));
     m_permiteFacturasExentas =
         check(this, "chkPermiteFacturasExentas", QStringLiteral("Permite facturas exentas"));
     m_permiteAlternarListas = check(this, "chkPermiteAlternarListas",
@@ -77,9 +76,8 @@ RegisterScreen::RegisterScreen(QSqlDatabase db, shell::SessionContext& session, 
     m_cambiarPrecios = check(this, "chkCambiarPrecios", QStringLiteral("Permite cambiar precios"));
     m_requerirAutorizacion =
         check(this, "chkRequerirAutorizacion", QStringLiteral("Requerir autorización"));
-    m_permitirFacturaContingencia =
-        check(this, "chkPermitirFacturaContingencia",
-              QStringLiteral("Permitir factura de contingencia"));
+    m_permitirFacturaContingencia = check(this, "chkPermitirFacturaContingencia",
+                                          QStringLiteral("Permitir factura de contingencia"));
     m_maximoZDiario = edit(this, "txtMaximoZDiario");
     m_maximoZDiario->setAlignment(Qt::AlignRight);
 
