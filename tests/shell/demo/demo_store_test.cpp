@@ -4,6 +4,7 @@
 #include "common/security/scrambler.h"
 #include "shell/demo/demo_store.h"
 #include "shell/session/session_context.h"
+#include "shell/startup/user_settings.h"
 #include "support/test_db.h"
 
 #include <QElapsedTimer>
@@ -103,7 +104,7 @@ TEST_F(DemoStore, SessionLoadsCompanyRegisterAndPrinter) {
     EXPECT_EQ(ctx.controlFactura, 1);
     EXPECT_EQ(ctx.usaImpresoraFiscal, 1);
     EXPECT_GT(ctx.itemsPorFactura, 0);
-    ASSERT_TRUE(shell::loadRegister(db(), "Z1A0000001", ctx));
+    ASSERT_TRUE(shell::loadRegister(db(), "Z1B0000001", ctx));
     EXPECT_EQ(ctx.numero, 1);
     EXPECT_EQ(ctx.idImpresoraFiscal, 1);
     EXPECT_GT(ctx.fondoCaja, Decimal(0));
@@ -113,7 +114,7 @@ TEST_F(DemoStore, SessionLoadsCompanyRegisterAndPrinter) {
     db::Sql q(db(), "SELECT C.UltimaFactura, C.UltimaDevolucion, I.ID, I.NombreImpresora, "
                     "I.MontoMaximoDiario, I.Status FROM CAJAS C INNER JOIN IMPRESORAFISCAL I "
                     "ON I.ID = C.IdImpresoraFiscal WHERE C.Serie = ?");
-    q.bind("Z1A0000001").exec();
+    q.bind("Z1B0000001").exec();
     ASSERT_TRUE(q.next());
     EXPECT_EQ(q.integer("UltimaFactura"), 0);
     EXPECT_EQ(q.integer("UltimaDevolucion"), 0);
@@ -401,11 +402,19 @@ TEST_F(DemoStore, WorkstationIsBoundToTheDemoRegister) {
     ASSERT_TRUE(settingsDir.isValid());
     QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, settingsDir.path());
     shell::demo::bindWorkstationToDemoRegister();
-    QSettings settings(QSettings::IniFormat, QSettings::UserScope, "ServidorOrvo");
-    const QString serial = settings.value("Orvo/Serie").toString();
-    EXPECT_EQ(serial, "Z1A0000001");
+    // What the main window reads at start.
+    const QString serial = shell::WorkstationSettings::load().serie;
+    EXPECT_EQ(serial, "Z1B0000001");
     shell::SessionContext ctx;
     EXPECT_TRUE(shell::loadRegister(db(), serial, ctx));
+}
+
+TEST_F(DemoStore, PartialCountAdjustmentTypesCarryTheirSigns) {
+    EXPECT_EQ(column(db(), "SELECT Signo FROM TIPOAJUSTES WHERE Codigo = ?", {999}),
+              QStringList({"1"}));
+    EXPECT_EQ(column(db(), "SELECT Signo FROM TIPOAJUSTES WHERE Codigo = ?", {998}),
+              QStringList({"-1"}));
+    EXPECT_GT(count("TIPOAJUSTES", "Signo = -1 AND Codigo < 998"), 0);
 }
 
 class DemoStoreOnUsedDatabase : public DbTest {};
