@@ -1,6 +1,7 @@
 #include "app/screens.h"
 
 #include "inventory/articles/article_screens.h"
+#include "pos/register/register_screens.h"
 #include "shell/record_form/master_data.h"
 #include "shell/screens/screen_registry.h"
 #include "shell/startup/app_state.h"
@@ -12,6 +13,7 @@ void registerAllScreens() {
     inventory::registerArticleScreens();
     shell::registerRecordScreens({[] { return shell::mainDb(); },
                                   [] { return shell::session().userCode; }});
+    pos::registers::registerScreens();
 }
 
 } // namespace orvo::app
