@@ -132,7 +132,7 @@ QList<Table> stockTables() {
                defaultNow(dateTime("FechaRegistro"))},
               {}, {{"Fecha", "CodigoBarra"}, {"CodigoBarra"}}),
         table("SERIALES",
-              {integer("Numero"), dateTime("Fecha"), smallint("TipoMovimiento"),
+              {integer("Numero"), dateTime("Fecha"), text("TipoMovimiento", 2),
                text("Documento", 20), text("Tercero", 15), text("Observacion", 255),
                text("Usuario", 20), smallint("Status")},
               {"Numero"}, {{"Fecha"}}),

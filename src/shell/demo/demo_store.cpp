@@ -399,6 +399,26 @@ void seedCatalogue(const QSqlDatabase& db) {
     makers.insert({s("003"), s("CALZADOS ANDINOS, S.A."), 1});
     makers.insert({s("004"), s("IMPORTADORA PACIFICO, C.A."), 1});
 
+    // Reasons of manual adjustments; 999 and 998 are the partial count's own.
+    RowWriter adjustments(db, QStringLiteral("TIPOAJUSTES"),
+                          cols({"Codigo", "Nombre", "Signo", "Status"}));
+    adjustments.insert({1, s("ENTRADA POR AJUSTE"), 1, 1});
+    adjustments.insert({2, s("SALIDA POR AJUSTE"), -1, 1});
+    adjustments.insert({3, s("MERCANCIA DAÑADA"), -1, 1});
+    adjustments.insert({4, s("MUESTRAS Y EXHIBICION"), -1, 1});
+    adjustments.insert({998, s("AJUSTE INVENTARIO PARCIAL (-)"), -1, 1});
+    adjustments.insert({999, s("AJUSTE INVENTARIO PARCIAL (+)"), 1, 1});
+
+    RowWriter dispatchTypes(db, QStringLiteral("TIPO_DESPACHO"),
+                            cols({"ID", "Descripcion", "Estado"}));
+    dispatchTypes.insert({1, s("ENTREGA A CLIENTE"), 1});
+    dispatchTypes.insert({2, s("TRASLADO A SUCURSAL"), 1});
+
+    RowWriter vehicles(db, QStringLiteral("VEHICULOS"),
+                       cols({"Placa", "Marca", "Modelo", "Status"}));
+    vehicles.insert({s("AB123CD"), s("FORD"), s("CARGO 815"), 1});
+    vehicles.insert({s("AC456EF"), s("CHEVROLET"), s("NPR"), 1});
+
     RowWriter suppliers(
         db, QStringLiteral("PROVEEDORES"),
         cols({"Codigo", "Nombre", "Tipo", "FechaIngreso", "Telefono", "Fax", "CodigoPostal",

@@ -7,7 +7,7 @@ namespace orvo::shell::demo {
 
 // The demo store's well-known identifiers, for the command, the tests and anyone who wants to
 // drive the demo (the register's serial is also the serial of its emulated fiscal printer).
-inline constexpr char kDemoSerial[] = "Z1A0000001";
+inline constexpr char kDemoSerial[] = "Z1B0000001";
 inline constexpr char kDemoCompanyRif[] = "J-40123456-7";
 inline constexpr char kDemoPassword[] = "1234";
 inline constexpr char kAdminUser[] = "ADMIN";

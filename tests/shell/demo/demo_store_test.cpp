@@ -103,7 +103,7 @@ TEST_F(DemoStore, SessionLoadsCompanyRegisterAndPrinter) {
     EXPECT_EQ(ctx.controlFactura, 1);
     EXPECT_EQ(ctx.usaImpresoraFiscal, 1);
     EXPECT_GT(ctx.itemsPorFactura, 0);
-    ASSERT_TRUE(shell::loadRegister(db(), "Z1A0000001", ctx));
+    ASSERT_TRUE(shell::loadRegister(db(), "Z1B0000001", ctx));
     EXPECT_EQ(ctx.numero, 1);
     EXPECT_EQ(ctx.idImpresoraFiscal, 1);
     EXPECT_GT(ctx.fondoCaja, Decimal(0));
@@ -113,7 +113,7 @@ TEST_F(DemoStore, SessionLoadsCompanyRegisterAndPrinter) {
     db::Sql q(db(), "SELECT C.UltimaFactura, C.UltimaDevolucion, I.ID, I.NombreImpresora, "
                     "I.MontoMaximoDiario, I.Status FROM CAJAS C INNER JOIN IMPRESORAFISCAL I "
                     "ON I.ID = C.IdImpresoraFiscal WHERE C.Serie = ?");
-    q.bind("Z1A0000001").exec();
+    q.bind("Z1B0000001").exec();
     ASSERT_TRUE(q.next());
     EXPECT_EQ(q.integer("UltimaFactura"), 0);
     EXPECT_EQ(q.integer("UltimaDevolucion"), 0);
@@ -403,9 +403,17 @@ TEST_F(DemoStore, WorkstationIsBoundToTheDemoRegister) {
     shell::demo::bindWorkstationToDemoRegister();
     QSettings settings(QSettings::IniFormat, QSettings::UserScope, "ServidorOrvo");
     const QString serial = settings.value("Orvo/Serie").toString();
-    EXPECT_EQ(serial, "Z1A0000001");
+    EXPECT_EQ(serial, "Z1B0000001");
     shell::SessionContext ctx;
     EXPECT_TRUE(shell::loadRegister(db(), serial, ctx));
+}
+
+TEST_F(DemoStore, PartialCountAdjustmentTypesCarryTheirSigns) {
+    EXPECT_EQ(column(db(), "SELECT Signo FROM TIPOAJUSTES WHERE Codigo = ?", {999}),
+              QStringList({"1"}));
+    EXPECT_EQ(column(db(), "SELECT Signo FROM TIPOAJUSTES WHERE Codigo = ?", {998}),
+              QStringList({"-1"}));
+    EXPECT_GT(count("TIPOAJUSTES", "Signo = -1 AND Codigo < 998"), 0);
 }
 
 class DemoStoreOnUsedDatabase : public DbTest {};

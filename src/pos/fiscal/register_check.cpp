@@ -1,0 +1,66 @@
+#include "pos/fiscal/register_check.h"
+
+#include "common/db/sql.h"
+#include "common/errors/errors.h"
+#include "pos/fiscal/protocol/replies.h"
+
+namespace orvo::pos::fiscal {
+
+RegisterCounters readRegisterCounters(const QSqlDatabase& db, const QString& serial,
+                                      int controlFactura) {
+    RegisterCounters c;
+    c.serial = serial;
+    if (controlFactura == 2) {
+        db::Sql q(db, QStringLiteral("SELECT UltimaFactura, UltimaDevolucion FROM PARAMETROS"));
+        q.exec();
+        if (q.next()) {
+            c.lastInvoice = q.integer(QStringLiteral("UltimaFactura"));
+            c.lastReturn = q.integer(QStringLiteral("UltimaDevolucion"));
+        }
+        return c;
+    }
+    db::Sql q(db,
+              QStringLiteral("SELECT UltimaFactura, UltimaDevolucion FROM CAJAS WHERE Serie = ?"));
+    q.bind(serial).exec();
+    if (q.next()) {
+        c.lastInvoice = q.integer(QStringLiteral("UltimaFactura"));
+        c.lastReturn = q.integer(QStringLiteral("UltimaDevolucion"));
+    }
+    return c;
+}
+
+PrinterFacts readPrinterFacts(FiscalPrinter& printer) {
+    PrinterFacts f;
+    if (!printer.isOpen() || !printer.probe())
+        return f;
+    const auto numbers = printer.lastDocumentNumbers();
+    const auto s1 = printer.readS1();
+    if (!numbers || !s1)
+        return f;
+    f.answers = true;
+    f.lastInvoice = numbers->lastInvoice;
+    f.lastCreditNote = numbers->lastCreditNote;
+    f.date = s1->date;
+    f.serial = s1->serial;
+    return f;
+}
+
+void checkPrinterAgainstRegister(const PrinterFacts& printer, const RegisterCounters& reg,
+                                 const QDate& today) {
+    if (!printer.answers)
+        throw UserError(QStringLiteral("No existe comunicación con la impresora fiscal...!"));
+    if (printer.lastInvoice != reg.lastInvoice)
+        throw UserError(QStringLiteral(
+            "El numero de factura no concuerda con el numero de factura de la impresora...!"));
+    if (printer.lastCreditNote != reg.lastReturn)
+        throw UserError(QStringLiteral("El numero de devolución no concuerda con el numero de "
+                                       "devolución de la impresora...!"));
+    if (protocol::dateDdMmYy(printer.date) != protocol::dateDdMmYy(today))
+        throw UserError(QStringLiteral(
+            "La fecha actual de la impresora no corresponde con la fecha del sistema...!"));
+    if (printer.serial.trimmed() != reg.serial.trimmed())
+        throw UserError(
+            QStringLiteral("La serie de la impresora no conicide con la serie de la caja...!"));
+}
+
+} // namespace orvo::pos::fiscal

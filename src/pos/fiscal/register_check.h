@@ -1,0 +1,40 @@
+#pragma once
+
+#include "pos/fiscal/fiscal_printer.h"
+
+#include <QDate>
+#include <QSqlDatabase>
+#include <QString>
+#include <optional>
+
+namespace orvo::pos::fiscal {
+
+// What the register's database says the printer must show.
+struct RegisterCounters {
+    QString serial; // CAJAS.Serie: the printer's serial
+    int lastInvoice = 0;
+    int lastReturn = 0;
+};
+
+// What the printer shows (read on the printer's thread).
+struct PrinterFacts {
+    bool answers = false;
+    int lastInvoice = 0;
+    int lastCreditNote = 0;
+    QDate date;
+    QString serial;
+};
+
+// The register's counters: CAJAS of `serial`, or PARAMETROS when ControlFactura is 2.
+RegisterCounters readRegisterCounters(const QSqlDatabase& db, const QString& serial,
+                                      int controlFactura);
+
+// Probe, X counters (U0X) and status (S1).
+PrinterFacts readPrinterFacts(FiscalPrinter& printer);
+
+// Throws UserError with the first mismatch: no answer, invoice number, return number, date,
+// serial.
+void checkPrinterAgainstRegister(const PrinterFacts& printer, const RegisterCounters& reg,
+                                 const QDate& today);
+
+} // namespace orvo::pos::fiscal

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "pos/fiscal/protocol/frame.h"
+#include "pos/fiscal/protocol/status.h"
+
+#include <QByteArray>
+#include <QList>
+#include <QSerialPort>
+#include <QString>
+#include <optional>
+
+namespace orvo::pos::fiscal {
+
+// Waits of the serial exchanges. The defaults suit a real printer; tests shorten them.
+struct LinkTiming {
+    int ackTimeoutMs = 4000;   // a command's ACK or NAK
+    int probeTimeoutMs = 2000; // a status probe's reply (sent twice)
+    int replyTimeoutMs = 3000; // a status read's frame
+    int blockTimeoutMs = 5000; // each block of an upload
+    int nakRetries = 2;        // resends after a NAK
+};
+
+// The serial line to the printer: framing, check bytes and the four kinds of exchange. Blocking;
+// used only from the thread that opened it.
+class SerialLink {
+public:
+    enum class Answer { Ack, Nak, None, BadCheck };
+
+    explicit SerialLink(LinkTiming timing = {}) : m_timing(timing) {}
+    const LinkTiming& timing() const { return m_timing; }
+
+    // 9600 8E1, RTS raised where the port has one. busy is set when another program holds it.
+    bool open(const QString& port, bool* busy);
+    void close();
+    bool isOpen() const { return m_port.isOpen(); }
+    QString portName() const { return m_name; }
+
+    // ENQ, sent again once without an answer.
+    std::optional<protocol::StatusBytes> probe();
+    // One frame, one answer.
+    Answer command(const QByteArray& data);
+    // A status read: the reply frame's data; answer tells why there is none.
+    std::optional<QByteArray> statusRead(const QByteArray& data, Answer* answer);
+    // An upload; answer tells why it failed.
+    std::optional<QList<QByteArray>> upload(const QByteArray& data, Answer* answer);
+
+private:
+    std::optional<protocol::WireEvent> nextEvent(int timeoutMs);
+    void write(const QByteArray& bytes);
+    void discardInput();
+
+    LinkTiming m_timing;
+    QSerialPort m_port;
+    QString m_name;
+    protocol::FrameReader m_reader;
+};
+
+} // namespace orvo::pos::fiscal
