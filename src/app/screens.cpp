@@ -2,18 +2,14 @@
 
 #include "shell/record_form/master_data.h"
 #include "shell/screens/screen_registry.h"
-
-#include <QSqlDatabase>
+#include "shell/startup/app_state.h"
 
 namespace orvo::app {
 
 void registerAllScreens() {
     // One line per area: each area's register function adds its screens.
-    shell::registerRecordScreens(
-        {[] { return QSqlDatabase::database(QStringLiteral("orvo_main")); },
-         [] {
-             return QString(); /* the logged-in user: set by start-up */
-         }});
+    shell::registerRecordScreens({[] { return shell::mainDb(); },
+                                  [] { return shell::session().userCode; }});
 }
 
 } // namespace orvo::app
