@@ -1,5 +1,6 @@
 #include "app/screens.h"
 
+#include "pos/register/register_screens.h"
 #include "shell/record_form/master_data.h"
 #include "shell/screens/screen_registry.h"
 #include "shell/startup/app_state.h"
@@ -10,6 +11,7 @@ void registerAllScreens() {
     // One line per area: each area's register function adds its screens.
     shell::registerRecordScreens({[] { return shell::mainDb(); },
                                   [] { return shell::session().userCode; }});
+    pos::registers::registerScreens();
 }
 
 } // namespace orvo::app
