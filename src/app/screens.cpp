@@ -1,6 +1,7 @@
 #include "app/screens.h"
 
 #include "inventory/articles/article_screens.h"
+#include "pos/cash/cash_screens.h"
 #include "pos/register/register_screens.h"
 #include "shell/record_form/master_data.h"
 #include "shell/screens/screen_registry.h"
@@ -11,9 +12,10 @@ namespace orvo::app {
 void registerAllScreens() {
     // One line per area: each area's register function adds its screens.
     inventory::registerArticleScreens();
-    shell::registerRecordScreens({[] { return shell::mainDb(); },
-                                  [] { return shell::session().userCode; }});
+    shell::registerRecordScreens(
+        {[] { return shell::mainDb(); }, [] { return shell::session().userCode; }});
     pos::registers::registerScreens();
+    pos::cash::registerCashScreens();
 }
 
 } // namespace orvo::app

@@ -113,7 +113,8 @@ ClosingFigures checkClosing(const QSqlDatabase& db, const QString& serial, const
     }
     if (day.status == 0)
         throw UserError(QStringLiteral("              La caja no tiene movimientos registrados.") +
-                        QLatin1Char('\n') + QStringLiteral("Elimine la apertura de caja de fecha ") +
+                        QLatin1Char('\n') +
+                        QStringLiteral("Elimine la apertura de caja de fecha ") +
                         dayText(day.fecha));
     if (notices && day.fecha < today)
         notices->append(QStringLiteral(
@@ -177,9 +178,10 @@ void checkZAgainstPrinter(const QSqlDatabase& db, const QString& serial, const Q
 PendingQuestion nextQuestion(const ClosingFigures& f, const Decimal& countedCash,
                              bool differenceApproved, bool confirmed) {
     if (countedCash != f.expectedCash() && !differenceApproved)
-        return {ClosingQuestion::CashDifference,
-                QStringLiteral("Desea realizar el cierre con esta diferencia en el cuadre de caja?"),
-                QStringLiteral("Cierre de Caja")};
+        return {
+            ClosingQuestion::CashDifference,
+            QStringLiteral("Desea realizar el cierre con esta diferencia en el cuadre de caja?"),
+            QStringLiteral("Cierre de Caja")};
     if (!confirmed)
         return {ClosingQuestion::Confirm, QStringLiteral("Confirma el cierre de caja...?"),
                 QStringLiteral("Cierre de caja")};

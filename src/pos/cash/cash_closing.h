@@ -42,8 +42,8 @@ struct DayTotals {
 // What the closing screen shows of the register's latest day.
 struct ClosingFigures {
     CashDay day;
-    DayTotals sales;   // VENTAS
-    DayTotals returns; // DEVVENTAS
+    DayTotals sales;           // VENTAS
+    DayTotals returns;         // DEVVENTAS
     Decimal cashPayments;      // PAGOSVENTA way 1
     Decimal chequePayments;    // PAGOSVENTA way 2
     Decimal receivableCash;    // MOVCUENTASXCOBRAR TipoPago 1

@@ -7,8 +7,8 @@
 #include "shell/startup/app_home.h"
 
 #include <QDir>
-#include <QFileInfo>
 #include <QFile>
+#include <QFileInfo>
 #include <QSaveFile>
 
 namespace orvo::pos::cash {
@@ -77,8 +77,9 @@ void checkOpening(const QSqlDatabase& db, const QString& serial, const QDate& da
                         QStringLiteral(" tiene su cierre procesado") + kEnd);
     if (latest && day < latest->fecha)
         throw UserError(QStringLiteral("No puede realizar una apertura de fecha menor a ") +
-                        dayText(latest->fecha) + QStringLiteral(" ...! No procede una nueva "
-                                                                "apertura...!"));
+                        dayText(latest->fecha) +
+                        QStringLiteral(" ...! No procede una nueva "
+                                       "apertura...!"));
     if (same)
         throw UserError(QStringLiteral("Ya existe una apertura de Fecha ") + dayText(day) +
                         QStringLiteral("...! no procede una nueva apertura...!"));
@@ -117,8 +118,8 @@ CashDay openDay(const QSqlDatabase& db, const OpeningRequest& r, const PrinterAt
                 const Decimal rate = Decimal::fromScaled((*printer.rates)[code - 1], 2);
                 if (code == 1)
                     general = rate;
-                Sql u(db,
-                      QStringLiteral("UPDATE IMPUESTOS SET PorcentajeImpuesto = ? WHERE Codigo = ?"));
+                Sql u(db, QStringLiteral(
+                              "UPDATE IMPUESTOS SET PorcentajeImpuesto = ? WHERE Codigo = ?"));
                 u.bind(rate, 4).bind(code).exec();
                 if (u.rowsAffected() == 0) {
                     Sql i(db, QStringLiteral("INSERT INTO IMPUESTOS (Codigo, Nombre, "
@@ -133,9 +134,10 @@ CashDay openDay(const QSqlDatabase& db, const OpeningRequest& r, const PrinterAt
         const int number =
             db::scalar(db, QStringLiteral("SELECT Numero FROM CAJAS WHERE Serie = ?"), {r.serial})
                 .toInt();
-        Sql ins(db, QStringLiteral("INSERT INTO DIARIOCAJA (Serie, Fecha, Numero, FacturaInicial, "
-                                   "FacturaFinal, PorcentajeImpuesto, HoraApertura, Status, "
-                                   "ReporteZTexto, Acumulado) VALUES (?, ?, ?, ?, ?, ?, ?, 0, '', 0)"));
+        Sql ins(db,
+                QStringLiteral("INSERT INTO DIARIOCAJA (Serie, Fecha, Numero, FacturaInicial, "
+                               "FacturaFinal, PorcentajeImpuesto, HoraApertura, Status, "
+                               "ReporteZTexto, Acumulado) VALUES (?, ?, ?, ?, ?, ?, ?, 0, '', 0)"));
         ins.bind(r.serial)
             .bind(db::dayStart(r.day))
             .bind(number)

@@ -41,8 +41,9 @@ int addWithdrawal(const QSqlDatabase& db, const QString& serial, const QDate& da
             throw UserError(QStringLiteral("Debe indicar el documento...!"));
     }
     const int number =
-        db::scalar(db, QStringLiteral("SELECT COALESCE(MAX(Numero), 0) FROM SALIDASCAJA WHERE "
-                                      "Serie = ?"),
+        db::scalar(db,
+                   QStringLiteral("SELECT COALESCE(MAX(Numero), 0) FROM SALIDASCAJA WHERE "
+                                  "Serie = ?"),
                    {serial})
             .toInt() +
         1;
@@ -73,8 +74,8 @@ void removeWithdrawal(const QSqlDatabase& db, const QString& serial, int number)
     if (!q.next())
         throw UserError(QStringLiteral("No existe la salida de caja %1...!").arg(number));
     if (q.integer(QStringLiteral("Status")) != 0)
-        throw UserError(QStringLiteral("La salida de caja %1 pertenece a un día cerrado...!")
-                            .arg(number));
+        throw UserError(
+            QStringLiteral("La salida de caja %1 pertenece a un día cerrado...!").arg(number));
     requireOpenDay(db, serial, q.dateTime(QStringLiteral("Fecha")).date());
     db::execute(db, QStringLiteral("DELETE FROM SALIDASCAJA WHERE Serie = ? AND Numero = ?"),
                 {serial, number});
@@ -155,8 +156,12 @@ Decimal addDeposit(const QSqlDatabase& db, const QString& serial, const QDate& d
                                 "?, ?)"));
     int item = 0;
     for (const PendingCheque& c : d.cheques) {
-        mark.bind(kDeposited).bind(serial).bind(c.factura).bind(c.item).bind(kCheque).bind(
-            kDeposited);
+        mark.bind(kDeposited)
+            .bind(serial)
+            .bind(c.factura)
+            .bind(c.item)
+            .bind(kCheque)
+            .bind(kDeposited);
         mark.exec();
         if (mark.rowsAffected() != 1)
             throw UserError(QStringLiteral("El cheque %1 de la factura %2 ya fue depositado...!")

@@ -143,7 +143,8 @@ TEST_F(CashClosingTest, QuestionsComeBeforeAnythingIsPrinted) {
     r.countedCash = Decimal(100);
     ClosingOutcome o = closeDayWith(db(), *m_printer, r);
     EXPECT_EQ(o.question.question, ClosingQuestion::CashDifference);
-    EXPECT_EQ(o.question.text, "Desea realizar el cierre con esta diferencia en el cuadre de caja?");
+    EXPECT_EQ(o.question.text,
+              "Desea realizar el cierre con esta diferencia en el cuadre de caja?");
     EXPECT_EQ(o.question.title, "Cierre de Caja");
     r.differenceApproved = true;
     o = closeDayWith(db(), *m_printer, r);
@@ -232,8 +233,8 @@ TEST_F(CashClosingTest, AReservedZThatWasNeverPrintedIsPrintedOnTheNextRun) {
     // The printer fell silent right after the reservation: no Z on paper.
     ClosingRequest r = request();
     r.backup = false;
-    const auto state = m_printer->callAndWait(
-        [](pos::fiscal::FiscalPrinter& p) { return readPrinterZState(p); });
+    const auto state =
+        m_printer->callAndWait([](pos::fiscal::FiscalPrinter& p) { return readPrinterZState(p); });
     const ZReservation first = reserveClosingZ(db(), kSerial, today(), state);
     EXPECT_EQ(first.number, 1);
     EXPECT_FALSE(first.alreadyPrinted);

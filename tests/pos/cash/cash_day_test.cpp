@@ -62,8 +62,8 @@ TEST_F(CashDayTest, OpensTheDayWithTheLastInvoiceAndThePrinterRates) {
               Decimal(16));
     QFile marker(markerFilePath(kSerial));
     ASSERT_TRUE(marker.open(QIODevice::ReadOnly));
-    EXPECT_TRUE(QString::fromUtf8(marker.readAll())
-                    .contains("Fecha=" + today().toString("yyyyMMdd")));
+    EXPECT_TRUE(
+        QString::fromUtf8(marker.readAll()).contains("Fecha=" + today().toString("yyyyMMdd")));
     EXPECT_EQ(latestDay(db(), kSerial)->fecha, today());
 }
 
@@ -86,9 +86,9 @@ TEST_F(CashDayTest, RefusalsComeInTheirOrder) {
               "No puede realizar una apertura de fecha menor a " + dayText(earlier) +
                   " ...! No procede una nueva apertura...!");
     addDay(kSerial, t.addDays(-1), 0);
-    EXPECT_EQ(openingRefusal(t.addDays(-1)),
-              "Ya existe una apertura de Fecha " + dayText(t.addDays(-1)) +
-                  "...! no procede una nueva apertura...!");
+    EXPECT_EQ(openingRefusal(t.addDays(-1)), "Ya existe una apertura de Fecha " +
+                                                 dayText(t.addDays(-1)) +
+                                                 "...! no procede una nueva apertura...!");
     EXPECT_EQ(openingRefusal(t), "La apertura de Fecha " + dayText(t.addDays(-1)) +
                                      " no tiene facturación...! Se recomienda eliminar dicha "
                                      "apertura...!");

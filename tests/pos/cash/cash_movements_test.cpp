@@ -119,8 +119,8 @@ TEST_F(CashMovementsTest, ConfirmingADepositKeepsEveryVersionInTheAudit) {
 
     EXPECT_EQ(count("CONFIRMACION_DEPOSITO"), 1);
     EXPECT_EQ(count("CONFIRMACION_DEPOSITO_AUD"), 2);
-    EXPECT_EQ(Decimal::fromVariant(
-                  scalar("SELECT Monto FROM CONFIRMACION_DEPOSITO_AUD WHERE Usuario = ?", {"LUIS"})),
+    EXPECT_EQ(Decimal::fromVariant(scalar(
+                  "SELECT Monto FROM CONFIRMACION_DEPOSITO_AUD WHERE Usuario = ?", {"LUIS"})),
               Decimal(290));
     EXPECT_EQ(Decimal::fromVariant(scalar(
                   "SELECT Monto FROM CONFIRMACION_DEPOSITO_AUD WHERE Usuario = ?", {"PEDRO"})),
