@@ -4,6 +4,7 @@
 #include "common/db/connection.h"
 #include "common/errors/errors.h"
 #include "common/schema/migrate.h"
+#include "pos/fiscal/port_finder.h"
 #include "shell/demo/demo_store.h"
 #include "shell/startup/app_home.h"
 #include "shell/startup/server_config.h"
@@ -96,6 +97,10 @@ int fiscalEmulator(const QStringList& args) {
             options.ticketsFolder = args[++i];
         else if (a == QLatin1String("--control") && !next.isEmpty())
             options.controlFile = args[++i];
+        else if (a == QLatin1String("--serial") && !next.isEmpty())
+            options.serial = args[++i];
+        else if (a == QLatin1String("--rif") && !next.isEmpty())
+            options.rif = args[++i];
         else if (a == QLatin1String("--z-busy-ms") && !next.isEmpty())
             options.zBusyMs = args[++i].toInt();
         else if (a.startsWith(QLatin1String("--")) && a.size() > 2)
@@ -118,6 +123,16 @@ int fiscalEmulator(const QStringList& args) {
     return tools::runUntilStopped(*QCoreApplication::instance());
 }
 
+// The fiscal printer's port of this workstation: shown, or set.
+int fiscalPort(const QStringList& args) {
+    if (args.isEmpty()) {
+        out() << pos::fiscal::configuredPort() << Qt::endl;
+        return 0;
+    }
+    pos::fiscal::saveConfiguredPort(args.first());
+    return 0;
+}
+
 const QList<Command>& commands() {
     static const QList<Command> list = {
         {QStringLiteral("db"), QStringLiteral("db init [--demo]"),
@@ -131,12 +146,18 @@ const QList<Command>& commands() {
              return dbInit(args.mid(1));
          }},
         {QStringLiteral("fiscal-emulator"),
-         QStringLiteral("fiscal-emulator --state ARCHIVO --tickets CARPETA [--control ARCHIVO] "
-                        "[--z-busy-ms N] [--paper-out] [--cover-open] [--silence] [--nak-next] "
-                        "[--drop-ack]"),
+         QStringLiteral(
+             "fiscal-emulator --state ARCHIVO --tickets CARPETA [--serial SERIE] [--rif RIF] "
+             "[--control ARCHIVO] "
+             "[--z-busy-ms N] [--paper-out] [--cover-open] [--silence] [--nak-next] "
+             "[--drop-ack]"),
          QStringLiteral("impresora fiscal de software en un pseudo-terminal; escribe en la primera "
                         "línea la ruta del puerto"),
          fiscalEmulator},
+        {QStringLiteral("fiscal-port"), QStringLiteral("fiscal-port [PUERTO]"),
+         QStringLiteral("muestra o fija el puerto de la impresora fiscal de esta estación "
+                        "(PuertoFiscal)"),
+         fiscalPort},
         {QStringLiteral("card-emulator"), QStringLiteral("card-emulator [opciones]"),
          QStringLiteral("punto de venta VPOS emulado en 127.0.0.1 (ver docs/card-terminal.md)"),
          tools::card::runCardEmulator},

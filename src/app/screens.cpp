@@ -1,11 +1,19 @@
 #include "app/screens.h"
 
+#include "inventory/articles/article_screens.h"
+#include "pos/register/register_screens.h"
+#include "shell/record_form/master_data.h"
 #include "shell/screens/screen_registry.h"
+#include "shell/startup/app_state.h"
 
 namespace orvo::app {
 
 void registerAllScreens() {
     // One line per area: each area's register function adds its screens.
+    inventory::registerArticleScreens();
+    shell::registerRecordScreens({[] { return shell::mainDb(); },
+                                  [] { return shell::session().userCode; }});
+    pos::registers::registerScreens();
 }
 
 } // namespace orvo::app

@@ -1,30 +1,21 @@
 #include "pos/fiscal/port_finder.h"
 
 #include "common/errors/errors.h"
+#include "shell/startup/user_settings.h"
 
 #include <QSerialPortInfo>
-#include <QSettings>
 
 namespace orvo::pos::fiscal {
-
-namespace {
-QSettings workstationSettings() {
-    return QSettings(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("ServidorOrvo"),
-                     QStringLiteral("ServidorOrvo"));
-}
-} // namespace
 
 QString configuredPort() {
     const QString env = qEnvironmentVariable("ORVO_PUERTO_FISCAL");
     if (!env.isEmpty())
         return env;
-    QSettings s = workstationSettings();
-    return s.value(QStringLiteral("Orvo/PuertoFiscal")).toString();
+    return shell::settings::read(QStringLiteral("PuertoFiscal"));
 }
 
 void saveConfiguredPort(const QString& port) {
-    QSettings s = workstationSettings();
-    s.setValue(QStringLiteral("Orvo/PuertoFiscal"), port);
+    shell::settings::write(QStringLiteral("PuertoFiscal"), port);
 }
 
 QStringList availablePorts() {

@@ -5,8 +5,8 @@
 #include "common/errors/errors.h"
 #include "common/security/scrambler.h"
 #include "shell/demo/demo_parts.h"
+#include "shell/startup/user_settings.h"
 
-#include <QSettings>
 #include <QSysInfo>
 
 namespace orvo::shell::demo {
@@ -464,11 +464,7 @@ bool isDemoStore(const QSqlDatabase& db) {
 }
 
 void bindWorkstationToDemoRegister() {
-    QSettings settings(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("ServidorOrvo"));
-    settings.beginGroup(QStringLiteral("Orvo"));
-    settings.setValue(QStringLiteral("Serie"), s(kDemoSerial));
-    settings.endGroup();
-    settings.sync();
+    settings::write(QStringLiteral("Serie"), s(kDemoSerial));
 }
 
 } // namespace orvo::shell::demo

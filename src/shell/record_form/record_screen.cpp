@@ -3,6 +3,8 @@
 #include "common/dialogs/dialogs.h"
 
 #include <QAbstractItemView>
+#include <QKeyEvent>
+#include <QTimer>
 #include <QAbstractSpinBox>
 #include <QCheckBox>
 #include <QComboBox>
@@ -271,6 +273,27 @@ void RecordScreen::checkRequired() const {
                             QStringLiteral("!"));
         }
     }
+}
+
+void RecordScreen::installFieldBehaviour() {
+    for (QWidget* w : inputControls())
+        w->installEventFilter(this);
+}
+
+bool RecordScreen::eventFilter(QObject* watched, QEvent* event) {
+    auto* w = qobject_cast<QWidget*>(watched);
+    if (w && event->type() == QEvent::KeyPress) {
+        const auto* key = static_cast<QKeyEvent*>(event);
+        const bool multiLine = qobject_cast<QPlainTextEdit*>(w) || qobject_cast<QTextEdit*>(w);
+        if ((key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter) && !multiLine &&
+            key->modifiers() == Qt::NoModifier) {
+            focusNextChild();
+            return true;
+        }
+    } else if (auto* e = qobject_cast<QLineEdit*>(watched); e && event->type() == QEvent::FocusIn) {
+        QTimer::singleShot(0, e, [e] { e->selectAll(); });
+    }
+    return QWidget::eventFilter(watched, event);
 }
 
 void RecordScreen::clearInputs() {

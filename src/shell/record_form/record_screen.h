@@ -72,6 +72,11 @@ protected:
     // Key proposed by Nuevo (empty: the user types it).
     virtual QString proposedKey() const { return {}; }
 
+    // Enter in a field moves to the next one; entering a line edit selects its text. Screens call
+    // this once their controls exist.
+    void installFieldBehaviour();
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
     // Helpers for the generic actions.
     void clearInputs();
     void enableInputs(bool enabled, bool keyToo);

@@ -3,6 +3,7 @@
 #include "common/db/sql.h"
 #include "common/db/transaction.h"
 #include "common/errors/errors.h"
+#include "common/numbering/numbering.h"
 
 namespace orvo::shell {
 
@@ -103,16 +104,7 @@ QVariant find(const QSqlDatabase& db, const RecordTable& t,
 }
 
 QString nextCode(const QSqlDatabase& db, const QString& table, const QString& column, int width) {
-    // Only all-digit codes take part: a hand-typed "A1" must not break the count.
-    const QString digitsOnly = db::engineOf(db) == db::Engine::Postgres
-                                   ? column + QStringLiteral(" ~ '^[0-9]+$'")
-                                   : column + QStringLiteral(" <> '' AND ") + column +
-                                         QStringLiteral(" NOT GLOB '*[^0-9]*'");
-    const QVariant max = db::scalar(db, QStringLiteral("SELECT MAX(CAST(") + column +
-                                            QStringLiteral(" AS BIGINT)) FROM ") + table +
-                                            QStringLiteral(" WHERE ") + digitsOnly);
-    const long long next = (max.isNull() ? 0 : max.toLongLong()) + 1;
-    return QStringLiteral("%1").arg(next, width, 10, QLatin1Char('0'));
+    return QStringLiteral("%1").arg(common::nextCode(db, table, column), width, 10, QLatin1Char('0'));
 }
 
 void save(const QSqlDatabase& db, const RecordTable& t, const QString& actingUser,

@@ -69,7 +69,7 @@ RecordRows load(const QSqlDatabase& db, const RecordTable& t);
 QVariant find(const QSqlDatabase& db, const RecordTable& t,
               const QList<QPair<QString, QVariant>>& criteria);
 
-// Next free numeric code: the largest numeric code plus one, with leading zeros to `width`.
+// Next code from the numbering service, with leading zeros to `width` ("001").
 QString nextCode(const QSqlDatabase& db, const QString& table, const QString& column, int width);
 
 // Insert (adding) or update of one row: values by column. "Registro duplicado!" when the key

@@ -33,9 +33,25 @@ bool userVisible(const QSqlDatabase& db, const QString& actingUser, const QStrin
                       {code});
 }
 
+// Nobody but a known, active user hands out groups.
+bool knownUser(const QSqlDatabase& db, const QString& actingUser) {
+    return !actingUser.isEmpty() &&
+           db::exists(db,
+                      QStringLiteral("SELECT CodUsuario FROM USUARIOS WHERE CodUsuario = ? AND "
+                                     "Status = 1"),
+                      {actingUser});
+}
+
+void requireKnownUser(const QSqlDatabase& db, const QString& actingUser) {
+    if (!knownUser(db, actingUser))
+        throw UserError(QStringLiteral("¡Usuario no autorizado!"));
+}
+
 } // namespace
 
 QList<Group> offeredGroups(const QSqlDatabase& db, const QString& actingUser) {
+    if (!knownUser(db, actingUser))
+        return {};
     const QString condition = offeredCondition(db, actingUser);
     db::Sql q(db, QStringLiteral("SELECT CodGrupo, NombreGrupo FROM GRUPOS") +
                       (condition.isEmpty() ? QString() : QStringLiteral(" WHERE ") + condition) +
@@ -48,6 +64,8 @@ QList<Group> offeredGroups(const QSqlDatabase& db, const QString& actingUser) {
 }
 
 QList<UserRow> visibleUsers(const QSqlDatabase& db, const QString& actingUser) {
+    if (!knownUser(db, actingUser))
+        return {};
     const QString condition = offeredCondition(db, actingUser);
     QString sql = QStringLiteral(
         "SELECT U.CodUsuario, U.NombreUsuario, U.Status, (SELECT MIN(G.NombreGrupo) FROM "
@@ -84,6 +102,7 @@ UserRow loadUser(const QSqlDatabase& db, const QString& code, QString* clearPass
 
 void saveUser(const QSqlDatabase& db, const QString& actingUser, const UserRecord& user,
               bool adding) {
+    requireKnownUser(db, actingUser);
     if (user.groupName.trimmed().isEmpty())
         throw UserError(QStringLiteral("¡Debe seleccionar un grupo!"));
     if (user.password != user.confirmation)
@@ -129,6 +148,7 @@ void saveUser(const QSqlDatabase& db, const QString& actingUser, const UserRecor
 }
 
 void deleteUser(const QSqlDatabase& db, const QString& actingUser, const QString& code) {
+    requireKnownUser(db, actingUser);
     if (code == actingUser)
         throw UserError(QStringLiteral("¡No puede eliminar su propio usuario!"));
     if (!userVisible(db, actingUser, code))

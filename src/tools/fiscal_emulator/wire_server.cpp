@@ -1,5 +1,6 @@
 #include "tools/fiscal_emulator/wire_server.h"
 
+#include <QFile>
 #include <QSocketNotifier>
 #include <cerrno>
 #include <unistd.h>
@@ -12,6 +13,12 @@ WireServer::~WireServer() = default;
 
 bool WireServer::start(const EmulatorOptions& options) {
     FiscalMemory memory;
+    if (!QFile::exists(options.statePath)) {
+        if (!options.serial.isEmpty())
+            memory.serial = options.serial.left(10);
+        if (!options.rif.isEmpty())
+            memory.rif = options.rif.left(11);
+    }
     if (!memory.load(options.statePath, &m_error)) {
         m_error = QStringLiteral("No se pudo leer %1: %2").arg(options.statePath, m_error);
         return false;

@@ -17,6 +17,8 @@ struct EmulatorOptions {
     QString controlFile;
     int zBusyMs = 3000;
     QStringList faults; // words as in the control file
+    QString serial;     // for a new state file: the printer's serial (its register's Serie)
+    QString rif;        // for a new state file: the taxpayer's RIF
 };
 
 // The emulated printer on the master side of a pseudo-terminal. Lives on the thread that

@@ -1,6 +1,7 @@
 // The driver against the software printer through a real pseudo-terminal, with faults injected.
 #include "pos/fiscal/fiscal_printer_thread.h"
 #include "pos/fiscal/port_finder.h"
+#include "pos/fiscal/register_printer.h"
 #include "pos/fiscal/serial_fiscal_printer.h"
 #include "running_emulator.h"
 
@@ -253,4 +254,30 @@ TEST(FiscalPrinterThreadTest, CallsRunOnThePrinterThreadInOrder) {
     // A refusal thrown on the printer thread reaches the caller.
     QFuture<void> bad = thread.call([](FiscalPrinter&) { throw UserError(QStringLiteral("X")); });
     EXPECT_THROW(bad.waitForFinished(), UserError);
+}
+
+TEST(FiscalRegisterPrinter, OpensOnTheConfiguredPortAndGivesTheZText) {
+    RunningEmulator emulator;
+    qputenv("ORVO_PUERTO_FISCAL", emulator.device().toLocal8Bit());
+    const auto z = registerPrinter().callAndWait([](FiscalPrinter& p) {
+        ensureOpen(p);
+        return p.printXReport() ? p.openDay() : std::nullopt;
+    });
+    qunsetenv("ORVO_PUERTO_FISCAL");
+    registerPrinter().callAndWait([](FiscalPrinter& p) { p.close(); });
+    ASSERT_TRUE(z);
+    EXPECT_TRUE(emulator.hasTicket("REPORTEX_00000001.txt"));
+
+    protocol::ZReport r;
+    r.zNumber = 12;
+    r.zDate = QDate(2026, 11, 21);
+    r.zTime = QTime(21, 5);
+    r.lastInvoice = 340;
+    r.invoices.base[0] = 10000;
+    r.invoices.tax[0] = 1600;
+    r.creditNotes.exempt = 250;
+    const QString text = zReportText(r);
+    EXPECT_TRUE(text.startsWith("REPORTE Z 0012\nFecha: 21/11/2026 21:05\nUltima factura: 340"));
+    EXPECT_TRUE(text.contains("Base tasa 1: 100.00  Impuesto: 16.00"));
+    EXPECT_TRUE(text.contains("Notas de credito\n  Exento: 2.50"));
 }

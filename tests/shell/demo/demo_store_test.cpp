@@ -4,6 +4,7 @@
 #include "common/security/scrambler.h"
 #include "shell/demo/demo_store.h"
 #include "shell/session/session_context.h"
+#include "shell/startup/user_settings.h"
 #include "support/test_db.h"
 
 #include <QElapsedTimer>
@@ -401,8 +402,8 @@ TEST_F(DemoStore, WorkstationIsBoundToTheDemoRegister) {
     ASSERT_TRUE(settingsDir.isValid());
     QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, settingsDir.path());
     shell::demo::bindWorkstationToDemoRegister();
-    QSettings settings(QSettings::IniFormat, QSettings::UserScope, "ServidorOrvo");
-    const QString serial = settings.value("Orvo/Serie").toString();
+    // What the main window reads at start.
+    const QString serial = shell::WorkstationSettings::load().serie;
     EXPECT_EQ(serial, "Z1B0000001");
     shell::SessionContext ctx;
     EXPECT_TRUE(shell::loadRegister(db(), serial, ctx));

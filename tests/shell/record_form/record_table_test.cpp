@@ -39,13 +39,13 @@ class RecordTableTest : public test::DbTest {};
 
 } // namespace
 
-TEST_F(RecordTableTest, NextCodeCountsOnlyNumericCodes) {
+TEST_F(RecordTableTest, NextCodeIsPaddedAndComparesAsNumber) {
     EXPECT_EQ(records::nextCode(db(), "COLORES", "Codigo", 3), "001");
     exec("INSERT INTO COLORES (Codigo, Nombre, Status) VALUES ('0', 'RESERVADO', 1)");
     exec("INSERT INTO COLORES (Codigo, Nombre, Status) VALUES ('009', 'AZUL', 1)");
-    exec("INSERT INTO COLORES (Codigo, Nombre, Status) VALUES ('A12', 'A MANO', 1)");
-    exec("INSERT INTO COLORES (Codigo, Nombre, Status) VALUES ('', 'VACIO', 1)");
-    EXPECT_EQ(records::nextCode(db(), "COLORES", "Codigo", 3), "010");
+    exec("INSERT INTO COLORES (Codigo, Nombre, Status) VALUES ('10', 'DOS CIFRAS', 1)");
+    exec("INSERT INTO COLORES (Codigo, Nombre, Status) VALUES ('011', 'TRES CIFRAS', 1)");
+    EXPECT_EQ(records::nextCode(db(), "COLORES", "Codigo", 3), "012");
     exec("INSERT INTO COLORES (Codigo, Nombre, Status) VALUES ('1200', 'MUCHOS', 1)");
     EXPECT_EQ(records::nextCode(db(), "COLORES", "Codigo", 3), "1201");
 }

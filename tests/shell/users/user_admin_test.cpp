@@ -126,6 +126,13 @@ TEST_F(UserAdmin, RefusalsChangeNothing) {
     // ... nor touch a Systems user.
     EXPECT_FALSE(refusal([&] { saveUser(db(), "JEFE", user("ROOT", "CAJERO"), false); }).isEmpty());
     EXPECT_FALSE(refusal([&] { deleteUser(db(), "JEFE", "ROOT"); }).isEmpty());
+    // Nobody logged in, or an inactive user, hands out nothing.
+    EXPECT_TRUE(offeredGroups(db(), "").isEmpty());
+    EXPECT_EQ(refusal([&] { saveUser(db(), "", user("MARIA", "CAJERO"), true); }),
+              "¡Usuario no autorizado!");
+    exec("UPDATE USUARIOS SET Status = 0 WHERE CodUsuario = 'VENDE'");
+    EXPECT_EQ(refusal([&] { saveUser(db(), "VENDE", user("MARIA", "CAJERO"), true); }),
+              "¡Usuario no autorizado!");
     EXPECT_EQ(count("USUARIOS", "CodUsuario = 'MARIA'"), 0);
     EXPECT_EQ(count("USUARIOGRUPO", "CodUsuario = 'JEFE' AND CodGrupo = 'ADMI'"), 1);
     EXPECT_EQ(count("USUARIOGRUPO", "CodUsuario = 'ROOT' AND CodGrupo = 'SISTEMAS'"), 1);

@@ -1,0 +1,61 @@
+#include "pos/fiscal/register_printer.h"
+
+#include "pos/fiscal/serial_fiscal_printer.h"
+
+#include <QCoreApplication>
+#include <memory>
+
+namespace orvo::pos::fiscal {
+
+namespace {
+std::unique_ptr<FiscalPrinterThread> g_printer;
+
+QString money(qint64 cents) {
+    return QStringLiteral("%1%2.%3")
+        .arg(cents < 0 ? QStringLiteral("-") : QString())
+        .arg(qAbs(cents) / 100)
+        .arg(qAbs(cents) % 100, 2, 10, QLatin1Char('0'));
+}
+
+void appendTotals(QStringList& out, const QString& title, const protocol::DocumentTotals& t) {
+    out << title << QStringLiteral("  Exento: %1").arg(money(t.exempt));
+    for (int i = 0; i < 3; ++i) {
+        out << QStringLiteral("  Base tasa %1: %2  Impuesto: %3")
+                   .arg(i + 1)
+                   .arg(money(t.base[i]), money(t.tax[i]));
+    }
+    out << QStringLiteral("  Total: %1").arg(money(t.total()));
+}
+} // namespace
+
+FiscalPrinterThread& registerPrinter() {
+    if (!g_printer) {
+        g_printer = std::make_unique<FiscalPrinterThread>(
+            [] { return std::make_unique<SerialFiscalPrinter>(); });
+        if (auto* app = QCoreApplication::instance())
+            QObject::connect(app, &QCoreApplication::aboutToQuit, [] { g_printer.reset(); });
+    }
+    return *g_printer;
+}
+
+PortChoice ensureOpen(FiscalPrinter& printer) {
+    if (printer.isOpen())
+        return {printer.portName(), {}};
+    return openConfiguredPrinter(printer);
+}
+
+QString zReportText(const protocol::ZReport& z) {
+    QStringList out;
+    out << QStringLiteral("REPORTE Z %1").arg(z.zNumber, 4, 10, QLatin1Char('0'))
+        << QStringLiteral("Fecha: %1 %2")
+               .arg(z.zDate.toString(QStringLiteral("dd/MM/yyyy")),
+                    z.zTime.toString(QStringLiteral("HH:mm")))
+        << QStringLiteral("Ultima factura: %1").arg(z.lastInvoice)
+        << QStringLiteral("Ultima nota de credito: %1").arg(z.lastCreditNote)
+        << QStringLiteral("Ultimo documento no fiscal: %1").arg(z.lastNonFiscal);
+    appendTotals(out, QStringLiteral("Facturas"), z.invoices);
+    appendTotals(out, QStringLiteral("Notas de credito"), z.creditNotes);
+    return out.join(QLatin1Char('\n'));
+}
+
+} // namespace orvo::pos::fiscal

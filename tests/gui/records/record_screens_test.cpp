@@ -1,0 +1,248 @@
+#include "shell/record_form/master_data.h"
+#include "shell/record_form/record_toolbar.h"
+#include "shell/record_form/refusing_trigger.h"
+#include "shell/record_form/table_record_screen.h"
+#include "shell/users/user_screens.h"
+#include "support/scripted_dialogs.h"
+#include "support/test_db.h"
+
+#include <QAction>
+#include <QComboBox>
+#include <QDir>
+#include <QFile>
+#include <QLineEdit>
+#include <QRadioButton>
+#include <QTest>
+#include <QToolButton>
+#include <gtest/gtest.h>
+#include <memory>
+
+using namespace orvo;
+using namespace orvo::shell;
+using Action = RecordScreen::Action;
+
+namespace {
+
+class RecordScreensGui : public test::DbTest {
+protected:
+    void SetUp() override {
+        DbTest::SetUp();
+        m_dialogs = std::make_unique<test::ScriptedDialogs>();
+        m_toolbar = std::make_unique<RecordToolbar>();
+        m_toolbar->show();
+    }
+    void TearDown() override {
+        EXPECT_TRUE(m_dialogs->allAnswered());
+        m_toolbar->setActiveScreen(nullptr);
+        m_screen.reset();
+        m_toolbar.reset();
+        m_dialogs.reset();
+        DbTest::TearDown();
+    }
+    TableRecordScreen* open(const QString& formName) {
+        auto* screen = new TableRecordScreen(*masterTable(formName), db(), "ROOT");
+        m_screen.reset(screen);
+        m_screen->show();
+        m_toolbar->setActiveScreen(screen);
+        return screen;
+    }
+    void press(const QString& key) {
+        auto* button = m_toolbar->findChild<QToolButton*>("cmd" + key);
+        ASSERT_NE(button, nullptr) << key.toStdString();
+        ASSERT_TRUE(button->isEnabled()) << key.toStdString() << " is disabled";
+        QTest::mouseClick(button, Qt::LeftButton);
+    }
+    bool enabled(const QString& key) {
+        return m_toolbar->findChild<QToolButton*>("cmd" + key)->isEnabled();
+    }
+    QLineEdit* edit(const QString& name) {
+        auto* e = m_screen->findChild<QLineEdit*>(name);
+        EXPECT_NE(e, nullptr) << name.toStdString();
+        return e;
+    }
+    void type(const QString& name, const QString& text) {
+        QLineEdit* e = edit(name);
+        e->setFocus();
+        e->selectAll();
+        QTest::keyClicks(e, text);
+        QTest::keyClick(e, Qt::Key_Return);
+    }
+
+    // Create, modify, search and delete through the toolbar, on a code + name + status catalogue.
+    void exerciseCatalogue(const QString& formName, const QString& table) {
+        open(formName);
+        for (const char* key : {"Modificar", "Eliminar", "Buscar", "Imprimir", "Guardar"})
+            EXPECT_FALSE(enabled(key)) << key;
+        EXPECT_TRUE(enabled("Nuevo"));
+
+        press("Nuevo");
+        EXPECT_EQ(edit("txtCodigo")->text(), "001"); // first code of an empty table
+        EXPECT_TRUE(m_screen->property("orvoEditing").toBool());
+        EXPECT_FALSE(enabled("Nuevo"));
+        type("txtNombre", "ROJO");
+        press("Guardar");
+        EXPECT_EQ(count(table, "Codigo = '001' AND Nombre = 'ROJO' AND Status = 1"), 1);
+        EXPECT_FALSE(m_screen->property("orvoEditing").toBool());
+
+        press("Nuevo");
+        EXPECT_EQ(edit("txtCodigo")->text(), "002");
+        type("txtNombre", "AZUL");
+        press("Guardar");
+        EXPECT_EQ(count(table), 2);
+        EXPECT_EQ(edit("txtCodigo")->text(), "002"); // the saved row is shown
+
+        press("Modificar");
+        EXPECT_FALSE(edit("txtCodigo")->isEnabled()); // the key stays as it is
+        EXPECT_TRUE(edit("txtNombre")->isEnabled());
+        type("txtNombre", "AZUL CLARO");
+        QTest::mouseClick(m_screen->findChild<QRadioButton*>("OptStatusInactivo"), Qt::LeftButton);
+        press("Guardar");
+        EXPECT_EQ(count(table, "Codigo = '002' AND Nombre = 'AZUL CLARO' AND Status = 0"), 1);
+
+        press("Buscar");
+        EXPECT_TRUE(edit("txtCodigo")->isEnabled());
+        EXPECT_TRUE(edit("txtNombre")->text().isEmpty());
+        type("txtNombre", "ROJO");
+        press("Buscar");
+        EXPECT_EQ(edit("txtCodigo")->text(), "001");
+        EXPECT_EQ(edit("txtNombre")->text(), "ROJO");
+
+        m_dialogs->expectQuestion("¿Desea eliminar el registro actual?", true);
+        press("Eliminar");
+        ASSERT_GE(m_dialogs->messages().size(), 2);
+        EXPECT_EQ(m_dialogs->messages()[m_dialogs->messages().size() - 2].title,
+                  "Eliminar " + m_screen->windowTitle());
+        EXPECT_EQ(m_dialogs->lastText(), "Registro eliminado con exito!");
+        EXPECT_EQ(count(table, "Codigo = '001'"), 0);
+        EXPECT_EQ(m_screen->recordCount(), 1); // requeried
+        EXPECT_EQ(edit("txtCodigo")->text(), "002");
+    }
+
+    std::unique_ptr<test::ScriptedDialogs> m_dialogs;
+    std::unique_ptr<RecordToolbar> m_toolbar;
+    std::unique_ptr<RecordScreen> m_screen;
+};
+
+} // namespace
+
+TEST_F(RecordScreensGui, ColourThroughTheToolbar) { exerciseCatalogue("frmColores", "COLORES"); }
+
+TEST_F(RecordScreensGui, BrandThroughTheToolbar) { exerciseCatalogue("frmMarcas", "MARCAS"); }
+
+TEST_F(RecordScreensGui, RefusedDeleteShowsTheDatabaseErrorAndKeepsTheRecord) {
+    exec("INSERT INTO COLORES (Codigo, Nombre, Status) VALUES ('001', 'ROJO', 1)");
+    test::refuseDeleteOf(db(), "COLORES", "Codigo", "001", "Color usado en articulos");
+    open("frmColores");
+    m_dialogs->expectQuestion("¿Desea eliminar el registro actual?", true);
+    press("Eliminar");
+    const auto& msgs = m_dialogs->messages();
+    ASSERT_EQ(msgs.size(), 3);
+    EXPECT_EQ(msgs[1].kind, "error");
+    EXPECT_TRUE(msgs[1].text.contains("Color usado en articulos"));
+    EXPECT_TRUE(msgs[1].text.contains('\n')); // number, then description
+    EXPECT_EQ(msgs[2].text, "Registro no se puede eliminar!");
+    EXPECT_EQ(msgs[2].title, "Información");
+    EXPECT_EQ(count("COLORES"), 1);
+    EXPECT_EQ(edit("txtCodigo")->text(), "001");
+
+    // Answering No deletes nothing and says nothing more.
+    m_dialogs->clear();
+    m_dialogs->expectQuestion("¿Desea eliminar el registro actual?", false);
+    press("Eliminar");
+    EXPECT_EQ(m_dialogs->messages().size(), 1);
+}
+
+TEST_F(RecordScreensGui, FailedSaveKeepsTheModeAndWhatWasTyped) {
+    exec("INSERT INTO COLORES (Codigo, Nombre, Status) VALUES ('001', 'ROJO', 1)");
+    open("frmColores");
+    press("Nuevo");
+    EXPECT_EQ(edit("txtCodigo")->text(), "002");
+    type("txtCodigo", "001");
+    type("txtNombre", "OTRO ROJO");
+    press("Guardar");
+    EXPECT_EQ(m_dialogs->lastText(), "Registro duplicado!");
+    EXPECT_EQ(m_screen->mode(), RecordScreen::Mode::Adding);
+    EXPECT_EQ(edit("txtNombre")->text(), "OTRO ROJO");
+
+    type("txtCodigo", "003");
+    edit("txtNombre")->clear();
+    press("Guardar");
+    EXPECT_EQ(m_dialogs->lastText(), "¡Debe introducir nombre!");
+    press("Cancelar");
+    EXPECT_EQ(m_screen->mode(), RecordScreen::Mode::Browsing);
+    EXPECT_FALSE(edit("txtNombre")->isEnabled());
+    EXPECT_EQ(edit("txtCodigo")->text(), "001");
+    EXPECT_EQ(count("COLORES"), 1);
+}
+
+TEST_F(RecordScreensGui, CataloguePrintsToPdf) {
+    exec("INSERT INTO COLORES (Codigo, Nombre, Status) VALUES ('001', 'ROJO', 1)");
+    exec("INSERT INTO COLORES (Codigo, Nombre, Status) VALUES ('002', 'AZUL', 0)");
+    open("frmColores");
+    const QString pdf = QDir(test::processTempDir()).filePath("colores.pdf");
+    QFile::remove(pdf);
+    m_dialogs->expectPrinter(pdf);
+    press("Imprimir");
+    QFile f(pdf);
+    ASSERT_TRUE(f.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(f.read(5).startsWith("%PDF-"));
+    EXPECT_GT(f.size(), 1000);
+    const QString html = static_cast<TableRecordScreen*>(m_screen.get())->catalogueHtml();
+    EXPECT_TRUE(html.contains("AZUL"));
+    EXPECT_TRUE(html.contains("Inactivo"));
+}
+
+TEST_F(RecordScreensGui, SalirAsksWhileAdding) {
+    open("frmColores");
+    press("Nuevo");
+    m_dialogs->expectQuestion("Esta incluyendo un nuevo registro en Colores ¿Desea cancelar la "
+                              "operación?",
+                              false);
+    press("Salir");
+    EXPECT_TRUE(m_screen->isVisible());
+    EXPECT_EQ(m_screen->mode(), RecordScreen::Mode::Adding);
+    m_dialogs->expectQuestion("Esta incluyendo un nuevo registro en Colores", true);
+    press("Salir");
+    EXPECT_FALSE(m_screen->isVisible());
+    EXPECT_EQ(m_toolbar->activeScreen(), nullptr);
+}
+
+TEST_F(RecordScreensGui, EveryMasterScreenOpensOnAnEmptyDatabase) {
+    for (const RecordTable& t : masterTables()) {
+        TableRecordScreen screen(t, db(), "ROOT");
+        EXPECT_EQ(screen.objectName(), t.formName);
+        EXPECT_EQ(screen.recordCount(), 0) << t.formName.toStdString();
+        EXPECT_TRUE(m_dialogs->messages().isEmpty()) << t.formName.toStdString() << ": "
+                                                     << m_dialogs->lastText().toStdString();
+    }
+}
+
+TEST_F(RecordScreensGui, UserScreenOffersOnlyWhatTheAdministratorMayGive) {
+    exec("INSERT INTO GRUPOS (CodGrupo, NombreGrupo) VALUES ('SISTEMAS', 'SISTEMAS')");
+    exec("INSERT INTO GRUPOS (CodGrupo, NombreGrupo) VALUES ('ADMI', 'ADMINISTRADOR')");
+    exec("INSERT INTO GRUPOS (CodGrupo, NombreGrupo) VALUES ('CAJE', 'CAJERO')");
+    exec("INSERT INTO USUARIOS (CodUsuario, NombreUsuario, Pasword, Status) VALUES ('JEFE', "
+         "'Jefe', '', 1)");
+    exec("INSERT INTO USUARIOGRUPO (CodUsuario, CodGrupo) VALUES ('JEFE', 'ADMI')");
+    m_screen = std::make_unique<users::UserScreen>(db(), "JEFE");
+    m_screen->show();
+    m_toolbar->setActiveScreen(m_screen.get());
+    auto* groups = m_screen->findChild<QComboBox*>("cboGrupo");
+    ASSERT_NE(groups, nullptr);
+    EXPECT_EQ(groups->count(), 2);
+    EXPECT_EQ(groups->findText("SISTEMAS"), -1);
+
+    press("Nuevo");
+    type("txtCodigo", "ANA");
+    type("txtNombre", "Ana Perez");
+    type("txtClave", "abc");
+    type("TxtVerificarClave", "abd");
+    groups->setCurrentIndex(groups->findText("CAJERO"));
+    press("Guardar");
+    EXPECT_EQ(m_dialogs->lastText(), "¡Confirmación de clave errada!");
+    EXPECT_EQ(count("USUARIOS", "CodUsuario = 'ANA'"), 0);
+    type("TxtVerificarClave", "abc");
+    press("Guardar");
+    EXPECT_EQ(count("USUARIOGRUPO", "CodUsuario = 'ANA' AND CodGrupo = 'CAJE'"), 1);
+    EXPECT_EQ(m_screen->recordCount(), 2);
+}
