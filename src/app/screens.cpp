@@ -1,6 +1,7 @@
 #include "app/screens.h"
 
 #include "pos/fiscal/counter_correction_screen.h"
+#include "pos/register/register_screens.h"
 #include "shell/record_form/master_data.h"
 #include "shell/screens/screen_registry.h"
 #include "shell/startup/app_state.h"
@@ -9,8 +10,9 @@ namespace orvo::app {
 
 void registerAllScreens() {
     // One line per area: each area's register function adds its screens.
-    shell::registerRecordScreens(
-        {[] { return shell::mainDb(); }, [] { return shell::session().userCode; }});
+    shell::registerRecordScreens({[] { return shell::mainDb(); },
+                                  [] { return shell::session().userCode; }});
+    pos::registers::registerScreens();
     pos::fiscal::registerFiscalScreens();
 }
 

@@ -47,6 +47,9 @@ Column rate(const QString& name) {
 Column percent(const QString& name) {
     return numeric(name, 9, 4);
 }
+Column price(const QString& name) {
+    return numeric(name, 18, 4);
+}
 Column dateTime(const QString& name) {
     return Column{name, Type::DateTime};
 }

@@ -62,6 +62,9 @@ Column cost(const QString& name);     // NUMERIC(18,5)
 Column quantity(const QString& name); // NUMERIC(18,3)
 Column rate(const QString& name);     // NUMERIC(18,8): exchange rates, factors
 Column percent(const QString& name);  // NUMERIC(9,4)
+// NUMERIC(18,4): unit selling prices before tax, kept to four decimals so that the
+// tax-included price typed by the user comes back exactly.
+Column price(const QString& name);
 Column numeric(const QString& name, int precision, int scale);
 Column dateTime(const QString& name);
 Column identity(const QString& name);

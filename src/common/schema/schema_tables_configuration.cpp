@@ -59,7 +59,7 @@ QList<Table> configurationTables() {
         table("VERSIONEJECUTABLE",
               {text("Serie", 10), text("NombrePrograma", 60), dateTime("Fecha"),
                dateTime("FechaVersion"), text("Version", 30)},
-              {}, {{"NombrePrograma", "FechaVersion"}}),
+              {}, {{"Serie", "NombrePrograma", "FechaVersion"}}),
         table("CONFIGURACIONSERVICIOS",
               {text("NombreEquipo", 60), text("ServidorFTP", 100), text("UsuarioFTP", 60),
                text("ClaveFTP", 60), smallint("TipoTransferencia"), text("ServidorSQL", 100),

@@ -76,7 +76,7 @@ QList<Table> salesTables() {
               {integer("Numero"), text("Cliente", 15), integer("Factura"), text("Serie", 10),
                money("Monto"), integer("DiasCredito"), dateTime("FechaFactura"),
                dateTime("FechaAprobacion"), smallint("Status")},
-              {}, {{"Numero"}, {"Factura", "Serie"}, {"Cliente"}}),
+              {}, {{"Numero"}, {"Factura", "Serie"}, {"Cliente"}, {"FechaAprobacion"}}),
         table("MOVCUENTASXCOBRAR",
               {integer("Numero"), integer("Item"), smallint("TipoPago"),
                text("NumeroDocumento", 30), text("NumeroAprobacion", 30), text("PuntoVenta", 60),

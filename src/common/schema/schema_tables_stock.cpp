@@ -147,9 +147,9 @@ QList<Table> stockTables() {
         // One line per model; price lists arrive from head office as files.
         table("MOVLISTAPRECIO",
               {integer("Numero"), text("Referencia", 20), text("CodigoMarca", 10), cost("Costo"),
-               percent("Descuento"), money("PrecioDetalSugerido"), money("PrecioDetal"),
-               money("PrecioMayorSugerido"), money("PrecioMayor"), money("PrecioAfiliadoSugerido"),
-               money("PrecioAfiliado"), money("PrecioPromocion"), smallint("Promocion"),
+               percent("Descuento"), price("PrecioDetalSugerido"), price("PrecioDetal"),
+               price("PrecioMayorSugerido"), price("PrecioMayor"), price("PrecioAfiliadoSugerido"),
+               price("PrecioAfiliado"), price("PrecioPromocion"), smallint("Promocion"),
                dateTime("FechaInicial"), dateTime("FechaFinal")},
               {}, {{"Numero", "Referencia", "CodigoMarca"}, {"Referencia", "CodigoMarca"}}),
         // Barcode label print queues.

@@ -385,6 +385,7 @@ const QList<Documented>& usedElsewhere() {
         {"MOVVENTAS", {"CantidadDevuelta", "Item", "Medida", "PorcentajeDescuento"}},
         {"FORMAPAGO", {"Codigo", "Nombre", "Status", "Orden"}},
         {"TALLAS", {"Codigo", "Talla", "Status"}},
+        {"CATEGORIAS", {"Codigo", "Nombre", "Raiz", "Detalle", "Maestra"}},
         {"USUARIOBARRATAREA", {"CodUsuario", "CodNodo"}},
         {"MOVTOMAFISICA1", {"NumeroPagina", "Item", "CodigoBarra", "Cantidad", "Hora"}},
         {"MOVRECEPCION", {"Costo", "Status"}},
@@ -451,32 +452,42 @@ TEST_F(StoreSchema, SecondMigrationAppliesNothing) {
     EXPECT_EQ(allColumns(), before);
 }
 
-// Amounts are updated in place by the engine (stock moves, reconversion): cents must survive.
-TEST_F(StoreSchema, MoneyAndQuantitiesKeepTheirDecimalsThroughArithmeticUpdates) {
+// Amounts are updated in place by the engine (stock moves, the day's accumulated sales, the
+// reconversion): every column must come back with its own decimals.
+TEST_F(StoreSchema, AmountsKeepTheirDecimalsThroughArithmeticUpdates) {
+    exec("INSERT INTO DIARIOCAJA (Serie, Fecha, Acumulado) VALUES (?, ?, ?)",
+         {"Z1A", QDateTime(QDate(2026, 3, 2), QTime(8, 0)), "123456789.12"});
     exec("INSERT INTO INVENTARIO (CodigoBarra, Nombre, PrecioDetal, Existencia, CostoPromedio) "
          "VALUES (?, ?, ?, ?, ?)",
-         {"7591", "CAMISA", "123456789.12", "0", "10.12345"});
-    for (int i = 0; i < 10; ++i)
-        db::Sql(db(), "UPDATE INVENTARIO SET Existencia = Existencia + ?, PrecioDetal = "
-                      "PrecioDetal + ? WHERE CodigoBarra = ?")
-            .bind(Decimal::fromString(u"0.1"), 3)
+         {"7591", "CAMISA", "8.6552", "0", "10.12345"});
+    for (int i = 0; i < 10; ++i) {
+        db::Sql(db(), "UPDATE DIARIOCAJA SET Acumulado = Acumulado + ? WHERE Serie = ?")
             .bind(Decimal::fromString(u"0.01"), 2)
+            .bind("Z1A")
+            .exec();
+        db::Sql(db(), "UPDATE INVENTARIO SET Existencia = Existencia + ? WHERE CodigoBarra = ?")
+            .bind(Decimal::fromString(u"0.1"), 3)
             .bind("7591")
             .exec();
-
-    db::Sql q(db(), "SELECT PrecioDetal, Existencia, CostoPromedio FROM INVENTARIO "
-                    "WHERE CodigoBarra = ?");
-    q.bind("7591").exec();
-    ASSERT_TRUE(q.next());
-    EXPECT_EQ(q.decimal("PrecioDetal").rounded(2).toString(2), QStringLiteral("123456789.22"));
-    EXPECT_EQ(q.decimal("Existencia").rounded(3).toString(3), QStringLiteral("1.000"));
-    EXPECT_EQ(q.decimal("CostoPromedio").rounded(5).toString(5), QStringLiteral("10.12345"));
+    }
+    const auto read = [&](const char* sql, int decimals) {
+        return Decimal::fromVariant(scalar(QString::fromLatin1(sql)))
+            .rounded(decimals)
+            .toString(decimals);
+    };
+    EXPECT_EQ(read("SELECT Acumulado FROM DIARIOCAJA", 2), QStringLiteral("123456789.22"));
+    EXPECT_EQ(read("SELECT Existencia FROM INVENTARIO", 3), QStringLiteral("1.000"));
+    EXPECT_EQ(read("SELECT CostoPromedio FROM INVENTARIO", 5), QStringLiteral("10.12345"));
+    // A price typed as 10.04 with 16 % tax: four decimals bring the 10.04 back (two would
+    // give 10.05).
+    const Decimal price = Decimal::fromVariant(scalar("SELECT PrecioDetal FROM INVENTARIO"));
+    EXPECT_EQ(price.rounded(4).toString(4), QStringLiteral("8.6552"));
+    EXPECT_EQ((price * Decimal::fromString(u"1.16")).rounded(2).toString(2),
+              QStringLiteral("10.04"));
 
     // The reconversion divides every amount by a factor.
-    exec("UPDATE INVENTARIO SET PrecioDetal = PrecioDetal / ?", {"100000"});
-    EXPECT_EQ(
-        Decimal::fromVariant(scalar("SELECT PrecioDetal FROM INVENTARIO")).rounded(2).toString(2),
-        QStringLiteral("1234.57"));
+    exec("UPDATE DIARIOCAJA SET Acumulado = Acumulado / ?", {"100000"});
+    EXPECT_EQ(read("SELECT Acumulado FROM DIARIOCAJA", 2), QStringLiteral("1234.57"));
 }
 
 // Documents and masters refuse a second row with their key; logs and copies take it.

@@ -1,0 +1,23 @@
+#include "pos/register/register_screens.h"
+
+#include "pos/register/register_screen.h"
+#include "shell/main_window/main_window.h"
+#include "shell/screens/screen_registry.h"
+#include "shell/startup/app_state.h"
+
+namespace orvo::pos::registers {
+
+void registerScreens() {
+    auto& r = shell::ScreenRegistry::instance();
+    r.add(QStringLiteral("frmConfigurarCaja"), [](QWidget* parent) {
+        auto* screen = new RegisterScreen(shell::mainDb(), shell::session(), parent);
+        // The caption and the status bar name the register this machine is bound to.
+        QObject::connect(screen, &RegisterScreen::registerBound, screen, [screen] {
+            if (auto* main = qobject_cast<shell::MainWindow*>(screen->window()))
+                main->refreshStatusBar();
+        });
+        return screen;
+    });
+}
+
+} // namespace orvo::pos::registers
