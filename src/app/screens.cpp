@@ -1,5 +1,6 @@
 #include "app/screens.h"
 
+#include "inventory/articles/article_screens.h"
 #include "pos/fiscal/counter_correction_screen.h"
 #include "pos/register/register_screens.h"
 #include "shell/record_form/master_data.h"
@@ -10,6 +11,7 @@ namespace orvo::app {
 
 void registerAllScreens() {
     // One line per area: each area's register function adds its screens.
+    inventory::registerArticleScreens();
     shell::registerRecordScreens({[] { return shell::mainDb(); },
                                   [] { return shell::session().userCode; }});
     pos::registers::registerScreens();
