@@ -1,5 +1,6 @@
 #include "app/screens.h"
 
+#include "inventory/articles/article_screens.h"
 #include "pos/register/register_screens.h"
 #include "shell/record_form/master_data.h"
 #include "shell/screens/screen_registry.h"
@@ -9,6 +10,7 @@ namespace orvo::app {
 
 void registerAllScreens() {
     // One line per area: each area's register function adds its screens.
+    inventory::registerArticleScreens();
     shell::registerRecordScreens({[] { return shell::mainDb(); },
                                   [] { return shell::session().userCode; }});
     pos::registers::registerScreens();

@@ -216,24 +216,24 @@ void seedMoney(const QSqlDatabase& db) {
     ways.insert({9, s("DEPOSITO"), 1, 6});
     ways.insert({11, s("EFECTIVO DOLAR"), 1, 2});
 
+    // Banks by their national codes; the card terminal names its acquirer by that code, and the
+    // point-of-sale account of that code receives the payment.
     RowWriter banks(db, QStringLiteral("BANCOS"), cols({"Codigo", "Nombre", "Status"}));
     banks.insert({s("0"), s("NINGUNO"), 0}); // the placeholder a sale makes sure of
-    const QStringList bankNames = {s("BANCO DE VENEZUELA"),
-                                   s("BANESCO"),
-                                   s("MERCANTIL"),
-                                   s("BBVA PROVINCIAL"),
-                                   s("BANCO NACIONAL DE CREDITO"),
-                                   s("BANCO DEL TESORO"),
-                                   s("OTROS BANCO NAC.")};
-    for (int i = 0; i < bankNames.size(); ++i)
-        banks.insert({QStringLiteral("%1").arg(i + 1, 2, 10, QLatin1Char('0')), bankNames[i], 1});
+    const QList<QPair<const char*, const char*>> bankList = {
+        {"0102", "BANCO DE VENEZUELA"}, {"0105", "MERCANTIL"},
+        {"0108", "BBVA PROVINCIAL"},    {"0134", "BANESCO"},
+        {"0163", "BANCO DEL TESORO"},   {"0191", "BANCO NACIONAL DE CREDITO"},
+        {"0999", "OTROS BANCO NAC."}};
+    for (const auto& [code, name] : bankList)
+        banks.insert({s(code), s(name), 1});
 
     RowWriter accounts(db, QStringLiteral("CTABANCOS"),
                        cols({"Codigo", "Nombre", "PuntoVenta", "Status"}));
     accounts.insert({s("0"), s("NINGUNO"), 0, 0});
-    accounts.insert({s("01"), s("VPOS - VERIFONE"), 1, 1});
-    accounts.insert({s("02"), s("PUNTO BANESCO"), 1, 1});
-    accounts.insert({s("03"), s("MERCANTIL CTA. CTE. 0105-0001-23"), 0, 1});
+    accounts.insert({s("0105"), s("VPOS - VERIFONE"), 1, 1});
+    accounts.insert({s("0134"), s("PUNTO BANESCO"), 1, 1});
+    accounts.insert({s("0105-0001"), s("MERCANTIL CTA. CTE. 0105-0001-23"), 0, 1});
 
     // Fecha is set by the server.
     RowWriter(db, QStringLiteral("TASA_CAMBIO"), cols({"Valor"}))

@@ -76,7 +76,7 @@ QList<MenuNode> loadUserMenu(const QSqlDatabase& db, const QString& userCode, bo
 
 std::optional<QString> formOfNode(const QSqlDatabase& db, const QString& nodeCode) {
     db::Sql q(db, QStringLiteral("SELECT Forma, CodNodo FROM SEG WHERE CodNodo = ? AND "
-                                 "EsPadre = 0"));
+                                 "COALESCE(EsPadre, 0) = 0"));
     q.bindAll({nodeCode}).exec();
     if (!q.next())
         return std::nullopt;

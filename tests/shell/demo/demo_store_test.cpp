@@ -2,10 +2,12 @@
 #include "common/decimal/decimal.h"
 #include "common/errors/errors.h"
 #include "common/security/scrambler.h"
+#include "pos/payments/payment_rules.h"
 #include "shell/demo/demo_store.h"
 #include "shell/session/session_context.h"
 #include "shell/startup/user_settings.h"
 #include "support/test_db.h"
+#include "tools/card_emulator/card_terminal.h"
 
 #include <QElapsedTimer>
 #include <QRegularExpression>
@@ -157,6 +159,11 @@ TEST_F(DemoStore, PaymentWaysBanksAndTheCardTerminalAccount) {
     EXPECT_EQ(column(db(), "SELECT Nombre FROM CTABANCOS WHERE Status = 1 AND PuntoVenta = 1 "
                            "ORDER BY Nombre"),
               QStringList({"PUNTO BANESCO", "VPOS - VERIFONE"}));
+    // An approved payment on the card terminal emulator lands on the VPOS account.
+    EXPECT_EQ(pos::payments::accountOfAcquirer(db(), tools::card::TerminalRules().acquirerCode),
+              std::optional<QString>("VPOS - VERIFONE"));
+    EXPECT_TRUE(setOf(pos::payments::bankNames(db())).contains("OTROS BANCO NAC."))
+        << "the bank an approved terminal payment names";
     EXPECT_GE(count("BANCOS", "Status = 1"), 5);
     EXPECT_EQ(count("BANCOS", "Codigo = '0' AND Nombre = 'NINGUNO'"), 1);
 

@@ -1,0 +1,161 @@
+#include "inventory/articles/article_screens.h"
+#include "inventory/articles/article_support.h"
+#include "inventory/articles/articles_screen.h"
+#include "inventory/articles/serials_screen.h"
+#include "shell/screens/screen_registry.h"
+#include "support/scripted_dialogs.h"
+
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QTableWidget>
+#include <QTest>
+#include <QTreeWidget>
+
+using namespace orvo;
+using namespace orvo::inventory;
+using Action = shell::RecordScreen::Action;
+
+namespace {
+
+class ArticlesScreenTest : public test::ArticleTest {
+protected:
+    void SetUp() override {
+        ArticleTest::SetUp();
+        member("ANA", "SISTEMAS", "SISTEMAS");
+    }
+
+    template <class T> static T* child(QWidget& w, const char* name) {
+        T* c = w.findChild<T*>(QString::fromLatin1(name));
+        EXPECT_NE(c, nullptr) << name;
+        return c;
+    }
+    static void tick(QListWidget* list, const QString& text) {
+        const auto items = list->findItems(text, Qt::MatchExactly);
+        ASSERT_EQ(items.size(), 1) << text.toStdString();
+        items.first()->setCheckState(Qt::Checked);
+    }
+    static void typeInto(QLineEdit* e, const QString& text) {
+        e->selectAll();
+        QTest::keyClicks(e, text);
+    }
+};
+
+} // namespace
+
+TEST_F(ArticlesScreenTest, BarcodesTypedInTheGridBecomeVariants) {
+    saveModel(db(), model("OTRA"), grid("X"), true, writer()); // owns X00 ... X21
+    test::ScriptedDialogs dialogs;
+    ArticlesScreen s(db(), "ANA");
+    s.show();
+    ASSERT_EQ(s.recordCount(), 1);
+    ASSERT_TRUE(s.perform(Action::New));
+
+    typeInto(child<QLineEdit>(s, "txtReferencia"), "REF-G");
+    auto* brand = child<QComboBox>(s, "cboMarca");
+    brand->setCurrentIndex(brand->findData("N1"));
+    typeInto(child<QLineEdit>(s, "txtNombre"), "BOTA");
+    auto* tree = child<QTreeWidget>(s, "tvwCategorias");
+    const auto found = tree->findItems("TROTE", Qt::MatchExactly | Qt::MatchRecursive);
+    ASSERT_EQ(found.size(), 1);
+    tree->setCurrentItem(found.first());
+    typeInto(child<QLineEdit>(s, "txtPrecioDetal"), "50");
+    EXPECT_EQ(child<QLineEdit>(s, "txtPrecioDetalImp")->text(), "58.00");
+    typeInto(child<QLineEdit>(s, "txtPrecioMayorImp"), "116");
+    EXPECT_EQ(child<QLineEdit>(s, "txtPrecioMayor")->text(), "100.00");
+
+    tick(child<QListWidget>(s, "lstTallas"), "36");
+    tick(child<QListWidget>(s, "lstTallas"), "38");
+    tick(child<QListWidget>(s, "lstColores"), "AZUL MARINO OSCURO");
+    auto* cells = child<QTableWidget>(s, "SpreadArticulos");
+    ASSERT_EQ(cells->rowCount(), 2);
+    ASSERT_EQ(cells->columnCount(), 1);
+
+    cells->item(0, 0)->setText("G1");
+    cells->item(1, 0)->setText("G1");
+    EXPECT_EQ(dialogs.lastText(), "El codigo ya existe en esta referencia...!");
+    EXPECT_EQ(cells->item(1, 0)->text(), "");
+    cells->item(1, 0)->setText("X10");
+    EXPECT_EQ(dialogs.lastText(), "El codigo ya existe en otra referencia...!");
+    EXPECT_EQ(cells->item(1, 0)->text(), "");
+    cells->item(1, 0)->setText("G2");
+    EXPECT_EQ(child<QLabel>(s, "lblVariaciones")->text(),
+              "Existe(n) 2 variacion(es) por talla y color");
+
+    // A size inserted from the grid's menu gets its own row.
+    s.insertSizeRow(0, "40");
+    ASSERT_EQ(cells->rowCount(), 3);
+    cells->item(0, 0)->setText("G0");
+
+    dialogs.clear();
+    ASSERT_TRUE(s.perform(Action::Save)) << dialogs.lastText().toStdString();
+    EXPECT_EQ(count("INVENTARIO", "Referencia = 'REF-G'"), 3);
+    EXPECT_EQ(scalar("SELECT Nombre FROM INVENTARIO WHERE CodigoBarra = 'G2'").toString(),
+              "BOTA T:38 AZUL MARINO O");
+    EXPECT_EQ(scalar("SELECT Talla FROM INVENTARIO WHERE CodigoBarra = 'G0'").toString(), "40");
+    EXPECT_EQ(count("INVENTARIO", "Referencia = 'REF-G' AND PrecioDetal = 50 AND PrecioMayor = "
+                                  "100 AND Categoria = '010101' AND CodigoMarca = 'N1'"),
+              3);
+    EXPECT_EQ(count("LOG_ARTICULOS", "Referencia = 'REF-G' AND Formulario = 'frmArticulos'"), 3);
+    EXPECT_EQ(s.recordCount(), 2);
+
+    // Modifying and saving again updates the same rows.
+    ASSERT_TRUE(s.perform(Action::Modify));
+    typeInto(child<QLineEdit>(s, "txtPrecioDetal"), "60");
+    ASSERT_TRUE(s.perform(Action::Save)) << dialogs.lastText().toStdString();
+    EXPECT_EQ(count("INVENTARIO", "Referencia = 'REF-G'"), 3);
+    EXPECT_EQ(count("INVENTARIO", "Referencia = 'REF-G' AND PrecioDetal = 60"), 3);
+    EXPECT_EQ(child<QLineEdit>(s, "txtReferencia")->text(), "REF-G");
+    EXPECT_EQ(cells->item(0, 0)->text(), "G1"); // sizes come down in code order once loaded
+}
+
+TEST_F(ArticlesScreenTest, SaveRefusalsKeepTheFormAndScreensAreRegistered) {
+    test::ScriptedDialogs dialogs;
+    registerArticleScreens({[this] { return db(); }, [] { return QString("ANA"); }});
+    auto& registry = shell::ScreenRegistry::instance();
+    for (const char* name : {"frmArticulos", "frmEntradaSeriales", "frmLotes", "frmAsignarLote",
+                             "frmCambiarCodigos"}) {
+        std::unique_ptr<QWidget> w(registry.create(name, nullptr));
+        ASSERT_TRUE(w) << name;
+        EXPECT_EQ(w->objectName(), name);
+    }
+
+    std::unique_ptr<QWidget> w(registry.create("frmArticulos", nullptr));
+    auto& s = static_cast<ArticlesScreen&>(*w);
+    ASSERT_TRUE(s.perform(Action::New));
+    typeInto(child<QLineEdit>(s, "txtReferencia"), "R");
+    auto* brand = child<QComboBox>(s, "cboMarca");
+    brand->setCurrentIndex(brand->findData("N1"));
+    typeInto(child<QLineEdit>(s, "txtNombre"), "GORRA");
+    EXPECT_FALSE(s.perform(Action::Save));
+    EXPECT_EQ(dialogs.lastText(), "Debe específicar alguna talla...!");
+    tick(child<QListWidget>(s, "lstTallas"), "36");
+    tick(child<QListWidget>(s, "lstColores"), "NEGRO");
+    child<QTableWidget>(s, "SpreadArticulos")->item(0, 0)->setText("GR1");
+    EXPECT_FALSE(s.perform(Action::Save));
+    EXPECT_EQ(dialogs.lastText(), "Seleccione una categoria de detalle...!");
+    EXPECT_EQ(s.mode(), shell::RecordScreen::Mode::Adding);
+    EXPECT_EQ(count("INVENTARIO"), 0);
+}
+
+TEST_F(ArticlesScreenTest, SerialScreenScansAndApproves) {
+    test::ScriptedDialogs dialogs;
+    SerialsScreen s(db(), "ANA");
+    s.show();
+    s.chooseType("CO");
+    auto* barcode = child<QLineEdit>(s, "txtCodigoBarra");
+    auto* serial = child<QLineEdit>(s, "txtSerial");
+    barcode->setText("100");
+    for (const char* sn : {"S1", "S2", "S1"}) {
+        serial->setText(sn);
+        QTest::keyClick(serial, Qt::Key_Return);
+    }
+    EXPECT_EQ(dialogs.lastText(), "Ya el serial esta incluido...!");
+    EXPECT_EQ(child<QTableWidget>(s, "SpreadSeriales")->rowCount(), 2);
+    dialogs.expectQuestion("Desea Aprobar los seriales de la compra?", true);
+    s.saveDocument();
+    EXPECT_TRUE(dialogs.allAnswered());
+    EXPECT_EQ(count("CODIGOSERIAL", "Status = 1"), 2);
+    EXPECT_EQ(child<QLabel>(s, "lblStatus")->text(), "APROBADA");
+}
