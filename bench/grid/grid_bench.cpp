@@ -22,8 +22,8 @@ int main(int argc, char** argv) {
     for (int i = 1; i <= rows; ++i)
         data << QVariantList{QStringLiteral("%1").arg(i, 7, 10, QLatin1Char('0')),
                              QStringLiteral("ARTICULO %1").arg(i),
-                             QString::number(i % 997) + QStringLiteral(".25"), QString::number(i % 13),
-                             QVariant()};
+                             QString::number(i % 997) + QStringLiteral(".25"),
+                             QString::number(i % 13), QVariant()};
 
     QElapsedTimer t;
     const auto lap = [&](const char* what) {

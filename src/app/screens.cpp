@@ -1,6 +1,7 @@
 #include "app/screens.h"
 
 #include "inventory/articles/article_screens.h"
+#include "pos/fiscal/counter_correction_screen.h"
 #include "pos/register/register_screens.h"
 #include "shell/record_form/master_data.h"
 #include "shell/screens/screen_registry.h"
@@ -14,6 +15,7 @@ void registerAllScreens() {
     shell::registerRecordScreens({[] { return shell::mainDb(); },
                                   [] { return shell::session().userCode; }});
     pos::registers::registerScreens();
+    pos::fiscal::registerFiscalScreens();
 }
 
 } // namespace orvo::app

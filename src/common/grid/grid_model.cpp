@@ -99,8 +99,7 @@ QString orderByClause(const QList<QPair<QString, bool>>& columnsDescending) {
     return parts.isEmpty() ? QString() : QStringLiteral(" ORDER BY ") + parts.join(", ");
 }
 
-SearchCondition searchCondition(const QList<GridColumn>& columns, const QString& value,
-                                bool like) {
+SearchCondition searchCondition(const QList<GridColumn>& columns, const QString& value, bool like) {
     SearchCondition out;
     QStringList parts;
     const auto number = Decimal::parse(value.trimmed());
@@ -262,7 +261,9 @@ QVariant GridModel::value(int row, int c) const {
     return cell(row, c);
 }
 
-Decimal GridModel::number(int row, int c) const { return toDecimal(value(row, c)); }
+Decimal GridModel::number(int row, int c) const {
+    return toDecimal(value(row, c));
+}
 
 void GridModel::setValue(int row, int c, const QVariant& v) {
     if (row < 0 || row >= m_rows || c < 0 || c >= m_columns.size())
@@ -344,8 +345,7 @@ QVariant GridModel::stored(const GridColumn& col, const QVariant& v) const {
 
 int GridModel::columnByCaption(const QString& caption) const {
     for (int c = 0; c < m_columns.size(); ++c)
-        if (!m_columns[c].hidden &&
-            m_columns[c].caption.compare(caption, Qt::CaseInsensitive) == 0)
+        if (!m_columns[c].hidden && m_columns[c].caption.compare(caption, Qt::CaseInsensitive) == 0)
             return c;
     return -1;
 }
@@ -444,7 +444,9 @@ void GridModel::exportTabDelimited(const QString& path) const {
     f.write(toTabDelimited().toUtf8());
 }
 
-int GridModel::rowCount(const QModelIndex& parent) const { return parent.isValid() ? 0 : m_rows; }
+int GridModel::rowCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : m_rows;
+}
 
 int GridModel::columnCount(const QModelIndex& parent) const {
     return parent.isValid() ? 0 : int(m_columns.size());
@@ -456,7 +458,8 @@ QVariant GridModel::data(const QModelIndex& index, int role) const {
     const GridColumn& col = m_columns[index.column()];
     switch (role) {
     case Qt::DisplayRole:
-        return col.type == Type::Check ? QVariant() : QVariant(displayText(index.row(), index.column()));
+        return col.type == Type::Check ? QVariant()
+                                       : QVariant(displayText(index.row(), index.column()));
     case Qt::EditRole:
         if (col.type == Type::Number) {
             const QVariant& v = cell(index.row(), index.column());

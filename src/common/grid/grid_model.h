@@ -134,7 +134,9 @@ private:
     QVariant stored(const GridColumn& col, const QVariant& v) const;
     void recompute(int row);
     void recomputeTotals();
-    const QVariant& cell(int row, int c) const { return m_cells[size_t(row) * m_columns.size() + c]; }
+    const QVariant& cell(int row, int c) const {
+        return m_cells[size_t(row) * m_columns.size() + c];
+    }
     QVariant& cell(int row, int c) { return m_cells[size_t(row) * m_columns.size() + c]; }
 
     QList<GridColumn> m_columns;

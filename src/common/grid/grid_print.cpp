@@ -62,8 +62,10 @@ void printDocument(QPagedPaintDevice& device, QTextDocument& body, const QString
     const int pages = std::max(1, body.pageCount());
     const qreal bodyHeight = body.pageSize().height();
 
-    const QString dateLine = QStringLiteral("Fecha: ") + when.toString(QStringLiteral("dd-MM-yyyy"));
-    const QString timeLine = QStringLiteral("Hora: ") + QLocale().toString(when.time(), QLocale::ShortFormat);
+    const QString dateLine =
+        QStringLiteral("Fecha: ") + when.toString(QStringLiteral("dd-MM-yyyy"));
+    const QString timeLine =
+        QStringLiteral("Hora: ") + QLocale().toString(when.time(), QLocale::ShortFormat);
     for (int p = 0; p < pages; ++p) {
         if (p > 0)
             device.newPage();

@@ -29,7 +29,8 @@ CatalogDialog::CatalogDialog(const QString& caption, const QSqlDatabase& db, con
     add(QStringLiteral("BuscarV"), QStringLiteral("&Buscar Valor"), [this] { searchValue(); });
     add(QStringLiteral("IrAFila"), QStringLiteral("&Ir a Fila"), [this] { goToRow(); });
     add(QStringLiteral("Ocultar"), QStringLiteral("O&cultar Columna"), [this] { hideColumn(); });
-    add(QStringLiteral("Exportar"), QStringLiteral("&Exportar"), [this] { m_grid->exportToFile(); });
+    add(QStringLiteral("Exportar"), QStringLiteral("&Exportar"),
+        [this] { m_grid->exportToFile(); });
     add(QStringLiteral("Imprimir"), QStringLiteral("Im&primir"),
         [this] { m_grid->printGrid(m_caption); });
     m_grid->setContextMenuPolicy(Qt::CustomContextMenu);

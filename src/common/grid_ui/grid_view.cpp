@@ -116,7 +116,9 @@ void GridView::setActiveCell(int row, int column) {
     viewport()->update();
 }
 
-int GridView::activeRow() const { return currentIndex().isValid() ? currentIndex().row() : -1; }
+int GridView::activeRow() const {
+    return currentIndex().isValid() ? currentIndex().row() : -1;
+}
 
 int GridView::activeColumn() const {
     return currentIndex().isValid() ? currentIndex().column() : -1;
@@ -173,10 +175,10 @@ void GridView::sortByColumn(int column, bool descending) {
 
 bool GridView::exportToFile() {
     const QString extension = QStringLiteral("txt");
-    const QString path = dialogs().saveFileName(
-        this, QStringLiteral("Guardar como"), QString(),
-        QStringLiteral("Texto delimitado por tabulación (*.") + extension + QStringLiteral(")| *.") +
-            extension);
+    const QString path =
+        dialogs().saveFileName(this, QStringLiteral("Guardar como"), QString(),
+                               QStringLiteral("Texto delimitado por tabulación (*.") + extension +
+                                   QStringLiteral(")| *.") + extension);
     if (path.isEmpty())
         return false;
     m_model->exportTabDelimited(path);

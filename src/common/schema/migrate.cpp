@@ -4,6 +4,8 @@
 #include "common/db/transaction.h"
 #include "common/schema/schema.h"
 
+#include <stdexcept>
+
 namespace orvo::schema {
 
 namespace {
@@ -41,6 +43,17 @@ QStringList statementsFor(const QList<Table>& tables, int v, db::Engine engine) 
 }
 
 } // namespace
+
+bool createTableIfMissing(const QSqlDatabase& db, const QString& table) {
+    const Table* t = findTable(table);
+    if (!t)
+        throw std::invalid_argument("unknown store table " + table.toStdString());
+    if (db::tableExists(db, t->name))
+        return false;
+    for (const QString& s : createStatements(*t, db::engineOf(db)))
+        db::execute(db, s);
+    return true;
+}
 
 int appliedVersion(const QSqlDatabase& db) {
     if (!db::tableExists(db, kVersionTable))

@@ -83,7 +83,7 @@ QList<Table> purchaseTables() {
         table("MOVDEVCOMPRAS",
               {integer("Numero"), integer("Item"), text("CodigoBarra", 15), quantity("Cantidad"),
                cost("Precio"), percent("PorcentajeImpuesto"), money("Impuesto")},
-              {"Numero", "Item"}),
+              {"Numero", "Item"}, {{"CodigoBarra"}}),
         table("PEDIDOS",
               {integer("Numero"), dateTime("Fecha"), text("Proveedor", 15),
                text("Observacion", 255), text("Usuario", 20), smallint("Status")},

@@ -31,7 +31,7 @@ QList<Table> stockTables() {
         table("MOVTRANSFERENCIAS",
               {integer("Numero"), dateTime("Fecha"), text("CodigoBarra", 15), quantity("Cantidad"),
                cost("Valor"), integer("NumeroCaja"), integer("Item")},
-              {}, {{"Numero", "CodigoBarra", "NumeroCaja"}}),
+              {}, {{"Numero", "CodigoBarra", "NumeroCaja"}, {"CodigoBarra"}}),
         table("DEVTRANSFERENCIAS",
               {integer("Numero"), dateTime("Fecha"), dateTime("FechaEmision"),
                text("CodigoEnvia", 10), text("CodigoRecibe", 10), text("DocumentoOrigen", 20),
@@ -41,7 +41,7 @@ QList<Table> stockTables() {
         table("MOVDEVTRANSFERENCIAS",
               {integer("Numero"), text("CodigoBarra", 15), cost("Valor"), quantity("Cantidad"),
                integer("NumeroCaja"), integer("Item"), dateTime("Fecha")},
-              {}, {{"Numero", "CodigoBarra", "NumeroCaja"}}),
+              {}, {{"Numero", "CodigoBarra", "NumeroCaja"}, {"CodigoBarra"}}),
         // Received copies, keyed by number and sending store; loaded as the packages come.
         table("ITRANSFERENCIAS",
               {integer("Numero"), text("CodigoEnvia", 10), text("CodigoRecibe", 10),

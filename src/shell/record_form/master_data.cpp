@@ -21,7 +21,9 @@ RecordField numberCode(const QString& column = QStringLiteral("Codigo")) {
 RecordField text(const QString& column, const QString& label, int size, bool required = false) {
     return {column, QStringLiteral("txt") + column, label, Kind::Text, size, 0, required};
 }
-RecordField name(int size = 60) { return text(QStringLiteral("Nombre"), QStringLiteral("Nombre"), size, true); }
+RecordField name(int size = 60) {
+    return text(QStringLiteral("Nombre"), QStringLiteral("Nombre"), size, true);
+}
 RecordField description() {
     return text(QStringLiteral("Descripcion"), QStringLiteral("Descripción"), 60, true);
 }
@@ -82,11 +84,9 @@ const QList<RecordTable>& masterTables() {
         catalogue("frmCategorias", "Categorías", "CATEGORIAS"),
         catalogue("frmBancos", "Bancos", "BANCOS"),
         catalogue("frmCargos", "Cargos", "CARGOS"),
-        table("frmTallas", "Tallas", "TALLAS",
-              {code(10), text("Talla", "Talla", 10, true)}, 3),
+        table("frmTallas", "Tallas", "TALLAS", {code(10), text("Talla", "Talla", 10, true)}, 3),
         table("frmImpuestos", "Impuestos", "IMPUESTOS",
-              {numberCode(), name(),
-               decimal("PorcentajeImpuesto", "Porcentaje de impuesto", 2)}),
+              {numberCode(), name(), decimal("PorcentajeImpuesto", "Porcentaje de impuesto", 2)}),
         table("frmSucursales", "Sucursales", "SUCURSALES",
               {code(10), name(100), text("Direccion", "Dirección", 255),
                text("Telefono", "Teléfono", 30), status(),
@@ -94,14 +94,12 @@ const QList<RecordTable>& masterTables() {
                decimal("PorcentajeDeRedondeo", "Porcentaje de redondeo", 2)},
               3),
         table("frmTrabajadores", "Trabajadores", "TRABAJADORES",
-              {code(15, "Cedula", "Cédula"), text("Codigo", "Código", 10),
-               name(100),
+              {code(15, "Cedula", "Cédula"), text("Codigo", "Código", 10), name(100),
                choice("Cargo", "Cargo",
                       "SELECT Codigo, Nombre FROM CARGOS WHERE Status = 1 ORDER BY Nombre"),
                date("FechaIngreso", "Fecha de ingreso"),
-               date("FechaNacimiento", "Fecha de nacimiento"),
-               text("Direccion", "Dirección", 255), text("Telefono", "Teléfono", 30),
-               text("Celular", "Celular", 30), status()},
+               date("FechaNacimiento", "Fecha de nacimiento"), text("Direccion", "Dirección", 255),
+               text("Telefono", "Teléfono", 30), text("Celular", "Celular", 30), status()},
               0, "Cedula"),
         table("frmVehiculos", "Vehículos", "VEHICULOS",
               {code(10, "Placa", "Placa"), text("Marca", "Marca", 30, true),
@@ -143,8 +141,8 @@ const QList<RecordTable>& masterTables() {
                date("FechaIngreso", "Fecha de ingreso"), text("Telefono", "Teléfono", 30),
                text("Fax", "Fax", 30), text("CodigoPostal", "Código postal", 10),
                text("Direccion", "Dirección", 255), text("Contacto", "Contacto", 60),
-               text("Pais", "País", 40), text("Estado", "Estado", 40),
-               text("Ciudad", "Ciudad", 40), status()}),
+               text("Pais", "País", 40), text("Estado", "Estado", 40), text("Ciudad", "Ciudad", 40),
+               status()}),
         table("frmVendedores", "Vendedores", "VENDEDOR",
               {code(10), text("Cedula", "Cédula", 15, true), name(100),
                date("FecNac", "Fecha de nacimiento"), date("FecIng", "Fecha de ingreso"),

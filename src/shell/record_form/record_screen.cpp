@@ -3,16 +3,16 @@
 #include "common/dialogs/dialogs.h"
 
 #include <QAbstractItemView>
-#include <QKeyEvent>
-#include <QTimer>
 #include <QAbstractSpinBox>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDateTimeEdit>
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QRadioButton>
 #include <QTextEdit>
+#include <QTimer>
 
 namespace orvo::shell {
 

@@ -104,7 +104,8 @@ QVariant find(const QSqlDatabase& db, const RecordTable& t,
 }
 
 QString nextCode(const QSqlDatabase& db, const QString& table, const QString& column, int width) {
-    return QStringLiteral("%1").arg(common::nextCode(db, table, column), width, 10, QLatin1Char('0'));
+    return QStringLiteral("%1").arg(common::nextCode(db, table, column), width, 10,
+                                    QLatin1Char('0'));
 }
 
 void save(const QSqlDatabase& db, const RecordTable& t, const QString& actingUser,

@@ -303,7 +303,9 @@ void TableRecordScreen::save() {
             m_keyAfterRequery = value;
 }
 
-void TableRecordScreen::remove() { records::remove(m_db, m_table, m_actingUser, currentKey()); }
+void TableRecordScreen::remove() {
+    records::remove(m_db, m_table, m_actingUser, currentKey());
+}
 
 void TableRecordScreen::beginSearch() {
     RecordScreen::beginSearch();
@@ -330,8 +332,8 @@ void TableRecordScreen::runSearch() {
     requery();
     afterNavigate();
     if (!key.isValid())
-        dialogs().information(this,
-                              QStringLiteral("No existe ningún valor similar al\nelemento buscado."));
+        dialogs().information(
+            this, QStringLiteral("No existe ningún valor similar al\nelemento buscado."));
 }
 
 QString TableRecordScreen::catalogueHtml() const {

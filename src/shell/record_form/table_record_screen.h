@@ -13,8 +13,8 @@ class GridView;
 namespace orvo::shell {
 
 // A record screen built from a RecordTable: one control per field (named as the description
-// says), the query set listed in a grid (grdConsulta) to browse, the generic toolbar actions, search
-// by the typed values and the catalogue report on Imprimir.
+// says), the query set listed in a grid (grdConsulta) to browse, the generic toolbar actions,
+// search by the typed values and the catalogue report on Imprimir.
 class TableRecordScreen : public RecordScreen {
     Q_OBJECT
 public:
@@ -44,6 +44,8 @@ protected:
     void beginSearch() override;
     void runSearch() override;
     QString proposedKey() const override;
+    // The row to show after the next requery (the one just saved).
+    void keepKeyAfterRequery(const QVariant& key) { m_keyAfterRequery = key; }
 
     QSqlDatabase m_db;
     QString m_actingUser;

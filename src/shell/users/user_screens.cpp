@@ -5,6 +5,7 @@
 #include "common/grid_ui/grid_view.h"
 #include "shell/record_form/table_record_screen.h"
 #include "shell/screens/screen_registry.h"
+#include "shell/users/group_admin.h"
 #include "shell/users/roles.h"
 
 #include <QComboBox>
@@ -35,9 +36,9 @@ const RecordTable& groupTable() {
         g.caption = QStringLiteral("Grupos de usuarios");
         g.table = QStringLiteral("GRUPOS");
         g.key = QStringLiteral("CodGrupo");
-        g.fields = {{"CodGrupo", "txtCodGrupo", "Código", RecordField::Kind::Text, 20, 0, true},
-                    {"NombreGrupo", "txtNombreGrupo", "Nombre", RecordField::Kind::Text, 60, 0,
-                     true}};
+        g.fields = {
+            {"CodGrupo", "txtCodGrupo", "Código", RecordField::Kind::Text, 20, 0, true},
+            {"NombreGrupo", "txtNombreGrupo", "Nombre", RecordField::Kind::Text, 60, 0, true}};
         g.reportTitle = QStringLiteral("Grupos");
         g.writeGuard = requireSystems;
         return g;
@@ -206,7 +207,9 @@ void UserScreen::save() {
     m_codeAfterRequery = u.code;
 }
 
-void UserScreen::remove() { deleteUser(m_db, m_actingUser, currentCode()); }
+void UserScreen::remove() {
+    deleteUser(m_db, m_actingUser, currentCode());
+}
 
 void UserScreen::runSearch() {
     // Among the users this screen may show, by the typed code or name.
@@ -242,16 +245,74 @@ void UserScreen::print() {
     grid::printDocument(printer, doc, QStringLiteral("Usuarios"));
 }
 
+GroupScreen::GroupScreen(QSqlDatabase db, QString actingUser, QWidget* parent)
+    : TableRecordScreen(groupTable(), std::move(db), std::move(actingUser), parent),
+      m_grants(new grid::GridView(this)) {
+    m_grants->setObjectName(QStringLiteral("grdOpciones"));
+    m_grants->setColumns({{QStringLiteral("Nodo"), grid::GridColumn::Type::Text, 0, true},
+                          {QStringLiteral("Opción del menú")},
+                          {QStringLiteral("Ver"), grid::GridColumn::Type::Check, 0, false, true}});
+    m_grants->horizontalHeader()->setStretchLastSection(true);
+    m_grants->setEnabled(false);
+    layout()->addWidget(m_grants);
+    connect(this, &RecordScreen::recordStateChanged, this,
+            [this] { m_grants->setEnabled(isEditing()); });
+    guarded(this, [&] { afterNavigate(); });
+}
+
+void GroupScreen::loadGrants(const QString& groupCode) {
+    QList<QVariantList> rows;
+    for (const NodeGrant& g : groupGrants(m_db, groupCode))
+        rows << QVariantList{g.node, QString(2 * std::max(0, g.level - 1), u' ') + g.caption,
+                             g.granted ? 1 : 0};
+    m_grants->gridModel()->setRows(rows);
+}
+
+void GroupScreen::afterNavigate() {
+    TableRecordScreen::afterNavigate();
+    loadGrants(currentKey().toString());
+}
+
+void GroupScreen::newRecord() {
+    TableRecordScreen::newRecord();
+    loadGrants(QString());
+}
+
+void GroupScreen::cancelRecord() {
+    TableRecordScreen::cancelRecord();
+    loadGrants(currentKey().toString());
+}
+
+void GroupScreen::save() {
+    QString code;
+    QString name;
+    for (const auto& [column, value] : typedValues())
+        (column == QLatin1String("CodGrupo") ? code : name) = value.toString();
+    QStringList granted;
+    const grid::GridModel* m = m_grants->gridModel();
+    for (int r = 0; r < m->rowCount(); ++r)
+        if (m->value(r, 2).toInt() == 1)
+            granted << m->value(r, 0).toString();
+    saveGroup(m_db, m_actingUser, code, name, granted, mode() == Mode::Adding);
+    keepKeyAfterRequery(code);
+}
+
+void GroupScreen::remove() {
+    deleteGroup(m_db, m_actingUser, currentKey().toString());
+}
+
 void registerUserScreens(const ScreenServices& services) {
     auto& registry = ScreenRegistry::instance();
     registry.add(QStringLiteral("FrmUsuario"), [services](QWidget* parent) -> QWidget* {
         return new UserScreen(services.database(), services.userCode(), parent);
     });
-    for (const RecordTable* t : {&groupTable(), &menuStructureTable()}) {
-        registry.add(t->formName, [t, services](QWidget* parent) -> QWidget* {
-            return new TableRecordScreen(*t, services.database(), services.userCode(), parent);
-        });
-    }
+    registry.add(groupTable().formName, [services](QWidget* parent) -> QWidget* {
+        return new GroupScreen(services.database(), services.userCode(), parent);
+    });
+    registry.add(menuStructureTable().formName, [services](QWidget* parent) -> QWidget* {
+        return new TableRecordScreen(menuStructureTable(), services.database(), services.userCode(),
+                                     parent);
+    });
 }
 
 } // namespace orvo::shell::users

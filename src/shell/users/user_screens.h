@@ -2,6 +2,7 @@
 
 #include "shell/record_form/master_data.h"
 #include "shell/record_form/record_screen.h"
+#include "shell/record_form/table_record_screen.h"
 #include "shell/users/user_admin.h"
 
 #include <QSqlDatabase>
@@ -50,8 +51,28 @@ private:
     grid::GridView* m_browser;
 };
 
-// The group editor (FrmGrupoUsuario) and the menu structure editor (FrmEstructura): plain record
-// screens over GRUPOS and SEG that only Systems may write.
+// The group editor (FrmGrupoUsuario): GRUPOS with the menu nodes the group may see (GRUPOSEG),
+// written together. Only Systems may write.
+class GroupScreen : public TableRecordScreen {
+    Q_OBJECT
+public:
+    GroupScreen(QSqlDatabase db, QString actingUser, QWidget* parent = nullptr);
+    grid::GridView* grants() const { return m_grants; }
+
+protected:
+    void afterNavigate() override;
+    void save() override;
+    void remove() override;
+    void newRecord() override;
+    void cancelRecord() override;
+
+private:
+    void loadGrants(const QString& groupCode);
+    grid::GridView* m_grants;
+};
+
+// The menu structure editor (FrmEstructura): a plain record screen over SEG that only Systems may
+// write.
 const RecordTable& groupTable();
 const RecordTable& menuStructureTable();
 

@@ -548,6 +548,19 @@ TEST_F(StoreSchema, EngineAssignsIdentitiesAndTheRateDate) {
     EXPECT_EQ(q.decimal("Valor"), Decimal::fromString(u"36.5"));
 }
 
+// The reconversion drops the daily balances; the stock rebuild makes the table again.
+TEST_F(StoreSchema, DroppedTableIsCreatedAgainFromTheDescription) {
+    const QStringList columns = db::columnsOf(db(), "SALDODIARIO");
+    exec("DROP TABLE SALDODIARIO");
+
+    EXPECT_TRUE(schema::createTableIfMissing(db(), "SALDODIARIO"));
+    EXPECT_EQ(db::columnsOf(db(), "SALDODIARIO"), columns);
+    exec("INSERT INTO SALDODIARIO (Fecha, CodigoBarra, Existencia) VALUES (?, ?, ?)",
+         {QDateTime(QDate(2026, 3, 2), QTime(0, 0)), "7591", "4"});
+    EXPECT_FALSE(schema::createTableIfMissing(db(), "SALDODIARIO"));
+    EXPECT_EQ(count("SALDODIARIO"), 1);
+}
+
 // A small description of two versions stands for a later release of the store schema.
 class SchemaUpgrade : public DbTest {
 protected:

@@ -116,8 +116,8 @@ TEST_F(GridGui, ExportWritesTheVisibleColumnsTabDelimited) {
 }
 
 TEST_F(GridGui, LookupListCountsSearchesAndHandsBackTheRow) {
-    for (const auto& [code, name] : QList<QPair<QString, QString>>{
-             {"001", "ROJO"}, {"002", "AZUL"}, {"003", "VERDE"}})
+    for (const auto& [code, name] :
+         QList<QPair<QString, QString>>{{"001", "ROJO"}, {"002", "AZUL"}, {"003", "VERDE"}})
         exec("INSERT INTO COLORES (Codigo, Nombre, Status) VALUES (?, ?, 1)", {code, name});
     CatalogDialog list("Colores", db(),
                        "SELECT Codigo AS \"~HDNCodigo\", Nombre, Status FROM COLORES WHERE "
@@ -154,8 +154,8 @@ TEST_F(GridGui, LookupListCountsSearchesAndHandsBackTheRow) {
 }
 
 TEST_F(GridGui, LookupListSortsByRequery) {
-    for (const auto& [code, name] : QList<QPair<QString, QString>>{
-             {"001", "ROJO"}, {"002", "AZUL"}, {"003", "VERDE"}})
+    for (const auto& [code, name] :
+         QList<QPair<QString, QString>>{{"001", "ROJO"}, {"002", "AZUL"}, {"003", "VERDE"}})
         exec("INSERT INTO COLORES (Codigo, Nombre, Status) VALUES (?, ?, 1)", {code, name});
     CatalogDialog list("Colores", db(), "SELECT Codigo, Nombre FROM COLORES ORDER BY Codigo");
     list.grid()->setActiveCell(0, 1);
@@ -169,10 +169,10 @@ TEST_F(GridGui, LookupListSortsByRequery) {
 TEST_F(GridGui, HundredThousandRowsLoadAndScrollToTheEnd) {
     GridView view;
     view.resize(800, 600);
-    const int rows = view.load(db(),
-                               "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n "
-                               "WHERE i < 100000) SELECT i AS Numero, 'ART' || i AS Nombre, "
-                               "CAST(i AS NUMERIC(18,2)) / 4 AS Monto FROM n ORDER BY i");
+    const int rows =
+        view.load(db(), "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n "
+                        "WHERE i < 100000) SELECT i AS Numero, 'ART' || i AS Nombre, "
+                        "CAST(i AS NUMERIC(18,2)) / 4 AS Monto FROM n ORDER BY i");
     ASSERT_EQ(rows, 100000);
     EXPECT_EQ(view.gridModel()->rowCount(), 100000);
     view.show();

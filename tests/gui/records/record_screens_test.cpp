@@ -1,3 +1,4 @@
+#include "common/grid_ui/grid_view.h"
 #include "shell/record_form/master_data.h"
 #include "shell/record_form/record_toolbar.h"
 #include "shell/record_form/refusing_trigger.h"
@@ -125,9 +126,13 @@ protected:
 
 } // namespace
 
-TEST_F(RecordScreensGui, ColourThroughTheToolbar) { exerciseCatalogue("frmColores", "COLORES"); }
+TEST_F(RecordScreensGui, ColourThroughTheToolbar) {
+    exerciseCatalogue("frmColores", "COLORES");
+}
 
-TEST_F(RecordScreensGui, BrandThroughTheToolbar) { exerciseCatalogue("frmMarcas", "MARCAS"); }
+TEST_F(RecordScreensGui, BrandThroughTheToolbar) {
+    exerciseCatalogue("frmMarcas", "MARCAS");
+}
 
 TEST_F(RecordScreensGui, RefusedDeleteShowsTheDatabaseErrorAndKeepsTheRecord) {
     exec("INSERT INTO COLORES (Codigo, Nombre, Status) VALUES ('001', 'ROJO', 1)");
@@ -212,8 +217,8 @@ TEST_F(RecordScreensGui, EveryMasterScreenOpensOnAnEmptyDatabase) {
         TableRecordScreen screen(t, db(), "ROOT");
         EXPECT_EQ(screen.objectName(), t.formName);
         EXPECT_EQ(screen.recordCount(), 0) << t.formName.toStdString();
-        EXPECT_TRUE(m_dialogs->messages().isEmpty()) << t.formName.toStdString() << ": "
-                                                     << m_dialogs->lastText().toStdString();
+        EXPECT_TRUE(m_dialogs->messages().isEmpty())
+            << t.formName.toStdString() << ": " << m_dialogs->lastText().toStdString();
     }
 }
 
@@ -245,4 +250,34 @@ TEST_F(RecordScreensGui, UserScreenOffersOnlyWhatTheAdministratorMayGive) {
     press("Guardar");
     EXPECT_EQ(count("USUARIOGRUPO", "CodUsuario = 'ANA' AND CodGrupo = 'CAJE'"), 1);
     EXPECT_EQ(m_screen->recordCount(), 2);
+}
+
+TEST_F(RecordScreensGui, GroupScreenGrantsMenuNodes) {
+    exec("INSERT INTO GRUPOS (CodGrupo, NombreGrupo) VALUES ('SISTEMAS', 'SISTEMAS')");
+    exec("INSERT INTO USUARIOS (CodUsuario, NombreUsuario, Pasword, Status) VALUES ('ROOT', "
+         "'Root', '', 1)");
+    exec("INSERT INTO USUARIOGRUPO (CodUsuario, CodGrupo) VALUES ('ROOT', 'SISTEMAS')");
+    exec("INSERT INTO SEG (Nivel, NumNodo, NodoPadre, CodNodo, NomNodo, Orden, EsPadre) VALUES "
+         "(1, 1, '', 'N1', 'Ventas', 1, 0)");
+    exec("INSERT INTO SEG (Nivel, NumNodo, NodoPadre, CodNodo, NomNodo, Orden, EsPadre) VALUES "
+         "(1, 2, '', 'N2', 'Compras', 2, 0)");
+    auto* screen = new users::GroupScreen(db(), "ROOT");
+    m_screen.reset(screen);
+    screen->show();
+    m_toolbar->setActiveScreen(screen);
+    EXPECT_EQ(screen->objectName(), "FrmGrupoUsuario");
+    EXPECT_FALSE(screen->grants()->isEnabled());
+
+    press("Nuevo");
+    type("txtCodGrupo", "BODEGA");
+    type("txtNombreGrupo", "BODEGUEROS");
+    ASSERT_EQ(screen->grants()->gridModel()->rowCount(), 2);
+    EXPECT_TRUE(screen->grants()->isEnabled());
+    const QModelIndex ver = screen->grants()->gridModel()->index(1, 2);
+    screen->grants()->gridModel()->setData(ver, Qt::Checked, Qt::CheckStateRole);
+    press("Guardar");
+    EXPECT_EQ(count("GRUPOSEG", "CodGrupo = 'BODEGA'"), 1);
+    EXPECT_EQ(count("GRUPOSEG", "CodGrupo = 'BODEGA' AND CodNodo = 'N2' AND Ver = 'S'"), 1);
+    EXPECT_EQ(edit("txtCodGrupo")->text(), "BODEGA");
+    EXPECT_EQ(screen->grants()->gridModel()->value(1, 2).toInt(), 1);
 }

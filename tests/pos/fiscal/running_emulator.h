@@ -1,41 +1,31 @@
 #pragma once
 
 #include "pos/fiscal/serial_link.h"
-#include "tools/fiscal_emulator/fiscal_memory.h"
-
-#include <QString>
-#include <QTemporaryDir>
-#include <QThread>
-
-namespace orvo::tools::fiscal {
-class WireServer;
-}
+#include "tools/fiscal_emulator/emulator_thread.h"
 
 namespace orvo::test {
 
-// The software printer serving a real pseudo-terminal from its own thread, as it would from its
-// own process. Faults go through its control file, its memory is read back from its state file.
-class RunningEmulator {
+// The software printer on a real pseudo-terminal, busy for a short while after a Z.
+class RunningEmulator : public tools::fiscal::EmulatorThread {
 public:
-    explicit RunningEmulator(int zBusyMs = 300);
-    ~RunningEmulator();
-
-    QString device() const { return m_device; }
-    void fault(const QString& word) const;
-    tools::fiscal::FiscalMemory memory() const;
-    QString ticket(const QString& fileName) const;
-    bool hasTicket(const QString& fileName) const;
-    QString dir() const { return m_dir.path(); }
+    explicit RunningEmulator(int zBusyMs = 300) : EmulatorThread(options(zBusyMs)) {}
 
 private:
-    QTemporaryDir m_dir;
-    QThread m_thread;
-    QObject* m_context = nullptr;
-    tools::fiscal::WireServer* m_server = nullptr;
-    QString m_device;
+    static tools::fiscal::EmulatorOptions options(int zBusyMs) {
+        tools::fiscal::EmulatorOptions o;
+        o.zBusyMs = zBusyMs;
+        return o;
+    }
 };
 
 // Short waits: a silent printer fails a test in well under a second.
-pos::fiscal::LinkTiming fastTiming();
+inline pos::fiscal::LinkTiming fastTiming() {
+    pos::fiscal::LinkTiming t;
+    t.ackTimeoutMs = 300;
+    t.probeTimeoutMs = 150;
+    t.replyTimeoutMs = 300;
+    t.blockTimeoutMs = 300;
+    return t;
+}
 
 } // namespace orvo::test

@@ -1,6 +1,7 @@
 #include "common/errors/errors.h"
 #include "common/security/scrambler.h"
 #include "shell/record_form/refusing_trigger.h"
+#include "shell/users/group_admin.h"
 #include "shell/users/user_admin.h"
 #include "support/test_db.h"
 
@@ -158,4 +159,35 @@ TEST_F(UserAdmin, DeleteTakesMembershipAndShortcutsInOneTransaction) {
     }
     EXPECT_EQ(count("USUARIOS", "CodUsuario = 'CAJ2'"), 1);
     EXPECT_EQ(count("USUARIOGRUPO", "CodUsuario = 'CAJ2'"), 1);
+}
+
+TEST_F(UserAdmin, GroupsAndTheirMenuGrantsAreWrittenTogetherBySystemsOnly) {
+    saveGroup(db(), "ROOT", "BODEGA", "BODEGUEROS", {"N1"}, true);
+    EXPECT_EQ(count("GRUPOSEG", "CodGrupo = 'BODEGA' AND CodNodo = 'N1' AND Ver = 'S'"), 1);
+    saveGroup(db(), "ROOT", "BODEGA", "ALMACEN", {"N2"}, false);
+    EXPECT_EQ(scalar("SELECT NombreGrupo FROM GRUPOS WHERE CodGrupo = 'BODEGA'").toString(),
+              "ALMACEN");
+    EXPECT_EQ(count("GRUPOSEG", "CodGrupo = 'BODEGA'"), 1);
+    QStringList granted;
+    for (const NodeGrant& g : groupGrants(db(), "BODEGA"))
+        if (g.granted)
+            granted << g.node;
+    EXPECT_EQ(granted, QStringList({"N2"}));
+    EXPECT_EQ(groupGrants(db(), "BODEGA").size(), 2); // every node is listed
+
+    // An administrator may not, even through the logic.
+    EXPECT_EQ(refusal([&] {
+                  saveGroup(db(), "JEFE", "BODEGA", "X", {"N1", "N2"}, false);
+              }),
+              "¡Solo el grupo de sistemas puede modificar esta tabla!");
+    EXPECT_EQ(count("GRUPOSEG", "CodGrupo = 'BODEGA'"), 1);
+    EXPECT_EQ(refusal([&] { saveGroup(db(), "ROOT", "CAJE", "OTRA", {}, true); }),
+              "Registro duplicado!");
+
+    EXPECT_EQ(refusal([&] { deleteGroup(db(), "ROOT", "CAJE"); }).isEmpty(), true); // no members
+    EXPECT_EQ(refusal([&] { deleteGroup(db(), "ROOT", "ADMI"); }),
+              "¡El grupo tiene usuarios asignados!");
+    deleteGroup(db(), "ROOT", "BODEGA");
+    EXPECT_EQ(count("GRUPOS", "CodGrupo = 'BODEGA'"), 0);
+    EXPECT_EQ(count("GRUPOSEG", "CodGrupo = 'BODEGA'"), 0);
 }
