@@ -35,7 +35,8 @@ protected:
         DbTest::TearDown();
     }
     QStringList tickets(const QString& pattern) const {
-        return QDir(m_emulator.dir() + "/tickets").entryList({pattern}, QDir::Files);
+        return QDir(m_emulator.tools::fiscal::EmulatorThread::options().ticketsFolder)
+            .entryList({pattern}, QDir::Files);
     }
 
     QTemporaryDir m_settingsDir;

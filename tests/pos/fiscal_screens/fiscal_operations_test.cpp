@@ -21,7 +21,8 @@ protected:
         ASSERT_TRUE(printer.open(emulator.device()));
     }
     QStringList tickets(const QString& pattern) const {
-        return QDir(emulator.dir() + "/tickets").entryList({pattern}, QDir::Files, QDir::Name);
+        return QDir(emulator.tools::fiscal::EmulatorThread::options().ticketsFolder)
+            .entryList({pattern}, QDir::Files, QDir::Name);
     }
     template <class F> QString refusal(F&& f) {
         try {
