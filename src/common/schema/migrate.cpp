@@ -24,7 +24,11 @@ QStringList statementsFor(const QList<Table>& tables, int v, db::Engine engine) 
     QStringList out;
     for (const Table& t : tables) {
         if (t.since == v) {
-            out += createStatements(t, engine);
+            // Columns and indexes of later versions come with their own version's ALTERs.
+            Table created = t;
+            created.columns.removeIf([v](const Column& c) { return c.since > v; });
+            created.indexes.removeIf([v](const Index& i) { return i.since > v; });
+            out += createStatements(created, engine);
             continue;
         }
         if (t.since > v)

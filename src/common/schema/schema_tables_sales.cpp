@@ -30,14 +30,18 @@ QList<Table> salesTables() {
                 << text("Cajero", 20) << text("UsuarioAutoriza", 20);
 
     return {
-        table("VENTAS", {integer("NumeroFactura"),  text("Serie", 10),      dateTime("Fecha"),
-                         dateTime("Hora"), // kept and copied when an invoice is renumbered
-                         text("Vendedor", 15),      text("Cliente", 15),    smallint("TipoVenta"),
-                         text("FormaPago", 30),     integer("DiasCredito"), money("TotalMercancia"),
-                         money("TotalDescuento"),   money("TotalImpuesto"), money("TotalCosto"),
-                         smallint("InterContable"), text("Usuario", 20),    smallint("Status"),
-                         integer("NumeroOrden"),    money("TotalPago"),     money("TotalDolares"),
-                         rate("TasaCambio")},
+        table("VENTAS",
+              {integer("NumeroFactura"), text("Serie", 10), dateTime("Fecha"),
+               dateTime("Hora"), // kept and copied when an invoice is renumbered
+               text("Vendedor", 15), text("Cliente", 15), smallint("TipoVenta"),
+               text("FormaPago", 30), integer("DiasCredito"), money("TotalMercancia"),
+               money("TotalDescuento"), money("TotalImpuesto"), money("TotalCosto"),
+               smallint("InterContable"), text("Usuario", 20), smallint("Status"),
+               integer("NumeroOrden"), money("TotalPago"), money("TotalDolares"),
+               rate("TasaCambio"),
+               // 0 from the save until the invoice is printed: a failed print can be
+               // repeated and never makes a second sale. Older invoices count printed.
+               since(smallint("Impresa", "1"), 2)},
               {"NumeroFactura", "Serie"}, {{"Serie", "Fecha"}, {"Fecha"}, {"Cliente"}}),
         table("MOVVENTAS", pricedLine(QStringLiteral("NumeroFactura"), true),
               {"NumeroFactura", "Serie", "Item"}, {{"CodigoBarra"}}),

@@ -117,7 +117,8 @@ SaleLine priceLine(const ArticlePrices& article, char letter, const Decimal& qua
                                    ? Decimal()
                                    : ((p.precio - p.precioLista) * kHundred / p.precio).rounded(4);
     line.costo = article.costoPromedio.rounded(5);
-    line.porcentajeImpuesto = article.porcentajeImpuesto;
+    // An exempt invoice carries no rate either, so the fiscal printer prints it exempt.
+    line.porcentajeImpuesto = ctx.exempt ? Decimal() : article.porcentajeImpuesto;
     line.impuesto = unitTax(line.precioLista, line.porcentajeImpuesto, ctx.exempt);
     line.cantidad = quantity;
     line.tipo = article.tipo;

@@ -346,8 +346,10 @@ void seedCatalogue(const QSqlDatabase& db) {
         s("SIN COLOR"),     s("NEGRO"),       s("BLANCO"),   s("AZUL MARINO OSCURO"), s("ROJO"),
         s("GRIS JASPEADO"), s("VERDE OLIVA"), s("BEIGE"),    s("AZUL CLARO"),         s("ROSADO"),
         s("MOSTAZA"),       s("AZUL INDIGO"), s("VINOTINTO")};
+    // '0' is the placeholder colour of articles without one; the article screen hides it.
     for (int i = 0; i < colourNames.size(); ++i)
-        colours.insert({QStringLiteral("%1").arg(i, 3, 10, QLatin1Char('0')), colourNames[i], 1});
+        colours.insert({i == 0 ? s("0") : QStringLiteral("%1").arg(i, 3, 10, QLatin1Char('0')),
+                        colourNames[i], 1});
 
     RowWriter sizes(db, QStringLiteral("TALLAS"), cols({"Codigo", "Talla"}));
     const QList<QPair<const char*, const char*>> sizeList = {

@@ -572,22 +572,26 @@ protected:
         return t;
     }
 
-    // Version 2 adds a column and an index to the old table and one new table.
+    // The store's version and the next one.
+    static int current() { return schema::currentVersion(); }
+    static int next() { return schema::currentVersion() + 1; }
+
+    // The next version adds a column and an index to the old table and one new table.
     static QList<schema::Table> versionTwo() {
         schema::Table old = versionOneTable();
-        old.columns << schema::col::since(schema::col::smallint("Status", "1"), 2);
-        old.indexes << schema::Index{"IX_PRUEBA_VERSION_Status", {"Status"}, false, 2};
+        old.columns << schema::col::since(schema::col::smallint("Status", "1"), next());
+        old.indexes << schema::Index{"IX_PRUEBA_VERSION_Status", {"Status"}, false, next()};
         schema::Table added;
         added.name = QStringLiteral("PRUEBA_NUEVA");
         added.columns = {schema::col::integer("Numero")};
-        added.since = 2;
+        added.since = next();
         return {old, added};
     }
 
-    // The store database is at version 1; its old table is created as version 1 made it.
+    // The store database is at its current version; the old table is created as that one made it.
     void SetUp() override {
         DbTest::SetUp();
-        ASSERT_EQ(schema::appliedVersion(db()), 1);
+        ASSERT_EQ(schema::appliedVersion(db()), current());
         for (const QString& s : schema::createStatements(versionOneTable(), testDb().engine()))
             exec(s);
         exec("INSERT INTO PRUEBA_VERSION (Codigo, Monto) VALUES (?, ?)", {"A", "10.50"});
@@ -597,10 +601,10 @@ protected:
 TEST_F(SchemaUpgrade, NewColumnsAreAddedToTheRowsAlreadyThere) {
     const schema::MigrationResult result = schema::migrate(db(), versionTwo());
 
-    EXPECT_EQ(result.fromVersion, 1);
-    EXPECT_EQ(result.toVersion, 2);
-    EXPECT_EQ(result.steps, QStringList{"Versión 2: 3 sentencias"});
-    EXPECT_EQ(schema::appliedVersion(db()), 2);
+    EXPECT_EQ(result.fromVersion, current());
+    EXPECT_EQ(result.toVersion, next());
+    EXPECT_EQ(result.steps, QStringList{QStringLiteral("Versión %1: 3 sentencias").arg(next())});
+    EXPECT_EQ(schema::appliedVersion(db()), next());
     EXPECT_EQ(db::columnsOf(db(), "PRUEBA_VERSION"), (QStringList{"CODIGO", "MONTO", "STATUS"}));
     EXPECT_TRUE(db::tableExists(db(), "PRUEBA_NUEVA"));
     EXPECT_EQ(scalar("SELECT Status FROM PRUEBA_VERSION WHERE Codigo = ?", {"A"}).toInt(), 1);
@@ -613,15 +617,15 @@ TEST_F(SchemaUpgrade, NewColumnsAreAddedToTheRowsAlreadyThere) {
 // A version is applied whole or not at all, so a failed upgrade can be run again.
 TEST_F(SchemaUpgrade, FailingVersionLeavesTheDatabaseAsItWas) {
     QList<schema::Table> broken = versionTwo();
-    broken[0].columns << schema::col::since(schema::col::integer("Status"), 2); // twice
+    broken[0].columns << schema::col::since(schema::col::integer("Status"), next()); // twice
 
     EXPECT_THROW(schema::migrate(db(), broken), DbError);
 
-    EXPECT_EQ(schema::appliedVersion(db()), 1);
+    EXPECT_EQ(schema::appliedVersion(db()), current());
     EXPECT_EQ(db::columnsOf(db(), "PRUEBA_VERSION"), (QStringList{"CODIGO", "MONTO"}));
     EXPECT_FALSE(db::tableExists(db(), "PRUEBA_NUEVA"));
 
-    EXPECT_EQ(schema::migrate(db(), versionTwo()).toVersion, 2);
+    EXPECT_EQ(schema::migrate(db(), versionTwo()).toVersion, next());
 }
 
 } // namespace

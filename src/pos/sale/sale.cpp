@@ -1,0 +1,402 @@
+#include "pos/sale/sale.h"
+
+#include "common/db/sql.h"
+#include "common/db/transaction.h"
+#include "common/errors/errors.h"
+#include "common/numbering/numbering.h"
+#include "pos/fiscal/document_builder.h"
+#include "pos/sale/sale_store.h"
+
+#include <QLoggingCategory>
+#include <QSet>
+
+Q_LOGGING_CATEGORY(lcSale, "orvo.pos.sale")
+
+namespace orvo::pos::sale {
+
+namespace {
+
+QDate serverToday(const QSqlDatabase& db) {
+    return db::serverNow(db).date();
+}
+
+void checkDayOpen(const QSqlDatabase& db, const QString& serie, const QDate& today) {
+    const auto day = store::registerDay(db, serie, today);
+    if (!day)
+        throw UserError(QStringLiteral("No existe apertura de fecha %1...!")
+                            .arg(today.toString(QStringLiteral("dd/MM/yyyy"))));
+    if (day->status == 2)
+        throw UserError(QStringLiteral("Caja con cierre realizado...!"));
+}
+
+store::DeletedLineContext deletedContext(const QSqlDatabase& db, const shell::SessionContext& ctx,
+                                         const SaleDraft& d, const QString& authorisedBy) {
+    store::DeletedLineContext c;
+    c.number = nextInvoiceNumberPreview(db, ctx);
+    c.serie = ctx.serial;
+    c.vendedor = d.seller().cedula;
+    c.cliente = d.client().codigo;
+    c.cajero = ctx.userCode;
+    c.autoriza = authorisedBy.isEmpty() ? ctx.userCode : authorisedBy;
+    return c;
+}
+
+int tipoVentaOf(const SaleDraft& d) {
+    return d.mode() == PaymentMode::Credit ? 2 : 1;
+}
+
+// Saved lines are priced again from their model, like keyed ones.
+QList<SaleLine> withModels(const QSqlDatabase& db, QList<SaleLine> lines) {
+    for (SaleLine& l : lines)
+        if (!l.article.nombre.isEmpty())
+            l.article = withModelPrices(l.article, store::modelPrices(db, l.article));
+    return lines;
+}
+
+QString wayCode(const QSqlDatabase& db, const QString& name) {
+    const QString code = store::paymentWayCode(db, name);
+    return code.isEmpty() ? name : code;
+}
+
+} // namespace
+
+SaleDraft newDraft(const QSqlDatabase& db, const shell::SessionContext& ctx) {
+    SaleDraft::Settings s;
+    s.today = serverToday(db);
+    s.registerListType = ctx.tipoListaPrecio;
+    s.itemsPerInvoice = ctx.itemsPorFactura;
+    return SaleDraft(s);
+}
+
+long long nextInvoiceNumberPreview(const QSqlDatabase& db, const shell::SessionContext& ctx) {
+    return common::readSalesCounters(db, ctx.controlFactura, ctx.serial).lastInvoice + 1;
+}
+
+QList<ArticlePrices> lookupArticles(const QSqlDatabase& db, const QString& text) {
+    QList<ArticlePrices> found = store::findArticles(db, text);
+    for (ArticlePrices& a : found)
+        a = withModelPrices(a, store::modelPrices(db, a));
+    return found;
+}
+
+const SaleLine& addArticle(SaleDraft& draft, const ArticlePrices& article,
+                           const Decimal& quantity) {
+    return draft.addArticle(article, quantity);
+}
+
+std::optional<SaleClient> findClient(const QSqlDatabase& db, const QString& code) {
+    if (code.trimmed().isEmpty())
+        return std::nullopt;
+    return store::clientByCode(db, code);
+}
+
+SaleSeller findSeller(const QSqlDatabase& db, const QString& code) {
+    auto s = store::sellerByCode(db, code);
+    if (!s)
+        throw UserError(QStringLiteral("El vendedor esta inactivo o no existe el código..."));
+    return *s;
+}
+
+QList<PriceQuote> priceQuery(const QSqlDatabase& db, const SaleDraft& draft, const QString& text) {
+    QList<PriceQuote> out;
+    for (const ArticlePrices& a : lookupArticles(db, text)) {
+        PriceQuote q;
+        q.article = a;
+        try {
+            q.line = priceNewLine(a, 1, draft.pricingContext());
+        } catch (const UserError&) {
+            q.line.codigoBarra = a.codigoBarra; // shown without a price
+        }
+        out << q;
+    }
+    return out;
+}
+
+void deleteLine(const QSqlDatabase& db, const shell::SessionContext& ctx, SaleDraft& draft,
+                int index, const QString& authorisedBy) {
+    if (index < 0 || index >= draft.lines().size())
+        return;
+    db::Transaction tx(db);
+    store::insertDeletedLine(db, deletedContext(db, ctx, draft, authorisedBy), index + 1,
+                             draft.lines().at(index));
+    tx.commit();
+    draft.takeLine(index);
+}
+
+void cancelSale(const QSqlDatabase& db, const shell::SessionContext& ctx, SaleDraft& draft,
+                const QString& authorisedBy) {
+    if (!draft.isEmpty()) {
+        db::Transaction tx(db);
+        const auto c = deletedContext(db, ctx, draft, authorisedBy);
+        for (int i = 0; i < draft.lines().size(); ++i)
+            store::insertDeletedLine(db, c, i + 1, draft.lines().at(i));
+        tx.commit();
+    }
+    draft.clear();
+}
+
+long long parkSale(const QSqlDatabase& db, const shell::SessionContext& ctx, SaleDraft& draft) {
+    if (draft.isEmpty())
+        throw UserError(QStringLiteral("Debe especificar al menos un artículo...!"));
+    db::Transaction tx(db);
+    store::ParkedHeader h;
+    h.numero = store::nextParkedNumber(db);
+    h.serie = ctx.serial;
+    h.fecha = db::serverNow(db);
+    h.vendedor = draft.seller().cedula;
+    h.cliente = draft.client().codigo;
+    h.tipoVenta = tipoVentaOf(draft);
+    h.diasCredito = draft.creditDays();
+    h.usuario = ctx.userCode;
+    h.numeroOrden = draft.dispatchOrder();
+    h.exenta = draft.isExempt();
+    store::insertParked(db, h);
+    for (int i = 0; i < draft.lines().size(); ++i)
+        store::insertParkedLine(db, h.numero, h.serie, i + 1, h.fecha, draft.lines().at(i));
+    tx.commit();
+    draft.clear();
+    return h.numero;
+}
+
+QList<ParkedSale> parkedSales(const QSqlDatabase& db, const QString& serie) {
+    db::Sql q(db, QStringLiteral("SELECT H.Numero, H.Fecha, H.Cliente, C.Nombre AS NombreCliente, "
+                                 "T.Nombre AS NombreVendedor FROM HISTVENTAS H "
+                                 "LEFT JOIN CLIENTES C ON C.Codigo = H.Cliente "
+                                 "LEFT JOIN TRABAJADORES T ON T.Cedula = H.Vendedor "
+                                 "WHERE H.Serie = ? ORDER BY H.Numero"));
+    q.bind(serie).exec();
+    QList<ParkedSale> out;
+    while (q.next()) {
+        ParkedSale p;
+        p.numero = q.bigint(QStringLiteral("Numero"));
+        p.fecha = q.dateTime(QStringLiteral("Fecha"));
+        p.cliente = q.text(QStringLiteral("Cliente")).trimmed();
+        p.clienteNombre = q.text(QStringLiteral("NombreCliente")).trimmed();
+        p.vendedorNombre = q.text(QStringLiteral("NombreVendedor")).trimmed();
+        out << p;
+    }
+    for (ParkedSale& p : out)
+        p.totalVenta = totalsOf(store::parkedLines(db, p.numero, serie)).total;
+    return out;
+}
+
+void takeBackParked(const QSqlDatabase& db, const shell::SessionContext& ctx, long long numero,
+                    SaleDraft& draft) {
+    const auto h = store::parkedHeader(db, numero, ctx.serial);
+    if (!h)
+        return;
+    const QList<SaleLine> lines = withModels(db, store::parkedLines(db, numero, ctx.serial));
+    draft.clear();
+    if (auto c = store::clientByCode(db, h->cliente))
+        draft.setClient(*c);
+    if (auto s = store::sellerByCode(db, h->vendedor))
+        draft.setSeller(*s);
+    draft.setMode(h->tipoVenta == 2 ? PaymentMode::Credit : PaymentMode::Cash);
+    draft.setCreditDays(h->diasCredito);
+    draft.setDispatchOrder(h->numeroOrden);
+    for (const SaleLine& l : lines)
+        draft.addSavedLine(l);
+    if (h->exenta)
+        draft.setExempt(true);
+    db::Transaction tx(db);
+    store::deleteParked(db, numero, ctx.serial);
+    tx.commit();
+}
+
+QList<DispatchOrderSummary> openDispatchOrders(const QSqlDatabase& db,
+                                               const shell::SessionContext& ctx) {
+    QDate since;
+    if (ctx.diasFacturarOrdenDespacho > 0)
+        since = serverToday(db).addDays(-ctx.diasFacturarOrdenDespacho);
+    QList<DispatchOrderSummary> out;
+    for (const auto& o : store::openDispatchOrders(db, since))
+        out << DispatchOrderSummary{o.numero,         o.cliente,     o.fecha,
+                                    o.totalMercancia, o.observacion, o.exenta};
+    return out;
+}
+
+void loadDispatchOrder(const QSqlDatabase& db, const shell::SessionContext& ctx, long long numero,
+                       SaleDraft& draft) {
+    Q_UNUSED(ctx);
+    const auto o = store::dispatchOrder(db, numero);
+    if (!o)
+        return;
+    const QList<SaleLine> lines = withModels(db, store::dispatchOrderLines(db, numero));
+    draft.clear();
+    if (auto c = store::clientByCode(db, o->cliente))
+        draft.setClient(*c);
+    for (const SaleLine& l : lines)
+        draft.addSavedLine(l);
+    if (o->exenta)
+        draft.setExempt(true);
+    draft.setDispatchOrder(numero);
+}
+
+bool printsFiscally(const shell::SessionContext& ctx) {
+    return ctx.usaImpresoraFiscal == 1 && ctx.idImpresoraFiscal != 0;
+}
+
+AcceptResult acceptSale(const QSqlDatabase& db, const shell::SessionContext& ctx,
+                        const SaleDraft& draft, SalePrinter* printer, bool forcedZDone) {
+    const QDate today = serverToday(db);
+    checkDayOpen(db, ctx.serial, today);
+    draft.validate();
+
+    const bool fiscal = printsFiscally(ctx) && !draft.isContingency();
+    if (fiscal) {
+        if (!printer)
+            throw UserError(QStringLiteral("No existe comunicación con la impresora fiscal...!"));
+        fiscal::checkPrinterAgainstRegister(
+            printer->facts(), fiscal::readRegisterCounters(db, ctx.serial, ctx.controlFactura),
+            today);
+    }
+
+    const SaleTotals totals = draft.totals();
+    AcceptResult result;
+    result.total = totals.total;
+    result.change = draft.change();
+    if (fiscal && !forcedZDone) {
+        const auto maximum = store::printerDailyMaximum(db, ctx.serial);
+        const auto day = store::registerDay(db, ctx.serial, today);
+        if (maximum && *maximum > Decimal() && day && day->acumulado + totals.total > *maximum) {
+            result.status = AcceptResult::Status::NeedsForcedZ;
+            return result;
+        }
+    }
+
+    const Decimal rate =
+        draft.exchangeRate() > Decimal() ? draft.exchangeRate() : store::latestExchangeRate(db);
+    db::Transaction tx(db);
+    if (forcedZDone)
+        store::resetAccumulated(db, ctx.serial, today);
+    const long long number = common::nextInvoiceNumber(db, ctx.controlFactura, ctx.serial);
+    if (number == 0)
+        throw UserError(QStringLiteral("No se pudo obtener el número de la factura...!"));
+
+    const QDateTime now = db::serverNow(db);
+    store::SaleHeader h;
+    h.number = number;
+    h.serie = ctx.serial;
+    h.fecha = now;
+    h.vendedor = draft.seller().cedula;
+    h.cliente = draft.client().codigo;
+    h.tipoVenta = tipoVentaOf(draft);
+    h.diasCredito = draft.creditDays();
+    h.usuario = ctx.userCode;
+    h.numeroOrden = draft.dispatchOrder();
+    if (draft.mode() == PaymentMode::Credit) {
+        h.formaPago = wayCode(db, kOnAccount);
+        h.totalPago = totals.total;
+    } else {
+        QSet<QString> ways;
+        for (const auto& p : draft.payments())
+            ways.insert(p.way);
+        h.formaPago =
+            ways.size() == 1 ? wayCode(db, *ways.begin()) : wayCode(db, QStringLiteral("MULTIPLE"));
+        h.totalPago = draft.amountPaid();
+    }
+    store::insertSale(db, h);
+    if (draft.dispatchOrder() > 0)
+        store::closeDispatchOrder(db, draft.dispatchOrder());
+
+    for (const SaleLine& l : draft.lines()) {
+        store::addLine(db, number, ctx.serial, now, l);
+        store::decreaseStock(db, l.codigoBarra, l.cantidad);
+    }
+    store::ensurePlaceholderBank(db);
+
+    if (draft.mode() == PaymentMode::Credit) {
+        store::insertReceivable(db, number, ctx.serial, draft.client().codigo, totals.total,
+                                draft.creditDays(), now);
+    } else {
+        // The change is given from the cash: the cash row keeps what stayed in the drawer.
+        Decimal change = result.change;
+        const auto rows = draft.payments();
+        for (int i = 0; i < rows.size(); ++i) {
+            const auto& r = rows.at(i);
+            store::PaymentRecord p;
+            p.item = i + 1;
+            p.formaPago = wayCode(db, r.way);
+            p.documento = r.document;
+            p.aprobacion = r.lot;
+            p.banco = r.bank;
+            p.puntoVenta = r.pointOfSale;
+            p.monto = r.amount.value_or(Decimal());
+            if (r.way == payments::kCash && change > Decimal()) {
+                const Decimal taken = std::min(change, p.monto);
+                p.monto -= taken;
+                change -= taken;
+            }
+            p.merchantJson = r.merchantJson;
+            store::insertPayment(db, number, ctx.serial, now, p);
+        }
+    }
+    const SaleTotals stored = store::writeTotals(db, number, ctx.serial, rate);
+    store::addToAccumulated(db, ctx.serial, today, stored.total);
+    tx.commit();
+    qCInfo(lcSale) << "invoice" << number << "saved, total" << stored.total.toString(2);
+
+    result.number = number;
+    result.total = stored.total;
+    return result;
+}
+
+bool forcedZ(SalePrinter& printer) {
+    return printer.printZ();
+}
+
+PrintResult printSale(const QSqlDatabase& db, const shell::SessionContext& ctx, long long number,
+                      bool contingency, SalePrinter* printer, const PaperPrinter& paper,
+                      const Decimal& change) {
+    PrintResult r;
+    const bool fiscal = printsFiscally(ctx) && !contingency;
+    const auto failed = [&](const QString& why) {
+        r.error = QStringLiteral("La factura %1 fue guardada pero no se pudo imprimir: %2")
+                      .arg(number)
+                      .arg(why);
+        qCWarning(lcSale) << r.error;
+        return r;
+    };
+    if (fiscal) {
+        if (!printer)
+            return failed(QStringLiteral("No existe comunicación con la impresora fiscal...!"));
+        fiscal::FiscalDocument doc;
+        try {
+            doc = fiscal::saleDocument(db, int(number), ctx.serial, fiscal::loadRateTable(db));
+        } catch (const UserError& e) {
+            return failed(e.text());
+        }
+        if (!printer->print(doc))
+            return failed(printer->errorText());
+        r.fiscalPrinted = true;
+    } else {
+        const bool large = ctx.tipoReporte == 2;
+        const QString html = paperInvoiceHtml(db, ctx, number, contingency, large);
+        if (!paper || !paper(html, large, number))
+            return failed(QStringLiteral("Debe configurar la impresora para facturar...!"));
+        r.paperPrinted = true;
+    }
+    {
+        db::Transaction tx(db);
+        store::markPrinted(db, ctx.serial, number);
+        tx.commit();
+    }
+    if (fiscal) {
+        const Decimal total = store::invoiceTotal(db, ctx.serial, number);
+        printer->display(displayLine(QStringLiteral("Total: "), ctx.simboloMoneda, total),
+                         displayLine(QStringLiteral("Cambio: "), ctx.simboloMoneda, change));
+    }
+    return r;
+}
+
+QList<long long> pendingPrints(const QSqlDatabase& db, const QString& serie) {
+    db::Sql q(db, QStringLiteral("SELECT NumeroFactura FROM VENTAS WHERE Serie = ? AND Impresa = 0 "
+                                 "ORDER BY NumeroFactura"));
+    q.bind(serie).exec();
+    QList<long long> out;
+    while (q.next())
+        out << q.bigint(QStringLiteral("NumeroFactura"));
+    return out;
+}
+
+} // namespace orvo::pos::sale

@@ -1,0 +1,122 @@
+#pragma once
+
+#include "pos/sale/sale_draft.h"
+#include "pos/sale/sale_print.h"
+#include "shell/session/session_context.h"
+
+#include <QSqlDatabase>
+
+// The sale's actions. Each one that writes opens and commits its own transaction; the printer and
+// the paper invoice come after the commit.
+namespace orvo::pos::sale {
+
+// A draft set up for this register and the server's date.
+SaleDraft newDraft(const QSqlDatabase& db, const shell::SessionContext& ctx);
+
+// The number the next invoice of this register will take (the caption of the sale screen).
+long long nextInvoiceNumberPreview(const QSqlDatabase& db, const shell::SessionContext& ctx);
+
+// Looks the typed text up (barcode, or the start of reference+brand+size+colour) and returns the
+// candidates with their model's highest prices.
+QList<ArticlePrices> lookupArticles(const QSqlDatabase& db, const QString& text);
+// Adds an article found by lookupArticles.
+const SaleLine& addArticle(SaleDraft& draft, const ArticlePrices& article,
+                           const Decimal& quantity = Decimal(1));
+
+// The client by code; nullopt when not registered (the screen offers to register it). Refuses a
+// client type the register may not invoice.
+std::optional<SaleClient> findClient(const QSqlDatabase& db, const QString& code);
+// The seller by code or identity number; refuses an inactive or unknown one.
+SaleSeller findSeller(const QSqlDatabase& db, const QString& code);
+
+// F2: what an article costs on each list and how much is left.
+struct PriceQuote {
+    ArticlePrices article;
+    SaleLine line; // as it would be sold now to the draft's client
+};
+QList<PriceQuote> priceQuery(const QSqlDatabase& db, const SaleDraft& draft, const QString& text);
+
+// Removes a line, logging it in MOVVENTASBORRADAS with who authorised it.
+void deleteLine(const QSqlDatabase& db, const shell::SessionContext& ctx, SaleDraft& draft,
+                int index, const QString& authorisedBy);
+// Drops the whole sale, every line logged as deleted; the draft is cleared.
+void cancelSale(const QSqlDatabase& db, const shell::SessionContext& ctx, SaleDraft& draft,
+                const QString& authorisedBy);
+
+// --- parked sales ---
+struct ParkedSale {
+    long long numero = 0;
+    QDateTime fecha;
+    QString cliente;
+    QString clienteNombre;
+    QString vendedorNombre;
+    Decimal totalVenta;
+};
+// Parks the draft (HISTVENTAS/HISTMOVVENTAS) and clears it; returns the parked number.
+long long parkSale(const QSqlDatabase& db, const shell::SessionContext& ctx, SaleDraft& draft);
+QList<ParkedSale> parkedSales(const QSqlDatabase& db, const QString& serie);
+// Loads a parked sale into an empty draft and deletes the parked copy.
+void takeBackParked(const QSqlDatabase& db, const shell::SessionContext& ctx, long long numero,
+                    SaleDraft& draft);
+
+// --- dispatch orders ---
+struct DispatchOrderSummary {
+    long long numero = 0;
+    QString cliente;
+    QDateTime fecha;
+    Decimal totalMercancia;
+    QString observacion;
+    bool exenta = false;
+};
+// Open orders (Status 1) of the last DiasFacturarOrdenDespacho days (all when 0).
+QList<DispatchOrderSummary> openDispatchOrders(const QSqlDatabase& db,
+                                               const shell::SessionContext& ctx);
+// Fills an empty draft with the order's client, lines and exempt flag.
+void loadDispatchOrder(const QSqlDatabase& db, const shell::SessionContext& ctx, long long numero,
+                       SaleDraft& draft);
+
+// --- accept ---
+struct AcceptResult {
+    enum class Status {
+        Saved,
+        // The invoice would take the day over the printer's maximum: the screen says so, runs
+        // forcedZ() and accepts again with forcedZDone.
+        NeedsForcedZ
+    };
+    Status status = Status::Saved;
+    long long number = 0;
+    Decimal total;
+    Decimal change;
+};
+
+// Whether this register prints its invoices on a fiscal printer.
+bool printsFiscally(const shell::SessionContext& ctx);
+
+// Checks the day, the sale and the printer, then saves the invoice in one transaction: number,
+// VENTAS, MOVVENTAS (equal lines merged), stock of kept articles, payments or the receivable,
+// totals, the day's accumulated amount. Saved "pending print". `printer` may be null only for a
+// register that does not print fiscally.
+AcceptResult acceptSale(const QSqlDatabase& db, const shell::SessionContext& ctx,
+                        const SaleDraft& draft, SalePrinter* printer, bool forcedZDone = false);
+
+// The forced Z: prints it and waits; false with the printer's error text when it failed.
+bool forcedZ(SalePrinter& printer);
+
+struct PrintResult {
+    bool fiscalPrinted = false;
+    bool paperPrinted = false;
+    QString error; // empty when everything went out
+    bool ok() const { return error.isEmpty(); }
+};
+
+// After the commit: the fiscal print (or the paper invoice of a contingency sale or a register
+// without fiscal printer), the mark "printed", the customer display. A failure leaves the invoice
+// pending print; printSale can be called again for it and never sells anything twice.
+PrintResult printSale(const QSqlDatabase& db, const shell::SessionContext& ctx, long long number,
+                      bool contingency, SalePrinter* printer, const PaperPrinter& paper,
+                      const Decimal& change = Decimal());
+
+// Invoices of this register saved but not printed yet.
+QList<long long> pendingPrints(const QSqlDatabase& db, const QString& serie);
+
+} // namespace orvo::pos::sale

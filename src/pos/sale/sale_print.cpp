@@ -1,0 +1,181 @@
+#include "pos/sale/sale_print.h"
+
+#include "common/db/sql.h"
+#include "pos/fiscal/fiscal_printer_thread.h"
+#include "pos/payments/payment_rules.h"
+#include "shell/session/session_context.h"
+
+#include <QEventLoop>
+#include <QFileInfo>
+#include <QFutureWatcher>
+#include <QPageSize>
+#include <QPdfWriter>
+#include <QSettings>
+#include <QTextDocument>
+
+namespace orvo::pos::sale {
+
+namespace {
+
+// Waits for a queued printer call with this thread's events running.
+template <class T> T wait(QFuture<T> future) {
+    if (!future.isFinished()) {
+        QEventLoop loop;
+        QFutureWatcher<T> watcher;
+        QObject::connect(&watcher, &QFutureWatcher<T>::finished, &loop, &QEventLoop::quit);
+        watcher.setFuture(future);
+        if (!future.isFinished())
+            loop.exec();
+    }
+    return future.result();
+}
+
+struct Outcome {
+    bool ok = false;
+    QString error;
+};
+
+QString esc(const QString& s) {
+    return s.toHtmlEscaped();
+}
+
+} // namespace
+
+fiscal::PrinterFacts ThreadSalePrinter::facts() {
+    return wait(
+        m_thread.call([](fiscal::FiscalPrinter& p) { return fiscal::readPrinterFacts(p); }));
+}
+
+bool ThreadSalePrinter::printZ() {
+    const Outcome o = wait(m_thread.call([](fiscal::FiscalPrinter& p) {
+        const bool ok = p.printZReport() && p.waitUntilReady(kZReportTimeoutMs);
+        return Outcome{ok, ok ? QString() : p.errorText()};
+    }));
+    m_error = o.error;
+    return o.ok;
+}
+
+bool ThreadSalePrinter::print(const fiscal::FiscalDocument& document) {
+    const Outcome o = wait(m_thread.call([document](fiscal::FiscalPrinter& p) {
+        const bool ok = p.isOpen() && p.printDocument(document);
+        QString error = p.errorText();
+        if (!ok && error.isEmpty())
+            error = QStringLiteral("No existe comunicación con la impresora fiscal...!");
+        return Outcome{ok, ok ? QString() : error};
+    }));
+    m_error = o.error;
+    return o.ok;
+}
+
+bool ThreadSalePrinter::display(const QString& upper, const QString& lower) {
+    return wait(m_thread.call(
+        [upper, lower](fiscal::FiscalPrinter& p) { return p.showOnDisplay(upper, lower); }));
+}
+
+QString displayLine(const QString& label, const QString& symbol, const Decimal& amount) {
+    return (label + symbol + payments::formatAmount(amount)).leftJustified(20, QLatin1Char(' '));
+}
+
+QString paperInvoiceHtml(const QSqlDatabase& db, const shell::SessionContext& ctx, long long number,
+                         bool contingency, bool largeFormat) {
+    const QString serie = ctx.serial;
+    db::Sql h(db, QStringLiteral("SELECT V.Fecha, V.Cliente, V.TotalMercancia, V.TotalDescuento, "
+                                 "V.TotalImpuesto, C.Nombre, C.Direccion FROM VENTAS V LEFT JOIN "
+                                 "CLIENTES C ON C.Codigo = V.Cliente "
+                                 "WHERE V.NumeroFactura = ? AND V.Serie = ?"));
+    h.bind(number).bind(serie).exec();
+    if (!h.next())
+        return {};
+    const Decimal merchandise = h.decimal(QStringLiteral("TotalMercancia"));
+    const Decimal discount = h.decimal(QStringLiteral("TotalDescuento"));
+    const Decimal tax = h.decimal(QStringLiteral("TotalImpuesto"));
+    QString html;
+    html += QStringLiteral("<html><body style=\"font-family: monospace; font-size: %1pt\">")
+                .arg(largeFormat ? 10 : 8);
+    html +=
+        QStringLiteral("<p><b>%1</b><br>%2 %3<br>%4</p>")
+            .arg(esc(ctx.nombre), esc(ctx.nombreIdFiscal), esc(ctx.idEmpresa), esc(ctx.direccion));
+    if (contingency)
+        html += QStringLiteral("<h3>CONTINGENCIA</h3>");
+    html +=
+        QStringLiteral("<p>FACTURA: %1 &nbsp; SERIE: %2<br>FECHA: %3<br>CLIENTE: %4 %5<br>%6</p>")
+            .arg(QString::number(number).rightJustified(8, QLatin1Char('0')), esc(serie),
+                 h.dateTime(QStringLiteral("Fecha")).toString(QStringLiteral("dd/MM/yyyy hh:mm")),
+                 esc(h.text(QStringLiteral("Cliente")).trimmed()),
+                 esc(h.text(QStringLiteral("Nombre")).trimmed()),
+                 esc(h.text(QStringLiteral("Direccion")).trimmed()));
+    html += QStringLiteral("<table width=\"100%\" cellspacing=\"0\"><tr><th align=\"left\">"
+                           "DESCRIPCION</th><th align=\"right\">CANT</th><th align=\"right\">"
+                           "PRECIO</th><th align=\"right\">TOTAL</th></tr>");
+    db::Sql l(db, QStringLiteral("SELECT M.CodigoBarra, M.PrecioLista, M.Cantidad, I.Nombre FROM "
+                                 "MOVVENTAS M LEFT JOIN INVENTARIO I ON I.CodigoBarra = "
+                                 "M.CodigoBarra WHERE M.NumeroFactura = ? AND M.Serie = ? "
+                                 "ORDER BY M.Item"));
+    l.bind(number).bind(serie).exec();
+    while (l.next()) {
+        const Decimal price = l.decimal(QStringLiteral("PrecioLista"));
+        const Decimal qty = l.decimal(QStringLiteral("Cantidad"));
+        html += QStringLiteral("<tr><td>%1</td><td align=\"right\">%2</td><td align=\"right\">%3"
+                               "</td><td align=\"right\">%4</td></tr>")
+                    .arg(esc(l.text(QStringLiteral("Nombre")).trimmed()), qty.toString(),
+                         payments::formatAmount(price),
+                         payments::formatAmount((price * qty).rounded(2)));
+    }
+    html +=
+        QStringLiteral("</table><p>SUBTOTAL: %1<br>DESCUENTO: %2<br>IMPUESTO: %3<br>"
+                       "<b>TOTAL: %4</b></p>")
+            .arg(payments::formatAmount(merchandise), payments::formatAmount(discount),
+                 payments::formatAmount(tax), payments::formatAmount(merchandise - discount + tax));
+    // The payments (crpPagosVentas).
+    db::Sql p(
+        db, QStringLiteral(
+                "SELECT P.FormaPago, F.Nombre, P.Documento, P.Monto FROM "
+                "PAGOSVENTA P LEFT JOIN FORMAPAGO F ON CAST(F.Codigo AS VARCHAR(10)) = P.FormaPago "
+                "WHERE P.NumeroFactura = ? AND P.Serie = ? ORDER BY P.Item"));
+    p.bind(number).bind(serie).exec();
+    html += QStringLiteral("<p>PAGOS:<br>");
+    while (p.next())
+        html += QStringLiteral("%1 %2 %3<br>")
+                    .arg(esc(p.text(QStringLiteral("Nombre")).trimmed()),
+                         esc(p.text(QStringLiteral("Documento")).trimmed()),
+                         payments::formatAmount(p.decimal(QStringLiteral("Monto"))));
+    html += QStringLiteral("</p><p>%1<br>%2</p></body></html>").arg(esc(ctx.nota1), esc(ctx.nota2));
+    return html;
+}
+
+bool writePdf(const QString& html, const QString& path, bool largeFormat) {
+    QPdfWriter writer(path);
+    if (largeFormat)
+        writer.setPageSize(QPageSize(QPageSize::Letter));
+    else
+        writer.setPageSize(QPageSize(QSizeF(80, 200), QPageSize::Millimeter));
+    writer.setResolution(150);
+    QTextDocument doc;
+    doc.setHtml(html);
+    doc.setPageSize(QSizeF(writer.width(), writer.height()));
+    doc.print(&writer);
+    return QFileInfo(path).size() > 0;
+}
+
+QString invoicePrinterSetting() {
+    QSettings s(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("ServidorOrvo"));
+    return s.value(QStringLiteral("Orvo/ImpresoraFactura")).toString().trimmed();
+}
+
+void saveInvoicePrinterSetting(const QString& printer) {
+    QSettings s(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("ServidorOrvo"));
+    s.setValue(QStringLiteral("Orvo/ImpresoraFactura"), printer);
+    s.sync();
+}
+
+bool printToPdfSetting(const QString& setting, const QString& html, bool largeFormat,
+                       long long number) {
+    if (!setting.endsWith(QLatin1String(".pdf"), Qt::CaseInsensitive))
+        return false;
+    const QFileInfo f(setting);
+    const QString path = f.absolutePath() + QLatin1Char('/') + f.completeBaseName() +
+                         QStringLiteral("_%1.pdf").arg(number, 8, 10, QLatin1Char('0'));
+    return writePdf(html, path, largeFormat);
+}
+
+} // namespace orvo::pos::sale

@@ -1,0 +1,77 @@
+#pragma once
+
+#include "pos/fiscal/commands.h"
+#include "pos/fiscal/register_check.h"
+
+#include <QSqlDatabase>
+#include <QString>
+#include <functional>
+
+namespace orvo::pos::fiscal {
+class FiscalPrinterThread;
+}
+
+namespace orvo::shell {
+struct SessionContext;
+}
+
+// What the sale does after its transaction: the fiscal print, the paper invoice, the customer
+// display; and the printer checks it needs before.
+namespace orvo::pos::sale {
+
+// The register's fiscal printer as the sale uses it.
+class SalePrinter {
+public:
+    virtual ~SalePrinter() = default;
+    virtual fiscal::PrinterFacts facts() = 0;
+    // The Z report, then waits until the printer is ready again.
+    virtual bool printZ() = 0;
+    virtual bool print(const fiscal::FiscalDocument& document) = 0;
+    virtual bool display(const QString& upper, const QString& lower) = 0;
+    // Why the last call failed, in the user's words.
+    virtual QString errorText() const = 0;
+};
+
+// The printer on its own thread: each call is queued there and waited for while this thread's
+// events keep running, so the screen keeps painting during a forced Z.
+class ThreadSalePrinter : public SalePrinter {
+public:
+    explicit ThreadSalePrinter(fiscal::FiscalPrinterThread& thread) : m_thread(thread) {}
+    fiscal::PrinterFacts facts() override;
+    bool printZ() override;
+    bool print(const fiscal::FiscalDocument& document) override;
+    bool display(const QString& upper, const QString& lower) override;
+    QString errorText() const override { return m_error; }
+
+private:
+    fiscal::FiscalPrinterThread& m_thread;
+    QString m_error;
+};
+
+// How long a Z may keep the printer busy.
+inline constexpr int kZReportTimeoutMs = 60000;
+
+// The paper invoice as a printable document: "crpFacturaPEQ" (small) or "crpFacturaGRD" (large),
+// with the payments, and the word "CONTINGENCIA" on a contingency sale.
+QString paperInvoiceHtml(const QSqlDatabase& db, const shell::SessionContext& ctx, long long number,
+                         bool contingency, bool largeFormat);
+// Writes the document as a PDF file; false when the file cannot be written.
+bool writePdf(const QString& html, const QString& path, bool largeFormat);
+
+// Where paper invoices go: the per-user setting ImpresoraFactura (ServidorOrvo / Orvo), a printer
+// name or a .pdf path.
+QString invoicePrinterSetting();
+void saveInvoicePrinterSetting(const QString& printer);
+
+// Sends a paper invoice to its destination (a printer, or a PDF file).
+using PaperPrinter = std::function<bool(const QString& html, bool largeFormat, long long number)>;
+// ImpresoraFactura naming a .pdf file: one file per invoice beside it ("factura.pdf" gives
+// "factura_00000012.pdf"). False for any other setting (printers are the screen's).
+bool printToPdfSetting(const QString& setting, const QString& html, bool largeFormat,
+                       long long number);
+
+// The customer display's two lines: "Total: " and "Cambio: ", the currency symbol and the amount,
+// padded to 20 characters.
+QString displayLine(const QString& label, const QString& symbol, const Decimal& amount);
+
+} // namespace orvo::pos::sale

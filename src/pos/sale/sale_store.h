@@ -1,0 +1,146 @@
+#pragma once
+
+#include "pos/sale/sale_types.h"
+
+#include <QDateTime>
+#include <QSqlDatabase>
+#include <optional>
+
+// The sale's SQL. Readers run anywhere; writers require the action's open transaction.
+namespace orvo::pos::sale::store {
+
+// --- readers ---
+
+// Active articles that can be sold (stock above zero, or not kept in stock): the barcode itself
+// first, otherwise the articles whose Referencia+CodigoMarca+Talla+CodigoColor starts with the
+// text, by barcode, at most `limit`.
+QList<ArticlePrices> findArticles(const QSqlDatabase& db, const QString& text, int limit = 200);
+std::optional<ArticlePrices> articleByBarcode(const QSqlDatabase& db, const QString& barcode);
+// The other sizes and colours of the article's model, highest prices per promotion flag.
+QList<ModelPrices> modelPrices(const QSqlDatabase& db, const ArticlePrices& article);
+
+std::optional<SaleClient> clientByCode(const QSqlDatabase& db, const QString& code);
+// Active workers of position "003", by code or identity number.
+std::optional<SaleSeller> sellerByCode(const QSqlDatabase& db, const QString& code);
+QList<SaleSeller> sellers(const QSqlDatabase& db);
+
+struct RegisterDay {
+    int status = 0;
+    Decimal acumulado;
+};
+// DIARIOCAJA of the register on `day`.
+std::optional<RegisterDay> registerDay(const QSqlDatabase& db, const QString& serie,
+                                       const QDate& day);
+// MontoMaximoDiario of the register's fiscal printer; nullopt without one.
+std::optional<Decimal> printerDailyMaximum(const QSqlDatabase& db, const QString& serie);
+// The latest registered exchange rate (0 without one).
+Decimal latestExchangeRate(const QSqlDatabase& db);
+// FORMAPAGO.Codigo of a payment way by its name ("" when unknown).
+QString paymentWayCode(const QSqlDatabase& db, const QString& name);
+// VENTAS.Impresa: 0 while the invoice waits for its print.
+bool isPrinted(const QSqlDatabase& db, const QString& serie, long long number);
+// TotalMercancia − TotalDescuento + TotalImpuesto of a stored invoice.
+Decimal invoiceTotal(const QSqlDatabase& db, const QString& serie, long long number);
+
+// --- writers (inside the action's transaction) ---
+
+struct SaleHeader {
+    long long number = 0;
+    QString serie;
+    QDateTime fecha;
+    QString vendedor;
+    QString cliente;
+    int tipoVenta = 1;
+    QString formaPago; // FORMAPAGO code
+    int diasCredito = 0;
+    QString usuario;
+    long long numeroOrden = 0;
+    Decimal totalPago;
+};
+void insertSale(const QSqlDatabase& db, const SaleHeader& h);
+// Adds the quantity to an equal line already written (same article, list, prices and discount)
+// or inserts the line with the next item number. Returns the item written.
+int addLine(const QSqlDatabase& db, long long number, const QString& serie, const QDateTime& hora,
+            const SaleLine& line);
+// Only articles whose stock is kept (Tipo 0) lose stock.
+void decreaseStock(const QSqlDatabase& db, const QString& barcode, const Decimal& quantity);
+// BANCOS and CTABANCOS code '0' "NINGUNO": inserted when missing, set inactive when present.
+void ensurePlaceholderBank(const QSqlDatabase& db);
+struct PaymentRecord {
+    int item = 0;
+    QString formaPago; // FORMAPAGO code
+    QString documento;
+    QString aprobacion;
+    QString banco;
+    QString puntoVenta;
+    Decimal monto;
+    QString merchantJson;
+};
+void insertPayment(const QSqlDatabase& db, long long number, const QString& serie,
+                   const QDateTime& fecha, const PaymentRecord& p);
+void insertReceivable(const QSqlDatabase& db, long long number, const QString& serie,
+                      const QString& client, const Decimal& amount, int days,
+                      const QDateTime& fecha);
+// The stored totals, summed from the invoice's lines; TotalDolares at `rate` when above zero.
+SaleTotals writeTotals(const QSqlDatabase& db, long long number, const QString& serie,
+                       const Decimal& rate);
+void addToAccumulated(const QSqlDatabase& db, const QString& serie, const QDate& day,
+                      const Decimal& amount);
+void resetAccumulated(const QSqlDatabase& db, const QString& serie, const QDate& day);
+void closeDispatchOrder(const QSqlDatabase& db, long long order);
+void markPrinted(const QSqlDatabase& db, const QString& serie, long long number);
+
+struct DeletedLineContext {
+    long long number = 0; // the invoice the lines were keyed for
+    QString serie;
+    QString vendedor;
+    QString cliente;
+    QString cajero;
+    QString autoriza;
+};
+void insertDeletedLine(const QSqlDatabase& db, const DeletedLineContext& c, int item,
+                       const SaleLine& line);
+
+// --- parked sales and dispatch orders ---
+
+// The article as the catalogue holds it, whatever its state (lines saved earlier).
+std::optional<ArticlePrices> articleAnyState(const QSqlDatabase& db, const QString& barcode);
+
+struct ParkedHeader {
+    long long numero = 0;
+    QString serie;
+    QDateTime fecha;
+    QString vendedor;
+    QString cliente;
+    int tipoVenta = 1;
+    QString formaPago;
+    int diasCredito = 0;
+    QString usuario;
+    long long numeroOrden = 0;
+    bool exenta = false;
+};
+// The next HISTVENTAS number.
+long long nextParkedNumber(const QSqlDatabase& db);
+void insertParked(const QSqlDatabase& db, const ParkedHeader& h);
+void insertParkedLine(const QSqlDatabase& db, long long numero, const QString& serie, int item,
+                      const QDateTime& hora, const SaleLine& line);
+std::optional<ParkedHeader> parkedHeader(const QSqlDatabase& db, long long numero,
+                                         const QString& serie);
+// The parked lines by item, with what the catalogue says of each article.
+QList<SaleLine> parkedLines(const QSqlDatabase& db, long long numero, const QString& serie);
+void deleteParked(const QSqlDatabase& db, long long numero, const QString& serie);
+
+struct DispatchOrderHeader {
+    long long numero = 0;
+    QString cliente;
+    QDateTime fecha;
+    Decimal totalMercancia;
+    QString observacion;
+    bool exenta = false;
+};
+// Open orders (Status 1) dated from `since` (all when null).
+QList<DispatchOrderHeader> openDispatchOrders(const QSqlDatabase& db, const QDate& since);
+std::optional<DispatchOrderHeader> dispatchOrder(const QSqlDatabase& db, long long numero);
+QList<SaleLine> dispatchOrderLines(const QSqlDatabase& db, long long numero);
+
+} // namespace orvo::pos::sale::store
