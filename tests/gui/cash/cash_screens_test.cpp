@@ -99,6 +99,8 @@ TEST_F(CashScreensTest, AWholeDayFromOpeningToClosingWithItsReports) {
     QSignalSpy done(&closing, &ClosingScreen::closingFinished);
     click(closing, "cmdAceptar");
     // The Z runs on the printer's thread: the screen is busy, not frozen.
+    EXPECT_TRUE(closing.busy());
+    EXPECT_FALSE(find<QPushButton>(closing, "cmdAceptar")->isEnabled());
     QTRY_COMPARE_WITH_TIMEOUT(done.count(), 1, 20000);
     EXPECT_TRUE(done.first().first().toBool()) << dialogs.texts().join('|').toStdString();
     EXPECT_TRUE(dialogs.allAnswered());
