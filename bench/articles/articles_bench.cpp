@@ -3,9 +3,9 @@
 #include "common/db/connection.h"
 #include "common/db/sql.h"
 #include "common/db/transaction.h"
+#include "common/grid/grid_model.h"
 #include "common/schema/migrate.h"
 #include "inventory/articles/articles.h"
-#include "inventory/articles/model_list_model.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -77,8 +77,17 @@ int main(int argc, char** argv) {
     t.start();
     inventory::ModelList list = inventory::listModels(db, QStringLiteral("SUPERVISOR"));
     const qint64 queried = t.nsecsElapsed();
-    inventory::ModelListModel model;
-    model.setList(std::move(list));
+    // The rows as the browser grid holds them.
+    grid::GridModel model;
+    model.setColumns({{QStringLiteral("Referencia")},
+                      {QStringLiteral("Marca")},
+                      {QStringLiteral("Nombre")},
+                      {QStringLiteral("Existencia"), grid::GridColumn::Type::Number, 2}});
+    QList<QVariantList> rows;
+    rows.reserve(list.rows.size());
+    for (const inventory::ModelRow& r : list.rows)
+        rows.append({r.reference, r.brandName, r.name, QVariant::fromValue(r.stock)});
+    model.setRows(rows);
     std::printf("  browser: %d models loaded in %.1f ms (query %.1f ms)\n", model.rowCount(),
                 t.nsecsElapsed() / 1e6, queried / 1e6);
 

@@ -99,6 +99,7 @@ ArticlesScreen::ArticlesScreen(QSqlDatabase db, QString userCode, QWidget* paren
     m_seePrices = shell::users::maySeePrices(m_db, m_userCode);
     m_seeCosts = shell::users::maySeeCosts(m_db, m_userCode);
     buildForm();
+    installFieldBehaviour();
     loadCatalogues();
     enableInputs(false, true);
     requery();
@@ -113,16 +114,10 @@ void ArticlesScreen::buildForm() {
     auto* outer = new QVBoxLayout(this);
     outer->addWidget(split);
 
-    m_list = new ModelListModel(this);
-    m_browser = new QTableView(split);
+    m_browser = new grid::GridView(split);
     m_browser->setObjectName(QStringLiteral("grdConsulta"));
-    m_browser->setModel(m_list);
     m_browser->setSelectionBehavior(QAbstractItemView::SelectRows);
     m_browser->setSelectionMode(QAbstractItemView::SingleSelection);
-    m_browser->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    m_browser->verticalHeader()->setDefaultSectionSize(20);
-    m_browser->verticalHeader()->hide();
-    m_browser->horizontalHeader()->setStretchLastSection(true);
     connect(m_browser, &QTableView::clicked, this, [this](const QModelIndex& i) {
         if (!isEditing())
             guarded(this, [&] { navigateTo(i.row()); });
@@ -317,17 +312,71 @@ void ArticlesScreen::loadCatalogues() {
     m_filling = false;
 }
 
+int ArticlesScreen::recordCount() const {
+    return m_browser->gridModel()->rowCount();
+}
+
+QPair<QString, QString> ArticlesScreen::keyAt(int row) const {
+    const grid::GridModel* g = m_browser->gridModel();
+    return {g->value(row, 0).toString(), g->value(row, g->columnCount() - 1).toString()};
+}
+
+int ArticlesScreen::rowOf(const QString& reference, const QString& brand) const {
+    for (int r = 0; r < recordCount(); ++r)
+        if (keyAt(r) == qMakePair(reference, brand))
+            return r;
+    return -1;
+}
+
 void ArticlesScreen::requery() {
-    const ModelList current = m_list->list();
-    QString reference, brand;
-    if (m_current >= 0 && m_current < current.rows.size()) {
-        reference = current.rows[m_current].reference;
-        brand = current.rows[m_current].brand;
+    const auto current =
+        m_current >= 0 && m_current < recordCount() ? keyAt(m_current) : QPair<QString, QString>();
+    const ModelList list = listModels(m_db, m_userCode);
+    using Type = grid::GridColumn::Type;
+    QList<grid::GridColumn> columns = {{QStringLiteral("Referencia")},
+                                       {QStringLiteral("Marca")},
+                                       {QStringLiteral("Nombre")},
+                                       {QStringLiteral("Variaciones"), Type::Number, 0},
+                                       {QStringLiteral("Existencia"), Type::Number, 2}};
+    if (list.withPrices)
+        columns.append({QStringLiteral("Precio Detal"), Type::Number, 2});
+    if (list.withCosts)
+        columns.append({QStringLiteral("Costo Promedio"), Type::Number, 2});
+    columns.append({QStringLiteral("~HDNCodigoMarca"), Type::Text, 0, true});
+    QList<QVariantList> rows;
+    rows.reserve(list.rows.size());
+    for (const ModelRow& r : list.rows) {
+        QVariantList v = {r.reference, r.brandName.isEmpty() ? r.brand : r.brandName, r.name,
+                          QVariant::fromValue(Decimal(r.variants)), QVariant::fromValue(r.stock)};
+        if (list.withPrices)
+            v.append(QVariant::fromValue(r.retailPrice));
+        if (list.withCosts)
+            v.append(QVariant::fromValue(r.averageCost));
+        v.append(r.brand);
+        rows.append(std::move(v));
     }
-    m_list->setList(listModels(m_db, m_userCode));
-    m_current = m_list->list().indexOf(reference, brand);
+    m_browser->setColumns(columns);
+    m_browser->gridModel()->setRows(rows);
+    m_current = rowOf(current.first, current.second);
     if (m_current < 0 && recordCount() > 0)
         m_current = 0;
+}
+
+void ArticlesScreen::runSearch() {
+    // The reference (and brand, when chosen) typed while searching find the model.
+    const QString reference = m_reference->text().trimmed();
+    const QString brand = m_brand->currentData().toString();
+    for (int r = 0; r < recordCount(); ++r) {
+        const auto key = keyAt(r);
+        if ((reference.isEmpty() || key.first == reference) &&
+            (brand.isEmpty() || key.second == brand)) {
+            navigateTo(r);
+            return;
+        }
+    }
+    dialogs().information(this, QStringLiteral("No existe ningún valor similar al\nelemento "
+                                               "buscado."));
+    navigateTo(m_current);
 }
 
 void ArticlesScreen::navigateTo(int row) {
@@ -341,8 +390,8 @@ void ArticlesScreen::navigateTo(int row) {
 void ArticlesScreen::afterNavigate() {
     if (m_current < 0 || m_current >= recordCount())
         return;
-    const ModelRow& r = m_list->list().rows[m_current];
-    if (const auto lm = loadModel(m_db, r.reference, r.brand))
+    const auto key = keyAt(m_current);
+    if (const auto lm = loadModel(m_db, key.first, key.second))
         showModel(*lm);
 }
 
@@ -413,6 +462,9 @@ void ArticlesScreen::rebuildGrid() {
     for (int r = 0; r < m_grid.rowCount(); ++r)
         for (int c = 0; c < m_grid.columnCount(); ++c)
             m_gridView->setItem(r, c, new QTableWidgetItem(m_grid.barcode(r, c)));
+    m_gridView->resizeColumnsToContents();
+    for (int c = 0; c < m_grid.columnCount(); ++c)
+        m_gridView->setColumnWidth(c, std::max(m_gridView->columnWidth(c), 120));
     for (int i = 0; i < m_sizes->count(); ++i) {
         QListWidgetItem* item = m_sizes->item(i);
         item->setCheckState(m_grid.rowOf(item->data(Qt::UserRole).toString()) >= 0 ? Qt::Checked
@@ -620,14 +672,15 @@ void ArticlesScreen::save() {
               ArticleWriter::here(m_userCode, objectName()));
     // Show the saved model after the requery.
     requery();
-    m_current = m_list->list().indexOf(m.reference, m.brand);
+    m_current = rowOf(m.reference, m.brand);
 }
 
 void ArticlesScreen::remove() {
     if (m_current < 0 || m_current >= recordCount())
         throw UserError(QStringLiteral("Registro no se puede eliminar!"));
-    const ModelRow r = m_list->list().rows[m_current];
-    if (deleteModel(m_db, r.reference, r.brand, ArticleWriter::here(m_userCode, objectName())) == 0)
+    const auto key = keyAt(m_current);
+    if (deleteModel(m_db, key.first, key.second, ArticleWriter::here(m_userCode, objectName())) ==
+        0)
         throw UserError(QStringLiteral("Registro no se puede eliminar!"));
     m_current = -1;
     clearModelForm();
@@ -636,9 +689,9 @@ void ArticlesScreen::remove() {
 void ArticlesScreen::print() {
     if (m_current < 0 || m_current >= recordCount())
         return;
-    const ModelRow& r = m_list->list().rows[m_current];
+    const auto key = keyAt(m_current);
     QTextDocument doc;
-    doc.setHtml(articleReport(m_db, r.reference, r.brand, m_userCode));
+    doc.setHtml(articleReport(m_db, key.first, key.second, m_userCode));
     QPrinter printer;
     if (dialogs().choosePrinter(this, printer))
         doc.print(&printer);

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "common/grid_ui/grid_view.h"
 #include "inventory/articles/articles.h"
-#include "inventory/articles/model_list_model.h"
 #include "shell/record_form/record_screen.h"
 
 #include <QSqlDatabase>
@@ -26,7 +26,7 @@ class ArticlesScreen : public shell::RecordScreen {
 public:
     ArticlesScreen(QSqlDatabase db, QString userCode, QWidget* parent = nullptr);
 
-    int recordCount() const override { return m_list->rowCount(); }
+    int recordCount() const override;
     // Shows the model at `row` of the browser.
     void navigateTo(int row);
 
@@ -65,6 +65,10 @@ private:
     void selectCategory(const QString& code);
     QString selectedCategory() const;
     void clearModelForm();
+    // Reference and brand code of the browser's row.
+    QPair<QString, QString> keyAt(int row) const;
+    int rowOf(const QString& reference, const QString& brand) const;
+    void runSearch() override;
 
     QSqlDatabase m_db;
     QString m_userCode;
@@ -74,8 +78,7 @@ private:
     bool m_filling = false;
     int m_current = -1;
 
-    ModelListModel* m_list = nullptr;
-    QTableView* m_browser = nullptr;
+    grid::GridView* m_browser = nullptr;
     QLineEdit* m_reference = nullptr;
     QComboBox* m_brand = nullptr;
     QLineEdit* m_name = nullptr;

@@ -59,6 +59,7 @@ LotsScreen::LotsScreen(QSqlDatabase db, QString userCode, QWidget* parent)
     }
     form->addRow(QStringLiteral("Estado"), states);
     layout->addLayout(form);
+    installFieldBehaviour();
     enableInputs(false, true);
     requery();
     if (recordCount() > 0)

@@ -247,7 +247,7 @@ void seedArticles(const QSqlDatabase& db, const QDate& today) {
                            QString::fromLatin1(s.reference),
                            QStringLiteral("0"),
                            QStringLiteral("U"),
-                           QStringLiteral("000"),
+                           QStringLiteral("0"),
                            QStringLiteral("000"),
                            1,
                            created,

@@ -5,8 +5,10 @@
 #include "common/errors/errors.h"
 #include "common/security/scrambler.h"
 #include "shell/demo/demo_parts.h"
+#include "shell/startup/app_home.h"
 #include "shell/startup/user_settings.h"
 
+#include <QDir>
 #include <QSysInfo>
 
 namespace orvo::shell::demo {
@@ -346,8 +348,10 @@ void seedCatalogue(const QSqlDatabase& db) {
         s("SIN COLOR"),     s("NEGRO"),       s("BLANCO"),   s("AZUL MARINO OSCURO"), s("ROJO"),
         s("GRIS JASPEADO"), s("VERDE OLIVA"), s("BEIGE"),    s("AZUL CLARO"),         s("ROSADO"),
         s("MOSTAZA"),       s("AZUL INDIGO"), s("VINOTINTO")};
+    // '0' is the placeholder colour of articles without one; the article screen hides it.
     for (int i = 0; i < colourNames.size(); ++i)
-        colours.insert({QStringLiteral("%1").arg(i, 3, 10, QLatin1Char('0')), colourNames[i], 1});
+        colours.insert({i == 0 ? s("0") : QStringLiteral("%1").arg(i, 3, 10, QLatin1Char('0')),
+                        colourNames[i], 1});
 
     RowWriter sizes(db, QStringLiteral("TALLAS"), cols({"Codigo", "Talla"}));
     const QList<QPair<const char*, const char*>> sizeList = {
@@ -465,6 +469,13 @@ bool isDemoStore(const QSqlDatabase& db) {
 
 void bindWorkstationToDemoRegister() {
     settings::write(QStringLiteral("Serie"), s(kDemoSerial));
+    // The sale screen needs somewhere to print paper invoices; a printer chosen before stays.
+    if (settings::read(QStringLiteral("ImpresoraFactura")).isEmpty()) {
+        const QString folder = appHome() + QStringLiteral("/Facturas");
+        QDir().mkpath(folder);
+        settings::write(QStringLiteral("ImpresoraFactura"),
+                        folder + QStringLiteral("/factura.pdf"));
+    }
 }
 
 } // namespace orvo::shell::demo

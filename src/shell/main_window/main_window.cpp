@@ -14,6 +14,7 @@
 #include "shell/startup/server_config_screen.h"
 #include "shell/startup/user_settings.h"
 #include "shell/startup/version_registry.h"
+#include "shell/users/roles.h"
 
 #include <QAction>
 #include <QCloseEvent>
@@ -266,6 +267,7 @@ void MainWindow::startUserSession(const QString& code, const QString& name) {
     loadSession(mainDb(), ctx);
     refreshStatusBar();
     rebuildMenu();
+    checkPendingFiles();
 }
 
 void MainWindow::endUserSession() {
@@ -276,6 +278,7 @@ void MainWindow::endUserSession() {
     loadSession(mainDb(), ctx);
     refreshStatusBar();
     rebuildMenu();
+    checkPendingFiles();
 }
 
 void MainWindow::sessionButton() {
@@ -328,6 +331,11 @@ void MainWindow::buildFixedMenus() {
     item(sistema, "A7", QStringLiteral("Salir del sistema"), [this] { close(); });
     for (QAction* a : std::as_const(m_sessionOnlyActions))
         a->setVisible(isLoggedIn());
+    // The menu structure belongs to the systems group.
+    bool systems = false;
+    if (isLoggedIn())
+        guarded(this, [&] { systems = users::isSystems(mainDb(), session().userCode); });
+    m_sessionOnlyActions[1]->setVisible(systems);
 
     QMenu* ayuda = menuBar()->addMenu(QStringLiteral("A&yuda"));
     ayuda->setObjectName(QStringLiteral("mnuAyuda"));
@@ -447,6 +455,8 @@ void MainWindow::chooseMenuFont() {
 
 void MainWindow::openNode(const QString& nodeCode) {
     guarded(this, [&] {
+        if (!isLoggedIn() || !nodeGranted(mainDb(), session().userCode, nodeCode))
+            return;
         const auto form = formOfNode(mainDb(), nodeCode);
         if (form)
             openForm(*form);
@@ -538,7 +548,7 @@ void MainWindow::checkPendingFiles() {
         scanPendingFiles(session().appFolder.isEmpty() ? appHome() : session().appFolder);
     for (const TaskButton& b : kTaskButtons) {
         if (QAction* a = m_taskBar->findChild<QAction*>(QString::fromLatin1(b.key)))
-            a->setEnabled(pending.buttons.contains(QString::fromLatin1(b.key)));
+            a->setEnabled(isLoggedIn() && pending.buttons.contains(QString::fromLatin1(b.key)));
     }
     if (pending.lines.isEmpty()) {
         m_pendingNotice.clear();

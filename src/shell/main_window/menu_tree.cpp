@@ -83,4 +83,13 @@ std::optional<QString> formOfNode(const QSqlDatabase& db, const QString& nodeCod
     return q.text(QStringLiteral("Forma")).trimmed();
 }
 
+bool nodeGranted(const QSqlDatabase& db, const QString& userCode, const QString& nodeCode) {
+    const QVariant ver = db::scalar(
+        db,
+        QStringLiteral("SELECT MAX(GS.Ver) AS Ver FROM GRUPOSEG GS INNER JOIN USUARIOGRUPO UG ON "
+                       "GS.CodGrupo = UG.CodGrupo WHERE UG.CodUsuario = ? AND GS.CodNodo = ?"),
+        {userCode, nodeCode});
+    return ver.toString().trimmed() == QLatin1String("S");
+}
+
 } // namespace orvo::shell

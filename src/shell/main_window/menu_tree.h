@@ -29,4 +29,8 @@ QList<MenuNode> loadUserMenu(const QSqlDatabase& db, const QString& userCode, bo
 // The screen a leaf node (EsPadre 0) opens; nothing for a folder or an unknown node.
 std::optional<QString> formOfNode(const QSqlDatabase& db, const QString& nodeCode);
 
+// Whether any of the user's groups grants the node ('S'). Opening a screen checks it again, so a
+// node reached by other means than the menu stays closed to those without the grant.
+bool nodeGranted(const QSqlDatabase& db, const QString& userCode, const QString& nodeCode);
+
 } // namespace orvo::shell

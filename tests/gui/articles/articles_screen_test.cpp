@@ -1,6 +1,8 @@
 #include "inventory/articles/article_screens.h"
 #include "inventory/articles/article_support.h"
 #include "inventory/articles/articles_screen.h"
+#include "inventory/articles/barcode_change_screen.h"
+#include "inventory/articles/lots_screen.h"
 #include "inventory/articles/serials_screen.h"
 #include "shell/screens/screen_registry.h"
 #include "support/scripted_dialogs.h"
@@ -9,6 +11,8 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QPushButton>
+#include <QRadioButton>
 #include <QTableWidget>
 #include <QTest>
 #include <QTreeWidget>
@@ -158,4 +162,55 @@ TEST_F(ArticlesScreenTest, SerialScreenScansAndApproves) {
     EXPECT_TRUE(dialogs.allAnswered());
     EXPECT_EQ(count("CODIGOSERIAL", "Status = 1"), 2);
     EXPECT_EQ(child<QLabel>(s, "lblStatus")->text(), "APROBADA");
+}
+
+TEST_F(ArticlesScreenTest, BarcodeChangeScreenChangesTypedCodes) {
+    saveModel(db(), model("REF-1"), grid("77"), true, writer());
+    test::ScriptedDialogs dialogs;
+    BarcodeChangeScreen s(db(), "ANA");
+    s.show();
+    auto* brand = child<QComboBox>(s, "cboMarca");
+    brand->setCurrentIndex(brand->findData("A1"));
+    typeInto(child<QLineEdit>(s, "txtReferencia"), "REF-1");
+    QTest::keyClick(child<QLineEdit>(s, "txtReferencia"), Qt::Key_Return);
+    EXPECT_EQ(dialogs.lastText(),
+              "No existen codigos con esta Referencia con la marca seleccionada...!");
+    auto* codes = child<QTableWidget>(s, "SpreadCodigos");
+    EXPECT_EQ(codes->rowCount(), 0);
+    brand->setCurrentIndex(brand->findData("N1"));
+    QTest::keyClick(child<QLineEdit>(s, "txtReferencia"), Qt::Key_Return);
+    ASSERT_EQ(codes->rowCount(), 6);
+    ASSERT_EQ(codes->item(0, 2)->text(), "7701");
+    codes->item(0, 4)->setText("7710"); // taken
+    EXPECT_EQ(dialogs.lastText(), " El Código: 7710 ya existe...!");
+    EXPECT_EQ(codes->item(0, 4)->text(), "");
+    codes->item(0, 4)->setText("NUEVO1");
+    child<QPushButton>(s, "cmdGuardar")->click();
+    EXPECT_EQ(count("INVENTARIO", "CodigoBarra = 'NUEVO1' AND CodigoBarraAnt = '7701'"), 1);
+    EXPECT_EQ(count("INVENTARIO", "CodigoBarra = '7701'"), 0);
+    EXPECT_EQ(count("LOG_ARTICULOS", "Formulario = 'frmCambiarCodigos'"), 1);
+}
+
+TEST_F(ArticlesScreenTest, LotsAreKeptThroughTheRecordToolbarActions) {
+    test::ScriptedDialogs dialogs;
+    LotsScreen s(db(), "ANA");
+    s.show();
+    ASSERT_TRUE(s.perform(Action::New));
+    typeInto(child<QLineEdit>(s, "txtLote"), "L-01");
+    typeInto(child<QLineEdit>(s, "txtDescripcion"), "Temporada");
+    ASSERT_TRUE(s.perform(Action::Save)) << dialogs.lastText().toStdString();
+    EXPECT_EQ(count("LOTES", "Lote = 'L-01' AND Estado = 1 AND UsuarioCreacion = 'ANA'"), 1);
+    ASSERT_EQ(s.recordCount(), 1);
+    ASSERT_TRUE(s.perform(Action::Modify));
+    EXPECT_FALSE(child<QLineEdit>(s, "txtLote")->isEnabled());
+    child<QRadioButton>(s, "optEstado_0")->setChecked(true);
+    ASSERT_TRUE(s.perform(Action::Save)) << dialogs.lastText().toStdString();
+    EXPECT_EQ(count("LOTES", "Estado = 0"), 1);
+    AssignLotDialog none(db());
+    EXPECT_EQ(none.findChild<QListWidget*>("lstLotes")->count(), 0); // closed lots are not offered
+
+    dialogs.expectQuestion("¿Desea eliminar el registro actual?", true);
+    ASSERT_TRUE(s.perform(Action::Delete));
+    EXPECT_EQ(dialogs.lastText(), "Registro eliminado con exito!");
+    EXPECT_EQ(count("LOTES"), 0);
 }

@@ -54,3 +54,10 @@ TEST_F(MenuTreeTest, OnlyLeavesNameAScreen) {
     EXPECT_FALSE(formOfNode(db(), QStringLiteral("VEN")).has_value());
     EXPECT_FALSE(formOfNode(db(), QStringLiteral("NOHAY")).has_value());
 }
+
+TEST_F(MenuTreeTest, GrantOfAnyGroupOpensTheNode) {
+    EXPECT_TRUE(nodeGranted(db(), QStringLiteral("CAJERO1"), QStringLiteral("VEN02")));
+    EXPECT_FALSE(nodeGranted(db(), QStringLiteral("OTRO"), QStringLiteral("VEN02")));
+    EXPECT_FALSE(nodeGranted(db(), QStringLiteral("CAJERO1"), QStringLiteral("VEN03")));
+    EXPECT_FALSE(nodeGranted(db(), QStringLiteral("NADIE"), QStringLiteral("VEN01")));
+}
