@@ -343,6 +343,36 @@ QVariant GridModel::stored(const GridColumn& col, const QVariant& v) const {
     return v.toString();
 }
 
+void GridModel::setBlockColour(int r1, int r2, int c1, int c2, const QColor& colour) {
+    m_colours.append({QRect(QPoint(c1, r1), QPoint(c2, r2)), colour});
+    emit dataChanged(index(r1, c1), index(r2, c2), {Qt::BackgroundRole});
+}
+
+void GridModel::setBlockLocked(int r1, int r2, int c1, int c2, bool locked) {
+    const QRect block(QPoint(c1, r1), QPoint(c2, r2));
+    if (locked)
+        m_locked.append(block);
+    else
+        m_locked.removeIf([&](const QRect& r) { return block.contains(r); });
+}
+
+void GridModel::clearBlock(int r1, int r2, int c1, int c2) {
+    for (int r = std::max(0, r1); r <= std::min(r2, m_rows - 1); ++r)
+        for (int c = std::max(0, c1); c <= std::min(c2, int(m_columns.size()) - 1); ++c)
+            cell(r, c) = QVariant();
+    emit dataChanged(index(r1, c1), index(r2, c2));
+    for (int r = std::max(0, r1); r <= std::min(r2, m_rows - 1); ++r)
+        recompute(r);
+    recomputeTotals();
+}
+
+bool GridModel::isLocked(int row, int c) const {
+    for (const QRect& r : m_locked)
+        if (r.contains(c, row))
+            return true;
+    return false;
+}
+
 int GridModel::columnByCaption(const QString& caption) const {
     for (int c = 0; c < m_columns.size(); ++c)
         if (!m_columns[c].hidden && m_columns[c].caption.compare(caption, Qt::CaseInsensitive) == 0)
@@ -470,6 +500,11 @@ QVariant GridModel::data(const QModelIndex& index, int role) const {
         if (col.type == Type::Check)
             return cell(index.row(), index.column()).toInt() == 1 ? Qt::Checked : Qt::Unchecked;
         return {};
+    case Qt::BackgroundRole:
+        for (auto it = m_colours.crbegin(); it != m_colours.crend(); ++it)
+            if (it->cells.contains(index.column(), index.row()))
+                return it->colour;
+        return {};
     case Qt::TextAlignmentRole:
         if (col.type == Type::Number)
             return int(Qt::AlignRight | Qt::AlignVCenter);
@@ -499,7 +534,7 @@ Qt::ItemFlags GridModel::flags(const QModelIndex& index) const {
         return Qt::NoItemFlags;
     Qt::ItemFlags f = Qt::ItemIsSelectable | Qt::ItemIsEnabled;
     const GridColumn& col = m_columns[index.column()];
-    if (col.editable)
+    if (col.editable && !isLocked(index.row(), index.column()))
         f |= col.type == Type::Check ? Qt::ItemIsUserCheckable : Qt::ItemIsEditable;
     return f;
 }

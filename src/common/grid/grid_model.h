@@ -3,9 +3,11 @@
 #include "common/decimal/decimal.h"
 
 #include <QAbstractTableModel>
+#include <QColor>
 #include <QDate>
 #include <QList>
 #include <QLocale>
+#include <QRect>
 #include <QSqlDatabase>
 #include <QStringList>
 #include <QVariant>
@@ -111,6 +113,12 @@ public:
     // The row of the highest index holding any data (DataRowCnt), or -1.
     int lastUsedRow() const;
 
+    // Block services: rows r1..r2 by columns c1..c2, inclusive.
+    void setBlockColour(int r1, int r2, int c1, int c2, const QColor& colour);
+    void setBlockLocked(int r1, int r2, int c1, int c2, bool locked);
+    void clearBlock(int r1, int r2, int c1, int c2);
+    bool isLocked(int row, int c) const;
+
     // Cell as the user sees it (numbers formatted, dates dd/MM/yyyy, check boxes "1"/"0").
     QString displayText(int row, int c) const;
     // Tab-delimited text of the visible columns, header line first. Lines end with CRLF.
@@ -147,6 +155,12 @@ private:
     QString m_query;
     QVariantList m_queryValues;
     QSqlDatabase m_db;
+    struct Block {
+        QRect cells; // x = column, y = row
+        QColor colour;
+    };
+    QList<Block> m_colours;
+    QList<QRect> m_locked;
     QLocale m_locale; // the machine's separators, read once
 };
 

@@ -161,6 +161,31 @@ void GridView::hideGridColumn(int column) {
     setColumnHidden(column, true);
 }
 
+void GridView::blockAction(BlockAction action, int r1, int r2, int c1, int c2) {
+    switch (action) {
+    case BlockAction::Lock:
+    case BlockAction::Unlock:
+        m_model->setBlockLocked(r1, r2, c1, c2, action == BlockAction::Lock);
+        break;
+    case BlockAction::Hide:
+        if (r1 < 0) {
+            for (int c = c1; c <= c2; ++c)
+                hideGridColumn(c);
+        } else {
+            for (int r = r1; r <= r2; ++r)
+                setRowHidden(r, true);
+        }
+        break;
+    case BlockAction::Clear:
+        m_model->clearBlock(r1, r2, c1, c2);
+        break;
+    case BlockAction::Select:
+        selectionModel()->select(QItemSelection(m_model->index(r1, c1), m_model->index(r2, c2)),
+                                 QItemSelectionModel::ClearAndSelect);
+        break;
+    }
+}
+
 void GridView::sortByColumn(int column, bool descending) {
     if (column < 0 || column >= m_model->columnCount())
         return;

@@ -35,6 +35,10 @@ public:
     // 1-based row number, as the user counts.
     bool goToRow(int rowNumber);
     void hideGridColumn(int column);
+    // Accion_Spread7: an action on rows r1..r2 by columns c1..c2. Hide hides the columns when
+    // r1 is negative (the whole column), otherwise the rows.
+    enum class BlockAction { Lock, Unlock, Hide, Clear, Select };
+    void blockAction(BlockAction action, int r1, int r2, int c1, int c2);
     // Sorts by a column: re-queries a query-fed grid, sorts the loaded rows otherwise.
     void sortByColumn(int column, bool descending);
     // Asks for a file ("Guardar como") and saves the visible columns tab-delimited. False when

@@ -186,6 +186,12 @@ int deleteModel(const QSqlDatabase& db, const QString& reference, const QString&
     return deleted;
 }
 
+void logArticleWrite(const QSqlDatabase& db, const QString& barcode, const QString& reference,
+                     const QString& brand, const QString& statementText,
+                     const ArticleWriter& writer) {
+    store::logWrite(db, barcode, reference, brand, store::Statement{statementText, {}}, writer);
+}
+
 QString articleReport(const QSqlDatabase& db, const QString& reference, const QString& brand,
                       const QString& userCode) {
     const bool prices = shell::users::maySeePrices(db, userCode);

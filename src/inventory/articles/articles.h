@@ -88,6 +88,13 @@ void saveModel(const QSqlDatabase& db, const ArticleModel& model, const ModelGri
 int deleteModel(const QSqlDatabase& db, const QString& reference, const QString& brand,
                 const ArticleWriter& writer);
 
+// The article log writer for other screens that write INVENTARIO (article loader, purchase
+// importer): one LOG_ARTICULOS row with the statement text as run. Inside the caller's
+// transaction.
+void logArticleWrite(const QSqlDatabase& db, const QString& barcode, const QString& reference,
+                     const QString& brand, const QString& statementText,
+                     const ArticleWriter& writer);
+
 // Imprimir: the article report of one model, as HTML for the printer.
 QString articleReport(const QSqlDatabase& db, const QString& reference, const QString& brand,
                       const QString& userCode);

@@ -462,6 +462,9 @@ void ArticlesScreen::rebuildGrid() {
     for (int r = 0; r < m_grid.rowCount(); ++r)
         for (int c = 0; c < m_grid.columnCount(); ++c)
             m_gridView->setItem(r, c, new QTableWidgetItem(m_grid.barcode(r, c)));
+    m_gridView->resizeColumnsToContents();
+    for (int c = 0; c < m_grid.columnCount(); ++c)
+        m_gridView->setColumnWidth(c, std::max(m_gridView->columnWidth(c), 120));
     for (int i = 0; i < m_sizes->count(); ++i) {
         QListWidgetItem* item = m_sizes->item(i);
         item->setCheckState(m_grid.rowOf(item->data(Qt::UserRole).toString()) >= 0 ? Qt::Checked

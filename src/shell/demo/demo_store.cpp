@@ -5,8 +5,10 @@
 #include "common/errors/errors.h"
 #include "common/security/scrambler.h"
 #include "shell/demo/demo_parts.h"
+#include "shell/startup/app_home.h"
 #include "shell/startup/user_settings.h"
 
+#include <QDir>
 #include <QSysInfo>
 
 namespace orvo::shell::demo {
@@ -467,6 +469,13 @@ bool isDemoStore(const QSqlDatabase& db) {
 
 void bindWorkstationToDemoRegister() {
     settings::write(QStringLiteral("Serie"), s(kDemoSerial));
+    // The sale screen needs somewhere to print paper invoices; a printer chosen before stays.
+    if (settings::read(QStringLiteral("ImpresoraFactura")).isEmpty()) {
+        const QString folder = appHome() + QStringLiteral("/Facturas");
+        QDir().mkpath(folder);
+        settings::write(QStringLiteral("ImpresoraFactura"),
+                        folder + QStringLiteral("/factura.pdf"));
+    }
 }
 
 } // namespace orvo::shell::demo

@@ -24,7 +24,8 @@ void seedDemoStore(const QSqlDatabase& db);
 bool isDemoStore(const QSqlDatabase& db);
 
 // Binds this workstation to the demo register: the per-user setting Serie (ServidorOrvo, group
-// Orvo), as the register screen does.
+// Orvo), as the register screen does; and, when no invoice printer is set, ImpresoraFactura to a
+// PDF file under the application folder (Facturas/factura.pdf), so that the sale screen opens.
 void bindWorkstationToDemoRegister();
 
 } // namespace orvo::shell::demo

@@ -114,7 +114,7 @@ const QList<RecordTable>& masterTables() {
               {code(20), name(100), flag("ManejaDocumentos", "Maneja documentos"),
                flag("TieneAcreedor", "Tiene acreedor"),
                flag("CuentaDevolucion", "Cuenta de devolución"), status()}),
-        table("frmTiposAjuste", "Tipos de ajuste", "TIPOAJUSTES",
+        table("frmTipoAjustes", "Tipos de ajuste", "TIPOAJUSTES",
               {numberCode(), name(), integer("Signo", "Signo (1 / -1)"), status()}),
         table("frmTiposDespacho", "Tipos de despacho", "TIPO_DESPACHO",
               {numberCode("ID"), description(), status("Estado")}, 0, "ID"),

@@ -4,6 +4,7 @@
 #include "support/test_db.h"
 
 #include <QAction>
+#include <QColor>
 #include <QDir>
 #include <QFile>
 #include <QMenu>
@@ -51,6 +52,32 @@ TEST_F(GridGui, TotalsFollowTheLinesByFormula) {
     m.removeRows(0, 1);
     EXPECT_EQ(m.total(4), Decimal::fromString(u"1.20"));
     EXPECT_EQ(m.total(3), Decimal::fromString(u"10"));
+}
+
+TEST_F(GridGui, BlocksAreLockedClearedAndPainted) {
+    GridView view;
+    view.setColumns(lineColumns());
+    view.gridModel()->setFormula(4, priceWithTaxTimesQuantity(1, 2, 3));
+    for (int i = 0; i < 3; ++i)
+        view.gridModel()->appendRow({"A", "10", "0", "1"});
+    GridModel* m = view.gridModel();
+    EXPECT_TRUE(m->flags(m->index(1, 1)) & Qt::ItemIsEditable);
+    view.blockAction(GridView::BlockAction::Lock, 0, 1, 1, 3);
+    EXPECT_FALSE(m->flags(m->index(1, 1)) & Qt::ItemIsEditable);
+    EXPECT_TRUE(m->flags(m->index(2, 1)) & Qt::ItemIsEditable);
+    view.blockAction(GridView::BlockAction::Unlock, 0, 1, 1, 3);
+    EXPECT_TRUE(m->flags(m->index(1, 1)) & Qt::ItemIsEditable);
+
+    EXPECT_EQ(m->total(4), Decimal(30));
+    view.blockAction(GridView::BlockAction::Clear, 1, 2, 3, 3); // quantities of two lines
+    EXPECT_EQ(m->total(4), Decimal(10));
+    EXPECT_FALSE(m->value(1, 3).isValid());
+
+    m->setBlockColour(0, 0, 0, 4, QColor(Qt::yellow));
+    EXPECT_EQ(m->data(m->index(0, 2), Qt::BackgroundRole).value<QColor>(), QColor(Qt::yellow));
+    EXPECT_FALSE(m->data(m->index(1, 2), Qt::BackgroundRole).isValid());
+    view.blockAction(GridView::BlockAction::Hide, 2, 2, 0, 0);
+    EXPECT_TRUE(view.isRowHidden(2));
 }
 
 TEST_F(GridGui, SearchSkipsHiddenColumnsAndKeepsTheCellWhenNothingMatches) {

@@ -1,5 +1,6 @@
 #include "article_support.h"
 
+#include "common/db/transaction.h"
 #include "common/errors/errors.h"
 #include "inventory/articles/article_rules.h"
 
@@ -150,6 +151,24 @@ TEST_F(ArticleMaster, CreatesAModelAndSavingAgainUpdatesWithoutDuplicates) {
               "ZAPATO NUEVO T:38 NEGRO");
     EXPECT_EQ(count("LOG_ARTICULOS"), 12);
     EXPECT_EQ(count("LOG_ARTICULOS", "SQL LIKE 'UPDATE INVENTARIO%'"), 6);
+
+    // A size taken out of the grid keeps its variants in the table.
+    ModelGrid smaller = g;
+    smaller.removeSize(0);
+    saveModel(db(), changed, smaller, false, writer());
+    EXPECT_EQ(count("INVENTARIO"), 6);
+    EXPECT_EQ(count("LOG_ARTICULOS"), 16);
+
+    // Other writers of INVENTARIO log through the same writer, inside their own transaction.
+    {
+        db::Transaction tx(db());
+        logArticleWrite(db(), "7700", "REF-1", "N1", "UPDATE INVENTARIO SET Existencia = 1",
+                        ArticleWriter::here("LUIS", "frmCargarArticulos"));
+        tx.commit();
+    }
+    EXPECT_EQ(count("LOG_ARTICULOS", "Formulario = 'frmCargarArticulos' AND Usuario = 'LUIS' AND "
+                                     "SQL = 'UPDATE INVENTARIO SET Existencia = 1'"),
+              1);
 
     // Creating the same pair again is refused before anything is written.
     EXPECT_EQ(refusal([&] { saveModel(db(), model(), grid("88"), true, writer()); }),

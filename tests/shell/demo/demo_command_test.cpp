@@ -81,6 +81,10 @@ TEST_F(DemoCommand, CreatesTheDemoOnceBindsThisMachineAndAcceptsASecondRun) {
     EXPECT_TRUE(first.output.contains(QString::fromUtf8("Tienda de demostración creada")))
         << first.output.toStdString();
     EXPECT_EQ(boundSerial(), "Z1B0000001");
+    EXPECT_EQ(QSettings(m_config.filePath("ServidorOrvo.ini"), QSettings::IniFormat)
+                  .value("Orvo/ImpresoraFactura")
+                  .toString(),
+              m_home.filePath("Facturas/factura.pdf"));
     const int articles = storeScalar("SELECT COUNT(*) FROM INVENTARIO").toInt();
     EXPECT_GE(articles, 300);
 

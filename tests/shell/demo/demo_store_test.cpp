@@ -9,6 +9,7 @@
 #include "support/test_db.h"
 #include "tools/card_emulator/card_terminal.h"
 
+#include <QDir>
 #include <QElapsedTimer>
 #include <QRegularExpression>
 #include <QSet>
@@ -404,16 +405,33 @@ TEST_F(DemoStore, TheSameStoreEveryTime) {
     EXPECT_EQ(rowsOf(other.db()), rowsOf(db()));
 }
 
-TEST_F(DemoStore, WorkstationIsBoundToTheDemoRegister) {
+TEST_F(DemoStore, WorkstationIsBoundToTheDemoRegisterAndCanPrintInvoices) {
     QTemporaryDir settingsDir;
-    ASSERT_TRUE(settingsDir.isValid());
+    QTemporaryDir home;
+    ASSERT_TRUE(settingsDir.isValid() && home.isValid());
     QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, settingsDir.path());
+    const QByteArray oldHome = qgetenv("ORVO_HOME");
+    qputenv("ORVO_HOME", home.path().toUtf8());
+
     shell::demo::bindWorkstationToDemoRegister();
-    // What the main window reads at start.
+    // What the main window and the sale screen read at start.
     const QString serial = shell::WorkstationSettings::load().serie;
     EXPECT_EQ(serial, "Z1B0000001");
     shell::SessionContext ctx;
     EXPECT_TRUE(shell::loadRegister(db(), serial, ctx));
+    const QString printer = shell::settings::read("ImpresoraFactura");
+    EXPECT_EQ(printer, home.filePath("Facturas/factura.pdf"));
+    EXPECT_TRUE(QDir(home.filePath("Facturas")).exists());
+
+    // A printer the user chose survives a second run.
+    shell::settings::write("ImpresoraFactura", "EPSON TM-T20");
+    shell::demo::bindWorkstationToDemoRegister();
+    EXPECT_EQ(shell::settings::read("ImpresoraFactura"), "EPSON TM-T20");
+
+    if (oldHome.isEmpty())
+        qunsetenv("ORVO_HOME");
+    else
+        qputenv("ORVO_HOME", oldHome);
 }
 
 TEST_F(DemoStore, PartialCountAdjustmentTypesCarryTheirSigns) {
