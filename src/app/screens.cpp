@@ -3,6 +3,7 @@
 #include "inventory/articles/article_screens.h"
 #include "pos/fiscal/counter_correction_screen.h"
 #include "pos/register/register_screens.h"
+#include "pos/returns/return_screen.h"
 #include "shell/record_form/master_data.h"
 #include "shell/screens/screen_registry.h"
 #include "shell/startup/app_state.h"
@@ -16,6 +17,7 @@ void registerAllScreens() {
                                   [] { return shell::session().userCode; }});
     pos::registers::registerScreens();
     pos::fiscal::registerFiscalScreens();
+    pos::returns::registerReturnScreens();
 }
 
 } // namespace orvo::app
