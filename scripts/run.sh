@@ -1,12 +1,48 @@
 #!/usr/bin/env bash
-# Sets up the machine, builds Orvo, creates the demo store on first use and starts the program.
+# Sets up the machine, builds Orvo, creates the demo store on first use, starts the emulated fiscal
+# printer and card terminal for this register, and starts the program.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 build=${ORVO_BUILD_DIR:-$root/build}
 bash "$root/scripts/setup.sh"
 bash "$root/scripts/build.sh" orvo
 export ORVO_HOME=${ORVO_HOME:-$HOME/.local/share/Orvo}
+orvo="$build/orvo"
+
 if [ ! -f "$ORVO_HOME/data/srvsql.txt" ]; then
-  "$build/orvo" db init --demo
+  "$orvo" db init --demo
+else
+  "$orvo" db init >/dev/null
 fi
-exec "$build/orvo"
+
+# Waits for the first line of a service's output (its device or address) and prints it.
+first_line() {
+  local file=$1 pid=$2
+  for _ in $(seq 1 100); do
+    if [ -s "$file" ]; then head -n 1 "$file"; return 0; fi
+    kill -0 "$pid" 2>/dev/null || break
+    sleep 0.1
+  done
+  echo "no arrancó: $file" >&2
+  return 1
+}
+
+pids=()
+cleanup() { for p in "${pids[@]}"; do kill "$p" 2>/dev/null || true; done; }
+trap cleanup EXIT
+
+mkdir -p "$ORVO_HOME/fiscal" "$ORVO_HOME/vpos"
+"$orvo" fiscal-emulator --state "$ORVO_HOME/fiscal/memoria.json" \
+  --tickets "$ORVO_HOME/fiscal/tickets" >"$ORVO_HOME/fiscal/puerto.txt" 2>"$ORVO_HOME/fiscal/emulador.log" &
+pids+=($!)
+port=$(first_line "$ORVO_HOME/fiscal/puerto.txt" "${pids[-1]}")
+"$orvo" fiscal-port "$port"
+echo "Impresora fiscal emulada en $port; tickets en $ORVO_HOME/fiscal/tickets"
+
+"$orvo" card-emulator --state "$ORVO_HOME/vpos/estado.json" \
+  --vouchers "$ORVO_HOME/vpos/vouchers" >"$ORVO_HOME/vpos/url.txt" 2>"$ORVO_HOME/vpos/emulador.log" &
+pids+=($!)
+url=$(first_line "$ORVO_HOME/vpos/url.txt" "${pids[-1]}")
+"$orvo" card-terminal "$url"
+
+"$orvo"

@@ -4,10 +4,12 @@
 #include "common/db/connection.h"
 #include "common/errors/errors.h"
 #include "common/schema/migrate.h"
+#include "pos/card/terminal_settings.h"
 #include "pos/fiscal/port_finder.h"
 #include "shell/demo/demo_store.h"
 #include "shell/startup/app_home.h"
 #include "shell/startup/server_config.h"
+#include "shell/startup/user_settings.h"
 #include "tools/card_emulator/card_emulator.h"
 #include "tools/common/run_until_stopped.h"
 #include "tools/fiscal_emulator/wire_server.h"
@@ -133,6 +135,19 @@ int fiscalPort(const QStringList& args) {
     return 0;
 }
 
+// The card terminal service of this workstation's register: shown, or set.
+int cardTerminal(const QStringList& args) {
+    QSqlDatabase db = openConfiguredStore(false);
+    const QString serie = shell::settings::read(QStringLiteral("Serie"));
+    if (args.isEmpty()) {
+        out() << pos::card::terminalUrl(db, serie) << Qt::endl;
+        return 0;
+    }
+    pos::card::saveTerminalUrl(db, serie, args.first());
+    out() << "La caja " << serie << " usa el punto de venta " << args.first() << "." << Qt::endl;
+    return 0;
+}
+
 const QList<Command>& commands() {
     static const QList<Command> list = {
         {QStringLiteral("db"), QStringLiteral("db init [--demo]"),
@@ -161,6 +176,10 @@ const QList<Command>& commands() {
         {QStringLiteral("card-emulator"), QStringLiteral("card-emulator [opciones]"),
          QStringLiteral("punto de venta VPOS emulado en 127.0.0.1 (ver docs/card-terminal.md)"),
          tools::card::runCardEmulator},
+        {QStringLiteral("card-terminal"), QStringLiteral("card-terminal [URL]"),
+         QStringLiteral("muestra o fija el punto de venta VPOS de la caja de esta estación "
+                        "(VPOS_URL_<Serie>)"),
+         cardTerminal},
     };
     return list;
 }

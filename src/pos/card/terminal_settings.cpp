@@ -1,6 +1,7 @@
 #include "pos/card/terminal_settings.h"
 
 #include "common/db/sql.h"
+#include "common/db/transaction.h"
 #include "common/errors/errors.h"
 
 namespace orvo::pos::card {
@@ -33,6 +34,28 @@ TerminalSettings loadTerminalSettings(const QSqlDatabase& db, const QString& ser
     s.oneCopy = db::textFlag(setting(db, QStringLiteral("VPOS_UNA_COPIA")));
     s.voucherFolder = setting(db, QStringLiteral("VPOS_CARPETA"));
     return s;
+}
+
+void saveTerminalUrl(const QSqlDatabase& db, const QString& serie, const QString& url) {
+    const QString key = QStringLiteral("VPOS_URL_") + serie.trimmed();
+    const QUrl parsed(url.trimmed(), QUrl::StrictMode);
+    if (serie.trimmed().isEmpty())
+        throw UserError(QStringLiteral("Esta estación no está configurada como caja...!"));
+    if (!parsed.isValid() || (parsed.scheme() != u"http" && parsed.scheme() != u"https") ||
+        parsed.host().isEmpty())
+        throw UserError(QStringLiteral("La dirección del punto de venta debe ser "
+                                       "http://equipo:puerto...!"));
+    db::Transaction tx(db);
+    db::execute(db, QStringLiteral("DELETE FROM TABLA_VALORES WHERE IdTabla = ?"), {key});
+    db::execute(db,
+                QStringLiteral("INSERT INTO TABLA_VALORES (IdTabla, Codigo, Descripcion) "
+                               "VALUES (?, ?, ?)"),
+                {key, QStringLiteral("01"), url.trimmed()});
+    tx.commit();
+}
+
+QString terminalUrl(const QSqlDatabase& db, const QString& serie) {
+    return setting(db, QStringLiteral("VPOS_URL_") + serie.trimmed());
 }
 
 std::optional<QString> terminalAccountName(const QSqlDatabase& db) {

@@ -25,6 +25,12 @@ struct TerminalSettings {
 // The settings of the register `serie`. Throws UserError when that register has no terminal.
 TerminalSettings loadTerminalSettings(const QSqlDatabase& db, const QString& serie);
 
+// Points the register `serie` at the terminal service `url` (VPOS_URL_<Serie>), in one
+// transaction. Throws UserError for an address that is not http(s)://host[:port].
+void saveTerminalUrl(const QSqlDatabase& db, const QString& serie, const QString& url);
+// The address configured for `serie`, or empty.
+QString terminalUrl(const QSqlDatabase& db, const QString& serie);
+
 // The bank account (CTABANCOS.Nombre) that stands for the terminal, if the store has one.
 std::optional<QString> terminalAccountName(const QSqlDatabase& db);
 

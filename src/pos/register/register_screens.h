@@ -1,6 +1,7 @@
 #pragma once
 
 namespace orvo::pos::registers {
-// Adds the register and fiscal screens to the ScreenRegistry.
+// Adds the register screen, the counter correction and the fiscal operations screens to the
+// ScreenRegistry.
 void registerScreens();
 } // namespace orvo::pos::registers

@@ -113,6 +113,7 @@ const QList<Folder>& menuTree() {
         {"Configuración",
          {{"Configurar caja", "frmConfigurarCaja"},
           {"Corregir consecutivos", "frmCorregirConsecutivos"},
+          {"Operaciones de la impresora fiscal", "frmOperacionesFiscales"},
           {"Formas de pago", "frmFormaPago"},
           {"Registrar tasa de cambio", "frmRegistrarTasaCambio"},
           {"Configurar FTP", "frmConfigurarFTP"},

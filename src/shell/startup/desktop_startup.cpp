@@ -47,6 +47,7 @@ int runDesktopProgram() {
             closeMainConnection();
             return 0;
         }
+        ensureCurrentSchema(mainDb());
         window = std::make_unique<MainWindow>();
         window->load();
         window->show();
@@ -56,6 +57,8 @@ int runDesktopProgram() {
         });
     } catch (const StartupError& e) {
         failure = e.message();
+    } catch (const UserError& e) {
+        failure = e.text();
     } catch (const DbError& e) {
         failure = e.message();
     } catch (const std::exception& e) {

@@ -3,6 +3,7 @@
 #include "common/db/connection.h"
 #include "common/errors/errors.h"
 #include "common/schema/migrate.h"
+#include "common/schema/schema.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -68,6 +69,24 @@ StartupConnection connectFromConfigFile(const QString& configPath, const QString
     config = readServerConfig(configPath);
     return openMainConnection(config, dataDir) ? StartupConnection::Connected
                                                : StartupConnection::NeedsConfig;
+}
+
+void ensureCurrentSchema(const QSqlDatabase& db) {
+    const int applied = schema::appliedVersion(db);
+    const int wanted = schema::currentVersion();
+    if (applied >= wanted)
+        return;
+    if (db::engineOf(db) == db::Engine::Sqlite) {
+        schema::migrate(db);
+        return;
+    }
+    throw UserError(QStringLiteral("La base de datos %1 está en la versión %2 del esquema y este "
+                                   "programa necesita la versión %3: ejecute 'orvo db init' para "
+                                   "actualizarla...!")
+                        .arg(db::describe(db))
+                        .arg(applied)
+                        .arg(wanted),
+                    QStringLiteral("Orvo"));
 }
 
 QString serverPanelText(const QSqlDatabase& db) {

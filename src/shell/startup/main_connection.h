@@ -34,6 +34,11 @@ enum class StartupConnection {
 StartupConnection connectFromConfigFile(const QString& configPath, const QString& dataDir,
                                         ServerConfig& config);
 
+// An embedded database is brought up to this program's schema at start; a server database that
+// lags behind is refused with a UserError that says to run "orvo db init" (every register of the
+// store shares it, so it is upgraded deliberately).
+void ensureCurrentSchema(const QSqlDatabase& db);
+
 // "Servidor SQL:" + data source + "\" + initial catalog, for the status bar.
 QString serverPanelText(const QSqlDatabase& db);
 

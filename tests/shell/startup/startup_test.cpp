@@ -3,9 +3,11 @@
 #include "shell/startup/user_settings.h"
 
 #include "common/db/sql.h"
+#include "common/errors/errors.h"
 #include "shell/startup/startup_fixture.h"
 #include "support/test_db.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QSysInfo>
 #include <gtest/gtest.h>
@@ -205,4 +207,45 @@ TEST(SingleInstanceLock, LockOfACrashedCopyIsTakenOver) {
     writeLines(lock, "2147480000\norvo\n" + QSysInfo::machineHostName().toUtf8() + "\n");
     SingleInstance instance(lock);
     EXPECT_TRUE(instance.acquire());
+}
+
+TEST_F(MainConnectionTest, OutdatedSchemaUpgradesEmbeddedAndStopsOnAServer) {
+    // This test's database is current: nothing to do.
+    EXPECT_NO_THROW(ensureCurrentSchema(db()));
+    if (!isPostgres()) {
+        db::ConnectionSettings s;
+        s.engine = db::Engine::Sqlite;
+        s.sqliteFile = m_home.dataDir() + QStringLiteral("/VACIA.sqlite");
+        {
+            QSqlDatabase empty = db::openConnection(s, QStringLiteral("schema_check"));
+            ensureCurrentSchema(empty);
+            EXPECT_TRUE(db::tableExists(empty, QStringLiteral("VERSIONEJECUTABLE")));
+        }
+        db::closeConnection(QStringLiteral("schema_check"));
+        return;
+    }
+    const QString name = QStringLiteral("orvo_vacia_%1").arg(QCoreApplication::applicationPid());
+    {
+        QSqlDatabase admin = db::openConnection(test::postgresServer(QStringLiteral("postgres")),
+                                                QStringLiteral("schema_admin"));
+        db::execute(admin, QStringLiteral("DROP DATABASE IF EXISTS ") + name);
+        db::execute(admin, QStringLiteral("CREATE DATABASE ") + name);
+    }
+    {
+        QSqlDatabase empty =
+            db::openConnection(test::postgresServer(name), QStringLiteral("schema_check"));
+        try {
+            ensureCurrentSchema(empty);
+            ADD_FAILURE() << "an empty server database must not be upgraded at start";
+        } catch (const UserError& e) {
+            EXPECT_TRUE(e.text().contains(QStringLiteral("orvo db init")));
+        }
+        EXPECT_FALSE(db::tableExists(empty, QStringLiteral("USUARIOS")));
+    }
+    db::closeConnection(QStringLiteral("schema_check"));
+    {
+        QSqlDatabase admin = QSqlDatabase::database(QStringLiteral("schema_admin"));
+        db::execute(admin, QStringLiteral("DROP DATABASE ") + name);
+    }
+    db::closeConnection(QStringLiteral("schema_admin"));
 }
