@@ -139,9 +139,11 @@ namespace {
 const QString kLinesOfArticle =
     QStringLiteral(" FROM MOVDEVVENTAS M WHERE M.NumeroDevolucion = ? AND M.Serie = ? AND "
                    "M.CodigoBarra = INVENTARIO.CodigoBarra)");
-const QString kArticlesOfReturn = QStringLiteral(
-    " AND CodigoBarra IN (SELECT CodigoBarra FROM MOVDEVVENTAS WHERE NumeroDevolucion = ? AND "
-    "Serie = ?)");
+// Goods only: a sale never took stock from a service, so a return gives none back.
+const QString kArticlesOfReturn =
+    QStringLiteral(" AND Tipo = 0 AND CodigoBarra IN (SELECT CodigoBarra FROM MOVDEVVENTAS WHERE "
+                   "NumeroDevolucion = ? AND "
+                   "Serie = ?)");
 } // namespace
 
 void restock(const QSqlDatabase& db, long long number, const QString& serie,

@@ -237,7 +237,8 @@ bool printsFiscally(const shell::SessionContext& ctx) {
 }
 
 AcceptResult acceptSale(const QSqlDatabase& db, const shell::SessionContext& ctx,
-                        const SaleDraft& draft, SalePrinter* printer, bool forcedZDone) {
+                        const SaleDraft& draft, SalePrinter* printer, bool forcedZDone,
+                        const std::function<void()>& alsoInTransaction) {
     const QDate today = serverToday(db);
     checkDayOpen(db, ctx.serial, today);
     draft.validate();
@@ -267,6 +268,8 @@ AcceptResult acceptSale(const QSqlDatabase& db, const shell::SessionContext& ctx
     const Decimal rate =
         draft.exchangeRate() > Decimal() ? draft.exchangeRate() : store::latestExchangeRate(db);
     db::Transaction tx(db);
+    if (alsoInTransaction)
+        alsoInTransaction();
     if (forcedZDone)
         store::resetAccumulated(db, ctx.serial, today);
     const long long number = common::nextInvoiceNumber(db, ctx.controlFactura, ctx.serial);

@@ -260,8 +260,8 @@ TEST_F(ReturnsTest, OnlyThisRegistersInvoicesAndCreditSalesAreRemindedNotRefunde
     const SavedReturn saved = saveReturn(db(), ctx, draft, nullptr);
     EXPECT_EQ(saved.reminder, "Debe registrar un abono por devolución a la cuenta por cobrar...!");
     EXPECT_EQ(count("SALIDASCAJA"), 0);
-    // A service goes back to no stock.
-    EXPECT_EQ(stock("T0009"), d("1"));
+    // The sale took no stock from the service and the return gives none back.
+    EXPECT_EQ(stock("T0009"), d("0"));
 }
 
 TEST_F(ReturnsTest, WithoutARefundsAccountTheCashierIsReminded) {
