@@ -5,6 +5,7 @@
 #include "pos/fiscal/register_printer.h"
 #include "pos/payments/payment_rules.h"
 #include "pos/register/day_state.h"
+#include "pos/returns/exchange_screen.h"
 #include "pos/returns/returns.h"
 #include "shell/screens/screen_registry.h"
 #include "shell/startup/app_state.h"
@@ -253,6 +254,12 @@ void registerReturnScreens() {
             throw UserError(QStringLiteral("Debe configurar la impresora para facturar...!"));
         return new ReturnScreen(shell::mainDb(), shell::session(), nullptr, parent);
     });
+    shell::ScreenRegistry::instance().add(
+        QStringLiteral("frmCambiosDeMercancia"), [](QWidget* parent) {
+            if (sale::invoicePrinterSetting().isEmpty())
+                throw UserError(QStringLiteral("Debe configurar la impresora para facturar...!"));
+            return new ExchangeScreen(shell::mainDb(), shell::session(), nullptr, parent);
+        });
 }
 
 } // namespace orvo::pos::returns

@@ -1,4 +1,5 @@
 // The returns screen driven by its controls, on paper (a register without fiscal printer).
+#include "pos/returns/exchange_screen.h"
 #include "pos/returns/return_screen.h"
 
 #include "common/db/sql.h"
@@ -122,4 +123,24 @@ TEST_F(ReturnScreenTest, KeysAPartialReturnDeletesALineAndSavesTheRest) {
 
     type(*s, "TxtFactura", "1");
     EXPECT_EQ(dialogs.lastText(), "La factura fue devuelta en su totalidad...");
+}
+
+TEST_F(ReturnScreenTest, TheExchangeKeysBothSidesAndWritesNothingUntilPaid) {
+    test::ScriptedDialogs dialogs;
+    pos::returns::ExchangeScreen s(db(), ctx, nullptr);
+    s.show();
+    EXPECT_EQ(s.objectName(), "frmCambiosDeMercancia");
+    type(s, "TxtFactura", "9");
+    EXPECT_EQ(dialogs.lastText(), "La factura no se encuentra registrada en esta caja...!");
+    type(s, "TxtFactura", "1");
+    QTest::mouseClick(find<QPushButton>(s, "cmdDevTotal"), Qt::LeftButton);
+    EXPECT_EQ(find<QTableWidget>(s, "SpreadDevolucion")->rowCount(), 1);
+    type(s, "txtArticulo", "T0001");
+    EXPECT_EQ(find<QTableWidget>(s, "SpreadFacturacion")->rowCount(), 1);
+    EXPECT_EQ(find<QLabel>(s, "lblTotal")->text(), "Total: 116,00");
+
+    QTest::mouseClick(find<QPushButton>(s, "cmdAceptar"), Qt::LeftButton);
+    EXPECT_EQ(dialogs.lastText(), "Debe Especificar el pago del cliente...!");
+    EXPECT_EQ(count("DEVVENTAS"), 0);
+    EXPECT_EQ(count("VENTAS"), 1);
 }
