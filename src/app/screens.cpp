@@ -4,6 +4,7 @@
 #include "pos/fiscal/counter_correction_screen.h"
 #include "pos/register/register_screens.h"
 #include "pos/returns/return_screen.h"
+#include "pos/sale/sale_screen.h"
 #include "shell/record_form/master_data.h"
 #include "shell/screens/screen_registry.h"
 #include "shell/startup/app_state.h"
@@ -13,11 +14,12 @@ namespace orvo::app {
 void registerAllScreens() {
     // One line per area: each area's register function adds its screens.
     inventory::registerArticleScreens();
-    shell::registerRecordScreens({[] { return shell::mainDb(); },
-                                  [] { return shell::session().userCode; }});
+    shell::registerRecordScreens(
+        {[] { return shell::mainDb(); }, [] { return shell::session().userCode; }});
     pos::registers::registerScreens();
     pos::fiscal::registerFiscalScreens();
     pos::returns::registerReturnScreens();
+    pos::sale::registerSaleScreens();
 }
 
 } // namespace orvo::app

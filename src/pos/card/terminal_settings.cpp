@@ -18,6 +18,10 @@ QString setting(const QSqlDatabase& db, const QString& key) {
 
 } // namespace
 
+QString voucherFolder(const QSqlDatabase& db) {
+    return setting(db, QStringLiteral("VPOS_CARPETA"));
+}
+
 TerminalSettings loadTerminalSettings(const QSqlDatabase& db, const QString& serie) {
     TerminalSettings s;
     const QString url = setting(db, QStringLiteral("VPOS_URL_") + serie.trimmed());
@@ -32,7 +36,7 @@ TerminalSettings loadTerminalSettings(const QSqlDatabase& db, const QString& ser
     if (ok && seconds > 0)
         s.timeoutSeconds = seconds;
     s.oneCopy = db::textFlag(setting(db, QStringLiteral("VPOS_UNA_COPIA")));
-    s.voucherFolder = setting(db, QStringLiteral("VPOS_CARPETA"));
+    s.voucherFolder = voucherFolder(db);
     return s;
 }
 

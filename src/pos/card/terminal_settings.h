@@ -22,6 +22,9 @@ struct TerminalSettings {
     QString voucherFolder;
 };
 
+// The folder of VPOS_CARPETA (vouchers as files), or empty when vouchers go to the printer.
+QString voucherFolder(const QSqlDatabase& db);
+
 // The settings of the register `serie`. Throws UserError when that register has no terminal.
 TerminalSettings loadTerminalSettings(const QSqlDatabase& db, const QString& serie);
 

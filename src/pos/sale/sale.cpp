@@ -5,6 +5,7 @@
 #include "common/errors/errors.h"
 #include "common/numbering/numbering.h"
 #include "pos/fiscal/document_builder.h"
+#include "pos/register/day_state.h"
 #include "pos/sale/sale_store.h"
 
 #include <QLoggingCategory>
@@ -18,15 +19,6 @@ namespace {
 
 QDate serverToday(const QSqlDatabase& db) {
     return db::serverNow(db).date();
-}
-
-void checkDayOpen(const QSqlDatabase& db, const QString& serie, const QDate& today) {
-    const auto day = store::registerDay(db, serie, today);
-    if (!day)
-        throw UserError(QStringLiteral("No existe apertura de fecha %1...!")
-                            .arg(today.toString(QStringLiteral("dd/MM/yyyy"))));
-    if (day->status == 2)
-        throw UserError(QStringLiteral("Caja con cierre realizado...!"));
 }
 
 store::DeletedLineContext deletedContext(const QSqlDatabase& db, const shell::SessionContext& ctx,
@@ -240,7 +232,7 @@ AcceptResult acceptSale(const QSqlDatabase& db, const shell::SessionContext& ctx
                         const SaleDraft& draft, SalePrinter* printer, bool forcedZDone,
                         const std::function<void()>& alsoInTransaction) {
     const QDate today = serverToday(db);
-    checkDayOpen(db, ctx.serial, today);
+    registers::checkDayOpen(db, ctx.serial, today);
     draft.validate();
 
     const bool fiscal = printsFiscally(ctx) && !draft.isContingency();
@@ -256,13 +248,10 @@ AcceptResult acceptSale(const QSqlDatabase& db, const shell::SessionContext& ctx
     AcceptResult result;
     result.total = totals.total;
     result.change = draft.change();
-    if (fiscal && !forcedZDone) {
-        const auto maximum = store::printerDailyMaximum(db, ctx.serial);
-        const auto day = store::registerDay(db, ctx.serial, today);
-        if (maximum && *maximum > Decimal() && day && day->acumulado + totals.total > *maximum) {
-            result.status = AcceptResult::Status::NeedsForcedZ;
-            return result;
-        }
+    if (fiscal && !forcedZDone &&
+        registers::exceedsDailyMaximum(db, ctx.serial, today, totals.total)) {
+        result.status = AcceptResult::Status::NeedsForcedZ;
+        return result;
     }
 
     const Decimal rate =
@@ -271,7 +260,7 @@ AcceptResult acceptSale(const QSqlDatabase& db, const shell::SessionContext& ctx
     if (alsoInTransaction)
         alsoInTransaction();
     if (forcedZDone)
-        store::resetAccumulated(db, ctx.serial, today);
+        registers::resetAccumulated(db, ctx.serial, today);
     const long long number = common::nextInvoiceNumber(db, ctx.controlFactura, ctx.serial);
     if (number == 0)
         throw UserError(QStringLiteral("No se pudo obtener el número de la factura...!"));
@@ -335,7 +324,7 @@ AcceptResult acceptSale(const QSqlDatabase& db, const shell::SessionContext& ctx
         }
     }
     const SaleTotals stored = store::writeTotals(db, number, ctx.serial, rate);
-    store::addToAccumulated(db, ctx.serial, today, stored.total);
+    registers::addToAccumulated(db, ctx.serial, today, stored.total);
     tx.commit();
     qCInfo(lcSale) << "invoice" << number << "saved, total" << stored.total.toString(2);
 

@@ -2,6 +2,7 @@
 
 #include "common/db/sql.h"
 #include "pos/fiscal/fiscal_printer_thread.h"
+#include "pos/fiscal/register_printer.h"
 #include "pos/payments/payment_rules.h"
 #include "shell/session/session_context.h"
 
@@ -35,6 +36,17 @@ struct Outcome {
     QString error;
 };
 
+// The register's printer opens on its configured port at first use; one that does not answer
+// is reported by the call itself.
+void openIfNeeded(fiscal::FiscalPrinter& p) {
+    if (p.isOpen())
+        return;
+    try {
+        fiscal::ensureOpen(p);
+    } catch (const std::exception&) {
+    }
+}
+
 QString esc(const QString& s) {
     return s.toHtmlEscaped();
 }
@@ -48,6 +60,7 @@ fiscal::PrinterFacts ThreadSalePrinter::facts() {
 
 bool ThreadSalePrinter::printZ() {
     const Outcome o = wait(m_thread.call([](fiscal::FiscalPrinter& p) {
+        openIfNeeded(p);
         const bool ok = p.printZReport() && p.waitUntilReady(kZReportTimeoutMs);
         return Outcome{ok, ok ? QString() : p.errorText()};
     }));
@@ -57,6 +70,7 @@ bool ThreadSalePrinter::printZ() {
 
 bool ThreadSalePrinter::print(const fiscal::FiscalDocument& document) {
     const Outcome o = wait(m_thread.call([document](fiscal::FiscalPrinter& p) {
+        openIfNeeded(p);
         const bool ok = p.isOpen() && p.printDocument(document);
         QString error = p.errorText();
         if (!ok && error.isEmpty())

@@ -35,10 +35,6 @@ ArticlePrices readArticle(const db::Sql& q) {
     return a;
 }
 
-QDateTime dayBegin(const QDate& d) {
-    return db::dayStart(d);
-}
-
 } // namespace
 
 QList<ArticlePrices> findArticles(const QSqlDatabase& db, const QString& text, int limit) {
@@ -139,24 +135,31 @@ QList<SaleSeller> sellers(const QSqlDatabase& db) {
     return out;
 }
 
-std::optional<RegisterDay> registerDay(const QSqlDatabase& db, const QString& serie,
-                                       const QDate& day) {
-    db::Sql q(db, QStringLiteral("SELECT Status, Acumulado FROM DIARIOCAJA WHERE Serie = ? AND "
-                                 "Fecha >= ? AND Fecha < ?"));
-    q.bind(serie).bind(dayBegin(day)).bind(db::nextDayStart(day)).exec();
-    if (!q.next())
-        return std::nullopt;
-    return RegisterDay{q.integer(QStringLiteral("Status")), q.decimal(QStringLiteral("Acumulado"))};
+QString clientCatalogSql() {
+    return QStringLiteral("SELECT Codigo, Nombre FROM CLIENTES WHERE Status = 1 ORDER BY Nombre");
 }
 
-std::optional<Decimal> printerDailyMaximum(const QSqlDatabase& db, const QString& serie) {
-    db::Sql q(db, QStringLiteral("SELECT I.MontoMaximoDiario FROM CAJAS C INNER JOIN "
-                                 "IMPRESORAFISCAL I ON I.ID = C.IdImpresoraFiscal "
-                                 "WHERE C.Serie = ?"));
-    q.bind(serie).exec();
-    if (!q.next())
-        return std::nullopt;
-    return q.decimal(QStringLiteral("MontoMaximoDiario"));
+QString sellerCatalogSql() {
+    return kSellerQuery + QStringLiteral(" ORDER BY Nombre");
+}
+
+QString articleCatalogSql() {
+    return QStringLiteral("SELECT I.CodigoBarra, I.Nombre, I.Existencia FROM INVENTARIO I WHERE ") +
+           kSellable +
+           QStringLiteral(" AND COALESCE(I.Referencia, '') || COALESCE(I.CodigoMarca, '') || "
+                          "COALESCE(I.Talla, '') || COALESCE(I.CodigoColor, '') LIKE ? ORDER BY "
+                          "I.CodigoBarra");
+}
+
+QString parkedCatalogSql() {
+    return QStringLiteral("SELECT H.Numero, H.Fecha, H.Cliente, C.Nombre AS NombreCliente FROM "
+                          "HISTVENTAS H LEFT JOIN CLIENTES C ON C.Codigo = H.Cliente WHERE "
+                          "H.Serie = ? ORDER BY H.Numero");
+}
+
+QString dispatchCatalogSql() {
+    return QStringLiteral("SELECT Numero, Cliente, Fecha, TotalMercancia, Observacion, Exenta FROM "
+                          "ORDENDESPACHO WHERE Status = 1 ORDER BY Numero");
 }
 
 Decimal latestExchangeRate(const QSqlDatabase& db) {
@@ -371,23 +374,6 @@ SaleTotals writeTotals(const QSqlDatabase& db, long long number, const QString& 
         .bind(serie)
         .exec();
     return t;
-}
-
-void addToAccumulated(const QSqlDatabase& db, const QString& serie, const QDate& day,
-                      const Decimal& amount) {
-    db::requireTransaction(db);
-    db::execute(db,
-                QStringLiteral("UPDATE DIARIOCAJA SET Acumulado = Acumulado + ? WHERE Serie = ? "
-                               "AND Fecha >= ? AND Fecha < ?"),
-                {amount.toVariant(2), serie, dayBegin(day), db::nextDayStart(day)});
-}
-
-void resetAccumulated(const QSqlDatabase& db, const QString& serie, const QDate& day) {
-    db::requireTransaction(db);
-    db::execute(db,
-                QStringLiteral("UPDATE DIARIOCAJA SET Acumulado = 0 WHERE Serie = ? AND Fecha >= "
-                               "? AND Fecha < ?"),
-                {serie, dayBegin(day), db::nextDayStart(day)});
 }
 
 void closeDispatchOrder(const QSqlDatabase& db, long long order) {

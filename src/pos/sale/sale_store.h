@@ -24,15 +24,6 @@ std::optional<SaleClient> clientByCode(const QSqlDatabase& db, const QString& co
 std::optional<SaleSeller> sellerByCode(const QSqlDatabase& db, const QString& code);
 QList<SaleSeller> sellers(const QSqlDatabase& db);
 
-struct RegisterDay {
-    int status = 0;
-    Decimal acumulado;
-};
-// DIARIOCAJA of the register on `day`.
-std::optional<RegisterDay> registerDay(const QSqlDatabase& db, const QString& serie,
-                                       const QDate& day);
-// MontoMaximoDiario of the register's fiscal printer; nullopt without one.
-std::optional<Decimal> printerDailyMaximum(const QSqlDatabase& db, const QString& serie);
 // The latest registered exchange rate (0 without one).
 Decimal latestExchangeRate(const QSqlDatabase& db);
 // FORMAPAGO.Codigo of a payment way by its name ("" when unknown).
@@ -41,6 +32,14 @@ QString paymentWayCode(const QSqlDatabase& db, const QString& name);
 bool isPrinted(const QSqlDatabase& db, const QString& serie, long long number);
 // TotalMercancia − TotalDescuento + TotalImpuesto of a stored invoice.
 Decimal invoiceTotal(const QSqlDatabase& db, const QString& serie, long long number);
+
+// The lookup lists of the sale screen. The article list takes the typed text + "%", the parked
+// sales the register's serie.
+QString clientCatalogSql();
+QString sellerCatalogSql();
+QString articleCatalogSql();
+QString parkedCatalogSql();
+QString dispatchCatalogSql();
 
 // --- writers (inside the action's transaction) ---
 
@@ -84,9 +83,6 @@ void insertReceivable(const QSqlDatabase& db, long long number, const QString& s
 // The stored totals, summed from the invoice's lines; TotalDolares at `rate` when above zero.
 SaleTotals writeTotals(const QSqlDatabase& db, long long number, const QString& serie,
                        const Decimal& rate);
-void addToAccumulated(const QSqlDatabase& db, const QString& serie, const QDate& day,
-                      const Decimal& amount);
-void resetAccumulated(const QSqlDatabase& db, const QString& serie, const QDate& day);
 void closeDispatchOrder(const QSqlDatabase& db, long long order);
 void markPrinted(const QSqlDatabase& db, const QString& serie, long long number);
 

@@ -1,3 +1,4 @@
+#include "common/db/sql.h"
 #include "common/grid_ui/grid_view.h"
 #include "shell/record_form/master_data.h"
 #include "shell/record_form/record_toolbar.h"
@@ -8,10 +9,14 @@
 #include "support/test_db.h"
 
 #include <QAction>
+#include <QCheckBox>
 #include <QComboBox>
+#include <QDateEdit>
 #include <QDir>
 #include <QFile>
 #include <QLineEdit>
+#include <QMdiArea>
+#include <QMdiSubWindow>
 #include <QRadioButton>
 #include <QTest>
 #include <QToolButton>
@@ -280,4 +285,70 @@ TEST_F(RecordScreensGui, GroupScreenGrantsMenuNodes) {
     EXPECT_EQ(count("GRUPOSEG", "CodGrupo = 'BODEGA' AND CodNodo = 'N2' AND Ver = 'S'"), 1);
     EXPECT_EQ(edit("txtCodGrupo")->text(), "BODEGA");
     EXPECT_EQ(screen->grants()->gridModel()->value(1, 2).toInt(), 1);
+}
+
+TEST_F(RecordScreensGui, ClientWithTypesDatesFlagsAndPercent) {
+    exec("INSERT INTO TIPOSCLIENTE (Codigo, Descripcion, Status) VALUES ('01', 'DETAL', 1)");
+    exec("INSERT INTO TIPOSCLIENTE (Codigo, Descripcion, Status) VALUES ('02', 'MAYOR', 1)");
+    exec("INSERT INTO TIPOSCLIENTE (Codigo, Descripcion, Status) VALUES ('03', 'VIEJO', 0)");
+    open("frmClientes");
+    auto* kind = m_screen->findChild<QComboBox*>("cboTipo");
+    ASSERT_NE(kind, nullptr);
+    EXPECT_EQ(kind->count(), 2); // only active types are offered
+    press("Nuevo");
+    EXPECT_TRUE(edit("txtCodigo")->text().isEmpty()); // clients are keyed by their RIF
+    type("txtCodigo", "J-12345678-9");
+    type("txtNombre", "COMERCIAL O'HARA");
+    type("txtPorcentajeUtilidad", "12,5");
+    kind->setCurrentIndex(kind->findData("02"));
+    m_screen->findChild<QDateEdit*>("dtpFechaIngreso")->setDate(QDate(2024, 2, 29));
+    m_screen->findChild<QCheckBox*>("chkCatalogo")->setChecked(true);
+    press("Guardar");
+    ASSERT_EQ(count("CLIENTES"), 1) << m_dialogs->lastText().toStdString();
+    db::Sql q(db(), "SELECT Nombre, Tipo, Catalogo, Status, PorcentajeUtilidad, FechaIngreso, "
+                    "TipoContribuyente FROM CLIENTES WHERE Codigo = ?");
+    q.bind(QString("J-12345678-9")).exec();
+    ASSERT_TRUE(q.next());
+    EXPECT_EQ(q.text("Nombre"), "COMERCIAL O'HARA");
+    EXPECT_EQ(q.text("Tipo"), "02");
+    EXPECT_EQ(q.integer("Catalogo"), 1);
+    EXPECT_EQ(q.integer("Status"), 1);
+    EXPECT_EQ(q.decimal("PorcentajeUtilidad"), Decimal::fromString(u"12.5"));
+    EXPECT_EQ(q.dateTime("FechaIngreso").date(), QDate(2024, 2, 29));
+    EXPECT_EQ(q.text("TipoContribuyente"), "");
+
+    // Shown back as stored.
+    press("Modificar");
+    EXPECT_EQ(edit("txtPorcentajeUtilidad")->text(), "12.50");
+    EXPECT_EQ(kind->currentData().toString(), "02");
+    press("Cancelar");
+}
+
+TEST_F(RecordScreensGui, ToolbarFollowsTheActiveSubWindow) {
+    exec("INSERT INTO COLORES (Codigo, Nombre, Status) VALUES ('001', 'ROJO', 1)");
+    QMdiArea area;
+    auto* colours = new TableRecordScreen(*masterTable("frmColores"), db(), "ROOT");
+    auto* plain = new QWidget;
+    plain->setObjectName("frmOtra");
+    QMdiSubWindow* colourWindow = area.addSubWindow(colours);
+    QMdiSubWindow* plainWindow = area.addSubWindow(plain);
+    area.show();
+    m_toolbar->setActiveScreen(colourWindow); // a sub-window stands for its screen
+    EXPECT_EQ(m_toolbar->activeScreen(), colours);
+    EXPECT_TRUE(enabled("Modificar"));
+    EXPECT_FALSE(m_toolbar->action(Action::Approve)->isVisible());
+
+    m_toolbar->setActiveScreen(plainWindow);
+    for (const char* key : {"Nuevo", "Modificar", "Eliminar", "Buscar", "Guardar"})
+        EXPECT_FALSE(enabled(key)) << key;
+    EXPECT_TRUE(enabled("Salir"));
+    press("Salir");
+    EXPECT_EQ(area.subWindowList().size(), 1);
+    EXPECT_EQ(m_toolbar->activeScreen(), nullptr);
+
+    // Salir with nothing open leaves the decision to the main window.
+    bool asked = false;
+    QObject::connect(m_toolbar.get(), &RecordToolbar::exitRequested, [&] { asked = true; });
+    press("Salir");
+    EXPECT_TRUE(asked);
 }

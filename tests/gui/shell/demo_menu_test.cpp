@@ -2,6 +2,7 @@
 #include "shell/login/login_screen.h"
 #include "shell/main_window/main_window.h"
 #include "shell/main_window/shell_screens.h"
+#include "shell/record_form/master_data.h"
 
 #include "common/db/sql.h"
 #include "shell/startup/app_state.h"
@@ -98,4 +99,11 @@ TEST_F(DemoMenuTest, AdministratorAndCashierGetTheirMenus) {
     EXPECT_FALSE(cashierForms.isEmpty());
     EXPECT_LT(cashierForms.size(), adminForms.size());
     EXPECT_TRUE(m_dialogs.messages().isEmpty()) << m_dialogs.lastText().toStdString();
+}
+
+TEST_F(DemoMenuTest, EveryMasterDataScreenIsInTheAdministratorsMenu) {
+    const QStringList adminForms =
+        leafForms(loadUserMenu(mainDb(), QString::fromLatin1(demo::kAdminUser), true));
+    for (const RecordTable& t : masterTables())
+        EXPECT_TRUE(adminForms.contains(t.formName)) << t.formName.toStdString();
 }

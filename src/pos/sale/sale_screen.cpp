@@ -1,0 +1,650 @@
+#include "pos/sale/sale_screen.h"
+
+#include "common/dialogs/dialogs.h"
+#include "common/grid_ui/catalog_dialog.h"
+#include "pos/fiscal/register_printer.h"
+#include "pos/payments/payments_screen.h"
+#include "pos/register/day_state.h"
+#include "pos/sale/sale_store.h"
+#include "shell/login/login.h"
+#include "shell/main_window/main_window.h"
+#include "shell/screens/screen_registry.h"
+#include "shell/session/settings_readers.h"
+#include "shell/startup/app_state.h"
+#include "shell/users/roles.h"
+
+#include <QCheckBox>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPrinter>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTableWidget>
+#include <QTextDocument>
+#include <QVBoxLayout>
+
+namespace orvo::pos::sale {
+
+namespace {
+
+QString money(const Decimal& d) {
+    return payments::formatAmount(d);
+}
+
+QLabel* amountLabel(QWidget* parent, const char* name) {
+    auto* l = new QLabel(QStringLiteral("0,00"), parent);
+    l->setObjectName(QString::fromLatin1(name));
+    l->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    l->setFrameShape(QFrame::StyledPanel);
+    l->setMinimumWidth(120);
+    return l;
+}
+
+QPushButton* button(QWidget* parent, const char* name, const QString& text) {
+    auto* b = new QPushButton(text, parent);
+    b->setObjectName(QString::fromLatin1(name));
+    b->setAutoDefault(false);
+    return b;
+}
+
+// Paper invoices go to ImpresoraFactura: a .pdf path, or a printer by name.
+bool printPaper(const QString& html, bool large, long long number) {
+    const QString setting = invoicePrinterSetting();
+    if (setting.isEmpty())
+        return false;
+    if (setting.endsWith(QLatin1String(".pdf"), Qt::CaseInsensitive))
+        return printToPdfSetting(setting, html, large, number);
+    QPrinter printer;
+    printer.setPrinterName(setting);
+    if (!printer.isValid())
+        return false;
+    QTextDocument doc;
+    doc.setHtml(html);
+    doc.print(&printer);
+    return true;
+}
+
+} // namespace
+
+SaleScreen::SaleScreen(QSqlDatabase db, shell::SessionContext& ctx,
+                       fiscal::FiscalPrinterThread* printer, QWidget* parent)
+    : QWidget(parent), m_db(std::move(db)), m_ctx(ctx), m_printerThread(printer) {
+    setObjectName(QStringLiteral("frmFacturacion"));
+    m_draft = newDraft(m_db, m_ctx);
+    buildUi();
+    clearForNextSale();
+}
+
+SaleScreen::~SaleScreen() = default;
+
+void SaleScreen::buildUi() {
+    auto* root = new QVBoxLayout(this);
+
+    auto* head = new QGridLayout;
+    head->addWidget(new QLabel(QStringLiteral("Cliente:"), this), 0, 0);
+    m_client = new QLineEdit(this);
+    m_client->setObjectName(QStringLiteral("txtCliente"));
+    head->addWidget(m_client, 0, 1);
+    auto* clientButton = button(this, "cmdCatalogoCliente", QStringLiteral("..."));
+    head->addWidget(clientButton, 0, 2);
+    m_clientName = new QLabel(this);
+    m_clientName->setObjectName(QStringLiteral("lblCliente"));
+    head->addWidget(m_clientName, 0, 3);
+    head->addWidget(new QLabel(QStringLiteral("Vendedor:"), this), 1, 0);
+    m_seller = new QLineEdit(this);
+    m_seller->setObjectName(QStringLiteral("txtVendedor"));
+    head->addWidget(m_seller, 1, 1);
+    auto* sellerButton = button(this, "cmdCatalogoVendedor", QStringLiteral("..."));
+    head->addWidget(sellerButton, 1, 2);
+    m_sellerName = new QLabel(this);
+    m_sellerName->setObjectName(QStringLiteral("lblVendedor"));
+    head->addWidget(m_sellerName, 1, 3);
+    head->addWidget(new QLabel(QStringLiteral("Artículo:"), this), 2, 0);
+    m_barcode = new QLineEdit(this);
+    m_barcode->setObjectName(QStringLiteral("txtCodigoBarra"));
+    head->addWidget(m_barcode, 2, 1, 1, 3);
+    head->setColumnStretch(3, 1);
+    root->addLayout(head);
+
+    m_grid = new QTableWidget(0, kColumnCount, this);
+    m_grid->setObjectName(QStringLiteral("SpreadFacturacion"));
+    m_grid->setHorizontalHeaderLabels(
+        {QStringLiteral("Lista"), QStringLiteral("Código"), QStringLiteral("Descripción"),
+         QStringLiteral("Cantidad"), QStringLiteral("Precio"), QStringLiteral("% Desc."),
+         QStringLiteral("Precio Lista"), QStringLiteral("Impuesto"), QStringLiteral("Total")});
+    m_grid->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    m_grid->setSelectionBehavior(QAbstractItemView::SelectRows);
+    m_grid->setSelectionMode(QAbstractItemView::SingleSelection);
+    m_grid->horizontalHeader()->setSectionResizeMode(kName, QHeaderView::Stretch);
+    m_grid->installEventFilter(this);
+    root->addWidget(m_grid, 1);
+
+    auto* options = new QHBoxLayout;
+    m_exempt = new QCheckBox(QStringLiteral("Factura exenta de impuesto"), this);
+    m_exempt->setObjectName(QStringLiteral("chkFacturaExentaDeImpuesto"));
+    m_exempt->setEnabled(m_ctx.permiteFacturasExentas == 1);
+    m_contingency = new QCheckBox(QStringLiteral("Factura de contingencia"), this);
+    m_contingency->setObjectName(QStringLiteral("chkFacturaContingencia"));
+    m_contingency->setVisible(registers::contingencyAllowed(m_db, m_ctx.serial));
+    auto* mode = new QGroupBox(QStringLiteral("Modo de pago"), this);
+    mode->setObjectName(QStringLiteral("OptModoPago"));
+    auto* modeLayout = new QHBoxLayout(mode);
+    m_cash = new QRadioButton(QStringLiteral("Contado"), mode);
+    m_cash->setObjectName(QStringLiteral("optContado"));
+    m_credit = new QRadioButton(QStringLiteral("Crédito"), mode);
+    m_credit->setObjectName(QStringLiteral("optCredito"));
+    m_creditDays = new QLineEdit(mode);
+    m_creditDays->setObjectName(QStringLiteral("txtDiasCredito"));
+    m_creditDays->setPlaceholderText(QStringLiteral("Días"));
+    m_creditDays->setMaximumWidth(60);
+    modeLayout->addWidget(m_cash);
+    modeLayout->addWidget(m_credit);
+    modeLayout->addWidget(m_creditDays);
+    m_discount = new QLineEdit(this);
+    m_discount->setObjectName(QStringLiteral("txtPorcentajeDescuento"));
+    m_discount->setMaximumWidth(70);
+    auto* discountButton = button(this, "cmdDescuento", QStringLiteral("% Descuento"));
+    discountButton->setEnabled(m_ctx.permiteDescuento == 1);
+    m_discount->setEnabled(m_ctx.permiteDescuento == 1);
+    options->addWidget(m_exempt);
+    options->addWidget(m_contingency);
+    options->addWidget(mode);
+    options->addWidget(m_discount);
+    options->addWidget(discountButton);
+    options->addStretch();
+    root->addLayout(options);
+
+    auto* totals = new QGridLayout;
+    m_merchandise = amountLabel(this, "lblTotalMercancia");
+    m_discountTotal = amountLabel(this, "lblTotalDescuento");
+    m_taxBase = amountLabel(this, "lblBaseImponible");
+    m_tax = amountLabel(this, "lblTotalImpuesto");
+    m_total = amountLabel(this, "lblTotalFactura");
+    m_paid = new QLineEdit(this);
+    m_paid->setObjectName(QStringLiteral("txtTotalPago"));
+    m_paid->setReadOnly(true);
+    m_change = new QLineEdit(this);
+    m_change->setObjectName(QStringLiteral("txtTotalCambio"));
+    m_change->setReadOnly(true);
+    const QList<std::pair<QString, QWidget*>> cells = {
+        {QStringLiteral("Mercancía"), m_merchandise},
+        {QStringLiteral("Descuento"), m_discountTotal},
+        {QStringLiteral("Base imponible"), m_taxBase},
+        {QStringLiteral("Impuesto"), m_tax},
+        {QStringLiteral("Total"), m_total},
+        {QStringLiteral("Pagado"), m_paid},
+        {QStringLiteral("Cambio"), m_change}};
+    for (int i = 0; i < cells.size(); ++i) {
+        totals->addWidget(new QLabel(cells[i].first, this), 0, i);
+        totals->addWidget(cells[i].second, 1, i);
+    }
+    root->addLayout(totals);
+
+    auto* actions = new QHBoxLayout;
+    auto* lists = button(this, "cmdListaPrecios", QStringLiteral("Lista de precios"));
+    auto* pay = button(this, "cmdPagos", QStringLiteral("F5 Pagos"));
+    auto* parkButton = button(this, "cmdCongelar", QStringLiteral("F6 Congelar"));
+    auto* backButton = button(this, "cmdDescongelar", QStringLiteral("F7 Descongelar"));
+    auto* orderButton = button(this, "cmdOrdenDespacho", QStringLiteral("F8 Orden de despacho"));
+    orderButton->setEnabled(m_ctx.permiteFacturarOrdenDespacho == 1);
+    auto* acceptButton = button(this, "cmdAceptar", QStringLiteral("F10 Aceptar"));
+    auto* cancelButton = button(this, "cmdCancelar", QStringLiteral("F12 Cancelar"));
+    for (QPushButton* b :
+         {lists, pay, parkButton, backButton, orderButton, acceptButton, cancelButton})
+        actions->addWidget(b);
+    root->addLayout(actions);
+
+    connect(m_barcode, &QLineEdit::returnPressed, this, &SaleScreen::enterArticle);
+    connect(m_client, &QLineEdit::returnPressed, this, &SaleScreen::enterClient);
+    connect(m_seller, &QLineEdit::returnPressed, this, &SaleScreen::enterSeller);
+    connect(m_discount, &QLineEdit::returnPressed, this, &SaleScreen::applyDiscount);
+    connect(clientButton, &QPushButton::clicked, this, &SaleScreen::chooseClient);
+    connect(sellerButton, &QPushButton::clicked, this, &SaleScreen::chooseSeller);
+    connect(discountButton, &QPushButton::clicked, this, &SaleScreen::applyDiscount);
+    connect(lists, &QPushButton::clicked, this, &SaleScreen::switchList);
+    connect(pay, &QPushButton::clicked, this, &SaleScreen::openPayments);
+    connect(parkButton, &QPushButton::clicked, this, &SaleScreen::park);
+    connect(backButton, &QPushButton::clicked, this, &SaleScreen::takeBack);
+    connect(orderButton, &QPushButton::clicked, this, &SaleScreen::invoiceDispatchOrder);
+    connect(acceptButton, &QPushButton::clicked, this, &SaleScreen::accept);
+    connect(cancelButton, &QPushButton::clicked, this, &SaleScreen::cancelSale);
+    connect(m_exempt, &QCheckBox::toggled, this, [this](bool on) {
+        m_draft.setExempt(on);
+        m_draft.clearPayments();
+        refresh();
+    });
+    connect(m_contingency, &QCheckBox::toggled, this,
+            [this](bool on) { m_draft.setContingency(on); });
+    connect(m_credit, &QRadioButton::toggled, this, [this](bool on) {
+        m_draft.setMode(on ? PaymentMode::Credit : PaymentMode::Cash);
+        m_draft.clearPayments();
+        refresh();
+    });
+    connect(m_creditDays, &QLineEdit::textChanged, this,
+            [this](const QString& t) { m_draft.setCreditDays(t.toInt()); });
+}
+
+void SaleScreen::keyPressEvent(QKeyEvent* event) {
+    switch (event->key()) {
+    case Qt::Key_F2:
+        priceQuery();
+        return;
+    case Qt::Key_F5:
+        openPayments();
+        return;
+    case Qt::Key_F6:
+        park();
+        return;
+    case Qt::Key_F7:
+        takeBack();
+        return;
+    case Qt::Key_F8:
+        invoiceDispatchOrder();
+        return;
+    case Qt::Key_F10:
+        accept();
+        return;
+    case Qt::Key_F12:
+        cancelSale();
+        return;
+    default:
+        break;
+    }
+    QWidget::keyPressEvent(event);
+}
+
+bool SaleScreen::eventFilter(QObject* watched, QEvent* event) {
+    // Delete on the grid removes the selected line.
+    if (watched == m_grid && event->type() == QEvent::KeyPress &&
+        static_cast<QKeyEvent*>(event)->key() == Qt::Key_Delete) {
+        deleteSelectedLine();
+        return true;
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+void SaleScreen::refresh() {
+    const auto& lines = m_draft.lines();
+    m_grid->setRowCount(int(lines.size()));
+    for (int r = 0; r < lines.size(); ++r) {
+        const SaleLine& l = lines.at(r);
+        const QStringList cells = {QString(QLatin1Char(l.tipoLista)),
+                                   l.codigoBarra,
+                                   l.nombre,
+                                   l.cantidad.toString(),
+                                   money(l.precio),
+                                   l.porcentajeDescuento.toString(2),
+                                   money(l.precioLista),
+                                   money(l.impuesto),
+                                   money(((l.precioLista + l.impuesto) * l.cantidad).rounded(2))};
+        for (int c = 0; c < cells.size(); ++c) {
+            auto* item = new QTableWidgetItem(cells[c]);
+            if (c >= kQuantity)
+                item->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
+            m_grid->setItem(r, c, item);
+        }
+    }
+    const SaleTotals t = m_draft.totals();
+    m_merchandise->setText(money(t.merchandise));
+    m_discountTotal->setText(money(t.discount));
+    m_taxBase->setText(money(t.taxBase));
+    m_tax->setText(money(t.tax));
+    m_total->setText(money(t.total));
+    m_paid->setText(money(m_draft.amountPaid()));
+    m_change->setText(money(m_draft.change()));
+    m_barcode->setEnabled(!m_draft.isLocked());
+}
+
+void SaleScreen::clearForNextSale() {
+    m_draft = newDraft(m_db, m_ctx);
+    m_client->clear();
+    m_clientName->clear();
+    m_seller->clear();
+    m_sellerName->clear();
+    m_discount->clear();
+    m_creditDays->clear();
+    m_exempt->setChecked(false);
+    m_contingency->setChecked(false);
+    m_cash->setChecked(true);
+    const QString title =
+        QStringLiteral("Facturación - (Factura Nº %1)      F2 - Consultar precios")
+            .arg(nextInvoiceNumberPreview(m_db, m_ctx));
+    setWindowTitle(title);
+    refresh();
+    m_client->setFocus();
+}
+
+void SaleScreen::showClient() {
+    const SaleClient& c = m_draft.client();
+    m_client->setText(c.codigo);
+    m_clientName->setText(c.isSet()
+                              ? c.nombre + QStringLiteral("   CLIENTE TIPO : ") + c.tipoDescripcion
+                              : QString());
+    m_seller->setText(m_draft.seller().codigo);
+    m_sellerName->setText(m_draft.seller().nombre);
+    m_exempt->blockSignals(true);
+    m_exempt->setChecked(m_draft.isExempt());
+    m_exempt->blockSignals(false);
+}
+
+void SaleScreen::enterClient() {
+    guarded(this, [&] {
+        const QString code = m_client->text().trimmed();
+        if (code.isEmpty())
+            return;
+        auto client = findClient(m_db, code);
+        if (!client) {
+            if (dialogs().question(this,
+                                   QStringLiteral("El cliente no esta registrado. ¿Desea "
+                                                  "Registrarlo?"),
+                                   QStringLiteral("Registro de Cliente"))) {
+                if (auto* main = qobject_cast<shell::MainWindow*>(window()))
+                    main->openForm(QStringLiteral("frmClientes"));
+            }
+            return;
+        }
+        m_draft.setClient(*client);
+        showClient();
+        m_seller->setFocus();
+        m_seller->selectAll();
+    });
+}
+
+void SaleScreen::chooseClient() {
+    guarded(this, [&] {
+        const auto row = grid::CatalogDialog::choose(this, QStringLiteral("Clientes"), m_db,
+                                                     store::clientCatalogSql());
+        if (!row)
+            return;
+        m_client->setText(grid::CatalogDialog::valueOf(*row, QStringLiteral("Codigo")).toString());
+        enterClient();
+    });
+}
+
+void SaleScreen::enterSeller() {
+    guarded(this, [&] {
+        const QString code = m_seller->text().trimmed();
+        if (code.isEmpty())
+            return;
+        m_draft.setSeller(findSeller(m_db, code));
+        m_sellerName->setText(m_draft.seller().nombre);
+        m_barcode->setFocus();
+    });
+}
+
+void SaleScreen::chooseSeller() {
+    guarded(this, [&] {
+        const auto row = grid::CatalogDialog::choose(this, QStringLiteral("Vendedores"), m_db,
+                                                     store::sellerCatalogSql());
+        if (!row)
+            return;
+        m_seller->setText(grid::CatalogDialog::valueOf(*row, QStringLiteral("Codigo")).toString());
+        enterSeller();
+    });
+}
+
+void SaleScreen::enterArticle() {
+    guarded(this, [&] {
+        const QString text = m_barcode->text().trimmed();
+        if (text.isEmpty())
+            return;
+        QList<ArticlePrices> found = lookupArticles(m_db, text);
+        if (found.isEmpty()) {
+            dialogs().information(this, QStringLiteral("El artículo no existe o no tiene "
+                                                       "existencia...!"));
+            m_barcode->selectAll();
+            return;
+        }
+        ArticlePrices chosen = found.first();
+        if (found.size() > 1) {
+            const auto row =
+                grid::CatalogDialog::choose(this, QStringLiteral("Artículos"), m_db,
+                                            store::articleCatalogSql(), {text + QLatin1Char('%')});
+            if (!row)
+                return;
+            const QString code =
+                grid::CatalogDialog::valueOf(*row, QStringLiteral("CodigoBarra")).toString();
+            for (const ArticlePrices& a : found)
+                if (a.codigoBarra == code.trimmed())
+                    chosen = a;
+        }
+        addArticle(m_draft, chosen);
+        m_draft.clearPayments();
+        refresh();
+        m_grid->selectRow(m_grid->rowCount() - 1);
+        m_barcode->clear();
+    });
+    m_barcode->setFocus();
+}
+
+void SaleScreen::priceQuery() {
+    guarded(this, [&] {
+        const auto text =
+            dialogs().textInput(this, QStringLiteral("Consultar precios"),
+                                QStringLiteral("Código de barra o referencia:"), m_barcode->text());
+        if (!text || text->trimmed().isEmpty())
+            return;
+        const auto quotes = sale::priceQuery(m_db, m_draft, *text);
+        if (quotes.isEmpty()) {
+            dialogs().information(this, QStringLiteral("El artículo no existe o no tiene "
+                                                       "existencia...!"));
+            return;
+        }
+        QStringList out;
+        for (const PriceQuote& q : quotes.mid(0, 10)) {
+            const ArticlePrices& a = q.article;
+            out << QStringLiteral("%1  %2\nDetal: %3  Mayor: %4  Afiliado: %5%6  Existencia: %7\n"
+                                  "Precio de venta: %8 + impuesto %9")
+                       .arg(a.codigoBarra, a.nombre, money(a.precioDetal.rounded(2)),
+                            money(a.precioMayor.rounded(2)), money(a.precioAfiliado.rounded(2)),
+                            promotionActive(a, m_draft.settings().today)
+                                ? QStringLiteral("  Promoción: ") +
+                                      money(a.precioPromocion.rounded(2))
+                                : QString(),
+                            a.existencia.toString(), money(q.line.precioLista),
+                            money(q.line.impuesto));
+        }
+        dialogs().information(this, out.join(QStringLiteral("\n\n")),
+                              QStringLiteral("Consultar precios"));
+    });
+}
+
+bool SaleScreen::authorise(QString& who) {
+    const bool ask = shell::authoriseDeletingInvoiceLine(m_db) ||
+                     shell::registerRequiresAuthorisation(m_db, m_ctx.serial);
+    if (!ask) {
+        who = m_ctx.userCode;
+        return true;
+    }
+    const auto credentials =
+        dialogs().authorisation(this, QStringLiteral("Autorización del supervisor"));
+    if (!credentials)
+        return false;
+    const shell::LoggedUser user =
+        shell::checkLogin(m_db, credentials->user, credentials->password);
+    if (!shell::users::isAdministrator(m_db, user.code))
+        throw UserError(QStringLiteral("Ud no esta autorizado para eliminar items de facturacion"));
+    who = user.code;
+    return true;
+}
+
+void SaleScreen::deleteSelectedLine() {
+    guarded(this, [&] {
+        const int row = m_grid->currentRow();
+        if (row < 0 || row >= m_draft.lines().size())
+            return;
+        if (!dialogs().question(this, QStringLiteral("Desea eliminar el item seleccionado?"),
+                                QStringLiteral("Eliminar item")))
+            return;
+        QString who;
+        if (!authorise(who))
+            return;
+        sale::deleteLine(m_db, m_ctx, m_draft, row, who);
+        m_draft.clearPayments();
+        refresh();
+    });
+}
+
+void SaleScreen::cancelSale() {
+    guarded(this, [&] {
+        if (m_draft.isEmpty()) {
+            clearForNextSale();
+            return;
+        }
+        if (!dialogs().question(this, QStringLiteral("Desea cancelar la factura?")))
+            return;
+        QString who;
+        if (!authorise(who))
+            return;
+        sale::cancelSale(m_db, m_ctx, m_draft, who);
+        clearForNextSale();
+    });
+}
+
+void SaleScreen::switchList() {
+    guarded(this, [&] {
+        const bool allowed = m_ctx.permiteAlternarListas == 1 && !m_draft.isLocked();
+        m_draft.switchList(m_grid->currentRow(), allowed);
+        m_draft.clearPayments();
+        refresh();
+    });
+}
+
+void SaleScreen::applyDiscount() {
+    guarded(this, [&] {
+        if (m_draft.isEmpty())
+            throw UserError(QStringLiteral("Debe especificar al menos un artículo...!"));
+        const auto percent = payments::parseTypedAmount(m_discount->text());
+        if (!percent || *percent < Decimal() || *percent > Decimal(100))
+            return;
+        if (!dialogs().question(this, QStringLiteral("No podra ingresar mas items si aplica el "
+                                                     "descuento en este momento, Finalizo el "
+                                                     "registro de los artículos...?")))
+            return;
+        m_draft.applyGlobalDiscount(*percent);
+        m_draft.clearPayments();
+        refresh();
+    });
+}
+
+void SaleScreen::openPayments() {
+    guarded(this, [&] {
+        if (m_draft.isEmpty())
+            throw UserError(QStringLiteral("Debe especificar al menos un artículo...!"));
+        if (m_draft.mode() == PaymentMode::Credit)
+            return;
+        payments::PaymentsScreenInput in;
+        in.invoiceTotal = m_draft.totals().total;
+        in.exchangeRate = store::latestExchangeRate(m_db);
+        in.allowChange = true;
+        in.currencySymbol = m_ctx.simboloMoneda;
+        in.serie = m_ctx.serial;
+        payments::PaymentsScreen screen(m_db, in, nullptr, this);
+        if (screen.exec() != QDialog::Accepted)
+            return;
+        m_draft.setPayments(screen.rows(), screen.amountPaid(), in.exchangeRate);
+        refresh();
+    });
+}
+
+SalePrinter* SaleScreen::printer() {
+    if (!printsFiscally(m_ctx))
+        return nullptr;
+    if (!m_printer)
+        m_printer = std::make_unique<ThreadSalePrinter>(
+            m_printerThread ? *m_printerThread : fiscal::registerPrinter());
+    return m_printer.get();
+}
+
+bool SaleScreen::printInvoice(long long number, bool contingency, const Decimal& change) {
+    const PrintResult r =
+        printSale(m_db, m_ctx, number, contingency, printer(), printPaper, change);
+    if (!r.ok())
+        dialogs().warning(this, r.error);
+    return r.ok();
+}
+
+void SaleScreen::accept() {
+    guarded(this, [&] {
+        // An invoice saved earlier whose print failed goes out first.
+        for (long long pending : pendingPrints(m_db, m_ctx.serial))
+            if (!printInvoice(pending, false, Decimal()))
+                return;
+        if (m_draft.mode() == PaymentMode::Cash && m_draft.payments().isEmpty() &&
+            m_draft.client().isSet() && !m_draft.isEmpty()) {
+            openPayments();
+            if (m_draft.payments().isEmpty())
+                return;
+        }
+        AcceptResult r = acceptSale(m_db, m_ctx, m_draft, printer());
+        if (r.status == AcceptResult::Status::NeedsForcedZ) {
+            dialogs().information(
+                this, QStringLiteral("El monto facturado mas el monto acumulado por ventas supera "
+                                     "el total soportado por la impresora, se procedera a "
+                                     "imprimir un Z y luego la factura. Esto durara unos 10 "
+                                     "Segundos."));
+            if (!forcedZ(*printer()))
+                throw UserError(printer()->errorText());
+            dialogs().information(this, QStringLiteral("Presione ENTER para imprimir la "
+                                                       "factura...!"));
+            r = acceptSale(m_db, m_ctx, m_draft, printer(), true);
+        }
+        printInvoice(r.number, m_draft.isContingency(), r.change);
+        clearForNextSale();
+    });
+}
+
+void SaleScreen::park() {
+    guarded(this, [&] {
+        parkSale(m_db, m_ctx, m_draft);
+        clearForNextSale();
+    });
+}
+
+void SaleScreen::takeBack() {
+    guarded(this, [&] {
+        const auto row =
+            grid::CatalogDialog::choose(this, QStringLiteral("Facturas congeladas"), m_db,
+                                        store::parkedCatalogSql(), {m_ctx.serial});
+        if (!row)
+            return;
+        if (!m_draft.isEmpty())
+            parkSale(m_db, m_ctx, m_draft);
+        takeBackParked(m_db, m_ctx,
+                       grid::CatalogDialog::valueOf(*row, QStringLiteral("Numero")).toLongLong(),
+                       m_draft);
+        showClient();
+        refresh();
+    });
+}
+
+void SaleScreen::invoiceDispatchOrder() {
+    guarded(this, [&] {
+        if (m_ctx.permiteFacturarOrdenDespacho != 1)
+            return;
+        const auto row = grid::CatalogDialog::choose(this, QStringLiteral("Ordenes de despacho"),
+                                                     m_db, store::dispatchCatalogSql());
+        if (!row)
+            return;
+        loadDispatchOrder(m_db, m_ctx,
+                          grid::CatalogDialog::valueOf(*row, QStringLiteral("Numero")).toLongLong(),
+                          m_draft);
+        showClient();
+        refresh();
+    });
+}
+
+void registerSaleScreens() {
+    shell::ScreenRegistry::instance().add(QStringLiteral("frmFacturacion"), [](QWidget* parent) {
+        if (invoicePrinterSetting().isEmpty())
+            throw UserError(QStringLiteral("Debe configurar la impresora para facturar...!"));
+        return new SaleScreen(shell::mainDb(), shell::session(), nullptr, parent);
+    });
+}
+
+} // namespace orvo::pos::sale
