@@ -2,6 +2,7 @@
 
 #include "common/security/scrambler.h"
 #include "shell/startup/server_config.h"
+#include "support/test_db.h"
 
 #include <QDir>
 #include <QSettings>
@@ -28,6 +29,9 @@ public:
                            m_dir.path() + QStringLiteral("/settings"));
     }
     ~HomeGuard() {
+        // Settings written after this stay out of the user's real configuration.
+        QSettings::setPath(QSettings::IniFormat, QSettings::UserScope,
+                           processTempDir() + QStringLiteral("/settings"));
         if (m_old.isEmpty())
             qunsetenv("ORVO_HOME");
         else

@@ -1,0 +1,104 @@
+// Save of a 20-line cash invoice in one transaction (number, VENTAS, MOVVENTAS, stock, PAGOSVENTA,
+// totals, the day's accumulated amount) on the demo store: on the embedded engine and, when a
+// PostgreSQL server is given (ORVO_TEST_PG=host:port, user ORVO_TEST_PG_USER), on PostgreSQL.
+// Prints the mean and the slowest save in milliseconds.
+#include "common/db/connection.h"
+#include "common/db/sql.h"
+#include "common/schema/migrate.h"
+#include "pos/sale/sale.h"
+#include "shell/demo/demo_store.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QTemporaryDir>
+#include <cstdio>
+
+using namespace orvo;
+using namespace orvo::pos::sale;
+
+namespace {
+
+constexpr int kLines = 20;
+constexpr int kInvoices = 200;
+
+void measure(const char* engine, const QSqlDatabase& db) {
+    shell::demo::seedDemoStore(db);
+    const QString serie = QString::fromLatin1(shell::demo::kDemoSerial);
+    // A register that prints on paper: the printer is not part of the save.
+    db::execute(db, QStringLiteral("UPDATE PARAMETROS SET UsaImpresoraFiscal = 0"));
+    db::execute(db,
+                QStringLiteral("INSERT INTO DIARIOCAJA (Serie, Fecha, Numero, FacturaInicial, "
+                               "FacturaFinal, Status, Acumulado) VALUES (?, ?, 1, 0, 0, 0, 0)"),
+                {serie, db::dayStart(db::serverNow(db).date())});
+    shell::SessionContext ctx;
+    ctx.serial = serie;
+    shell::loadSession(db, ctx);
+    ctx.userCode = QStringLiteral("CAJERO1");
+
+    QStringList codes;
+    {
+        db::Sql q(db, QStringLiteral("SELECT CodigoBarra FROM INVENTARIO WHERE Tipo = 0 AND "
+                                     "CostoPromedio > 0 ORDER BY CodigoBarra LIMIT ?"));
+        q.bind(kLines).exec();
+        while (q.next())
+            codes << q.text(QStringLiteral("CodigoBarra")).trimmed();
+    }
+    SaleDraft draft = newDraft(db, ctx);
+    draft.setClient(*findClient(db, QString::fromLatin1(shell::demo::kCashClient)));
+    draft.setSeller(findSeller(db, QStringLiteral("003")));
+    for (const QString& code : codes)
+        addArticle(draft, lookupArticles(db, code).at(0));
+    pos::payments::PaymentRow cash;
+    cash.way = QStringLiteral("EFECTIVO");
+    cash.amount = draft.totals().total + Decimal(10);
+    draft.setPayments({cash}, *cash.amount, Decimal(36));
+
+    qint64 worst = 0;
+    QElapsedTimer total;
+    total.start();
+    for (int i = 0; i < kInvoices; ++i) {
+        QElapsedTimer one;
+        one.start();
+        acceptSale(db, ctx, draft, nullptr);
+        worst = std::max(worst, one.nsecsElapsed());
+    }
+    const double meanMs = total.nsecsElapsed() / 1e6 / kInvoices;
+    std::printf("%-10s save of a %d-line cash invoice: mean %.2f ms, slowest %.2f ms (%d "
+                "invoices; budget 15 ms)\n",
+                engine, int(draft.lines().size()), meanMs, worst / 1e6, kInvoices);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    QCoreApplication app(argc, argv);
+    QTemporaryDir dir;
+    {
+        db::ConnectionSettings s;
+        s.sqliteFile = dir.path() + QStringLiteral("/bench.sqlite");
+        QSqlDatabase db = db::openConnection(s, QStringLiteral("bench_sqlite"));
+        schema::migrate(db);
+        measure("SQLite", db);
+    }
+    const QString pg = qEnvironmentVariable("ORVO_TEST_PG");
+    if (!pg.isEmpty()) {
+        db::ConnectionSettings s;
+        s.engine = db::Engine::Postgres;
+        s.host = pg.section(u':', 0, 0);
+        s.port = pg.section(u':', 1, 1).toInt();
+        s.user = qEnvironmentVariable("ORVO_TEST_PG_USER", QStringLiteral("orvo"));
+        s.password = qEnvironmentVariable("ORVO_TEST_PG_PASSWORD");
+        s.database = QStringLiteral("postgres");
+        {
+            QSqlDatabase admin = db::openConnection(s, QStringLiteral("bench_admin"));
+            db::execute(admin, QStringLiteral("DROP DATABASE IF EXISTS orvo_bench_sale"));
+            db::execute(admin, QStringLiteral("CREATE DATABASE orvo_bench_sale"));
+        }
+        db::closeConnection(QStringLiteral("bench_admin"));
+        s.database = QStringLiteral("orvo_bench_sale");
+        QSqlDatabase db = db::openConnection(s, QStringLiteral("bench_pg"));
+        schema::migrate(db);
+        measure("PostgreSQL", db);
+    }
+    return 0;
+}
