@@ -291,9 +291,10 @@ AcceptResult acceptSale(const QSqlDatabase& db, const shell::SessionContext& ctx
     if (draft.dispatchOrder() > 0)
         store::closeDispatchOrder(db, draft.dispatchOrder());
 
+    store::LineWriter lines(db, number, ctx.serial, now);
     for (const SaleLine& l : draft.lines()) {
-        store::addLine(db, number, ctx.serial, now, l);
-        store::decreaseStock(db, l.codigoBarra, l.cantidad);
+        lines.add(l);
+        lines.decreaseStock(l.codigoBarra, l.cantidad);
     }
     store::ensurePlaceholderBank(db);
 
