@@ -229,7 +229,8 @@ bool printsFiscally(const shell::SessionContext& ctx) {
 }
 
 AcceptResult acceptSale(const QSqlDatabase& db, const shell::SessionContext& ctx,
-                        const SaleDraft& draft, SalePrinter* printer, bool forcedZDone) {
+                        const SaleDraft& draft, SalePrinter* printer, bool forcedZDone,
+                        const std::function<void()>& alsoInTransaction) {
     const QDate today = serverToday(db);
     registers::checkDayOpen(db, ctx.serial, today);
     draft.validate();
@@ -256,6 +257,8 @@ AcceptResult acceptSale(const QSqlDatabase& db, const shell::SessionContext& ctx
     const Decimal rate =
         draft.exchangeRate() > Decimal() ? draft.exchangeRate() : store::latestExchangeRate(db);
     db::Transaction tx(db);
+    if (alsoInTransaction)
+        alsoInTransaction();
     if (forcedZDone)
         registers::resetAccumulated(db, ctx.serial, today);
     const long long number = common::nextInvoiceNumber(db, ctx.controlFactura, ctx.serial);
