@@ -248,3 +248,30 @@ TEST_F(CashClosingTest, AReservedZThatWasNeverPrintedIsPrintedOnTheNextRun) {
 }
 
 } // namespace
+
+namespace {
+
+TEST_F(CashClosingTest, AnOlderOpenDayIsAnnouncedAndClosedUnderItsOwnDate) {
+    // The register's day stayed open overnight: it is closed as that day.
+    exec("UPDATE DIARIOCAJA SET Fecha = ?", {QDateTime(today().addDays(-1), QTime(0, 0))});
+    exec("UPDATE VENTAS SET Fecha = ?", {QDateTime(today().addDays(-1), QTime(18, 0))});
+    exec("UPDATE PAGOSVENTA SET Fecha = ?", {QDateTime(today().addDays(-1), QTime(18, 0))});
+    ClosingRequest r = request();
+    r.backup = false;
+    const ClosingOutcome o = closeDayWith(db(), *m_printer, r);
+    ASSERT_TRUE(o.closed);
+    EXPECT_EQ(o.notices,
+              QStringList{"La Fecha de Apertura de la Caja es anterior a la fecha actual del "
+                          "Sistema."});
+    EXPECT_EQ(scalar("SELECT FechaApertura FROM DIARIOREPORTEZ").toDateTime(),
+              QDateTime(today().addDays(-1), QTime(0, 0)));
+    // Today has no opening: closing again says so.
+    try {
+        closeDayWith(db(), *m_printer, r);
+        ADD_FAILURE();
+    } catch (const UserError& e) {
+        EXPECT_EQ(e.text(), "No existe apertura de fecha " + dayText(today()) + "...!");
+    }
+}
+
+} // namespace
