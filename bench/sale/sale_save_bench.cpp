@@ -10,6 +10,7 @@
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
+#include <QLoggingCategory>
 #include <QTemporaryDir>
 #include <cstdio>
 
@@ -72,6 +73,7 @@ void measure(const char* engine, const QSqlDatabase& db) {
 
 int main(int argc, char** argv) {
     QCoreApplication app(argc, argv);
+    QLoggingCategory::setFilterRules(QStringLiteral("orvo.pos.sale.info=false"));
     QTemporaryDir dir;
     {
         db::ConnectionSettings s;

@@ -1,8 +1,10 @@
 #include "app/screens.h"
 
 #include "inventory/articles/article_screens.h"
+#include "pos/cash/cash_screens.h"
 #include "pos/fiscal/counter_correction_screen.h"
 #include "pos/register/register_screens.h"
+#include "pos/returns/return_screen.h"
 #include "pos/sale/sale_screen.h"
 #include "shell/record_form/master_data.h"
 #include "shell/screens/screen_registry.h"
@@ -17,7 +19,9 @@ void registerAllScreens() {
         {[] { return shell::mainDb(); }, [] { return shell::session().userCode; }});
     pos::registers::registerScreens();
     pos::fiscal::registerFiscalScreens();
+    pos::returns::registerReturnScreens();
     pos::sale::registerSaleScreens();
+    pos::cash::registerCashScreens();
 }
 
 } // namespace orvo::app

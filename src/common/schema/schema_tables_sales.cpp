@@ -57,7 +57,10 @@ QList<Table> salesTables() {
                dateTime("Fecha"), text("Vendedor", 15), text("Cliente", 15),
                money("TotalMercancia"), money("TotalDescuento"), money("TotalImpuesto"),
                money("TotalCosto"), smallint("TipoVenta"), smallint("InterContable"),
-               text("Usuario", 20), smallint("Status"), text("SerieFactura", 10)},
+               text("Usuario", 20), smallint("Status"), text("SerieFactura", 10),
+               // As VENTAS.Impresa: a credit note whose print failed is printed again, never
+               // refunded twice.
+               since(smallint("Impresa", "1"), 3)},
               {"NumeroDevolucion", "Serie"},
               {{"Serie", "Fecha"}, {"Fecha"}, {"NumeroFactura", "SerieFactura"}}),
         table("MOVDEVVENTAS", pricedLine(QStringLiteral("NumeroDevolucion"), false),

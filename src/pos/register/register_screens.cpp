@@ -1,7 +1,6 @@
 #include "pos/register/register_screens.h"
 
 #include "pos/fiscal/register_printer.h"
-#include "pos/fiscal_screens/counter_correction_screen.h"
 #include "pos/fiscal_screens/fiscal_operations_screen.h"
 #include "pos/register/register_screen.h"
 #include "shell/main_window/main_window.h"
@@ -20,10 +19,6 @@ void registerScreens() {
                 main->refreshStatusBar();
         });
         return screen;
-    });
-    r.add(QStringLiteral("frmCorregirConsecutivos"), [](QWidget* parent) {
-        return new fiscal_screens::CounterCorrectionScreen(shell::mainDb(), shell::session(),
-                                                           fiscal::registerPrinter(), parent);
     });
     r.add(QStringLiteral("frmOperacionesFiscales"), [](QWidget* parent) {
         return new fiscal_screens::FiscalOperationsScreen(shell::mainDb(), shell::session(),

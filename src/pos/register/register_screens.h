@@ -1,7 +1,6 @@
 #pragma once
 
 namespace orvo::pos::registers {
-// Adds the register screen, the counter correction and the fiscal operations screens to the
-// ScreenRegistry.
+// Adds the register screen and the fiscal operations screen to the ScreenRegistry.
 void registerScreens();
 } // namespace orvo::pos::registers

@@ -229,7 +229,8 @@ bool printsFiscally(const shell::SessionContext& ctx) {
 }
 
 AcceptResult acceptSale(const QSqlDatabase& db, const shell::SessionContext& ctx,
-                        const SaleDraft& draft, SalePrinter* printer, bool forcedZDone) {
+                        const SaleDraft& draft, SalePrinter* printer, bool forcedZDone,
+                        const std::function<void()>& alsoInTransaction) {
     const QDate today = serverToday(db);
     registers::checkDayOpen(db, ctx.serial, today);
     draft.validate();
@@ -256,6 +257,8 @@ AcceptResult acceptSale(const QSqlDatabase& db, const shell::SessionContext& ctx
     const Decimal rate =
         draft.exchangeRate() > Decimal() ? draft.exchangeRate() : store::latestExchangeRate(db);
     db::Transaction tx(db);
+    if (alsoInTransaction)
+        alsoInTransaction();
     if (forcedZDone)
         registers::resetAccumulated(db, ctx.serial, today);
     const long long number = common::nextInvoiceNumber(db, ctx.controlFactura, ctx.serial);
@@ -288,9 +291,10 @@ AcceptResult acceptSale(const QSqlDatabase& db, const shell::SessionContext& ctx
     if (draft.dispatchOrder() > 0)
         store::closeDispatchOrder(db, draft.dispatchOrder());
 
+    store::LineWriter lines(db, number, ctx.serial, now);
     for (const SaleLine& l : draft.lines()) {
-        store::addLine(db, number, ctx.serial, now, l);
-        store::decreaseStock(db, l.codigoBarra, l.cantidad);
+        lines.add(l);
+        lines.decreaseStock(l.codigoBarra, l.cantidad);
     }
     store::ensurePlaceholderBank(db);
 

@@ -5,6 +5,7 @@
 #include "shell/session/session_context.h"
 
 #include <QSqlDatabase>
+#include <functional>
 
 // The sale's actions. Each one that writes opens and commits its own transaction; the printer and
 // the paper invoice come after the commit.
@@ -95,9 +96,11 @@ bool printsFiscally(const shell::SessionContext& ctx);
 // Checks the day, the sale and the printer, then saves the invoice in one transaction: number,
 // VENTAS, MOVVENTAS (equal lines merged), stock of kept articles, payments or the receivable,
 // totals, the day's accumulated amount. Saved "pending print". `printer` may be null only for a
-// register that does not print fiscally.
+// register that does not print fiscally. `alsoInTransaction` writes what belongs with the invoice
+// (the return of an exchange) right after the transaction opens.
 AcceptResult acceptSale(const QSqlDatabase& db, const shell::SessionContext& ctx,
-                        const SaleDraft& draft, SalePrinter* printer, bool forcedZDone = false);
+                        const SaleDraft& draft, SalePrinter* printer, bool forcedZDone = false,
+                        const std::function<void()>& alsoInTransaction = {});
 
 // The forced Z: prints it and waits; false with the printer's error text when it failed.
 bool forcedZ(SalePrinter& printer);

@@ -214,39 +214,46 @@ void insertSale(const QSqlDatabase& db, const SaleHeader& h) {
         .exec();
 }
 
-int addLine(const QSqlDatabase& db, long long number, const QString& serie, const QDateTime& hora,
-            const SaleLine& l) {
+LineWriter::LineWriter(const QSqlDatabase& db, long long number, const QString& serie,
+                       const QDateTime& hora)
+    : m_number(number), m_serie(serie), m_hora(hora),
+      m_merge(db, QStringLiteral("UPDATE MOVVENTAS SET Cantidad = Cantidad + ? WHERE "
+                                 "NumeroFactura = ? AND Serie = ? AND CodigoBarra = ? AND "
+                                 "TipoLista = ? AND Precio = ? AND PrecioLista = ? AND "
+                                 "PorcentajeDescuento = ?")),
+      m_insert(db, QStringLiteral("INSERT INTO MOVVENTAS (NumeroFactura, Serie, Hora, TipoLista, "
+                                  "CodigoBarra, Precio, PrecioLista, Costo, Impuesto, "
+                                  "PorcentajeImpuesto, Cantidad, CantidadDevuelta, Item, "
+                                  "PorcentajeDescuento) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, "
+                                  "0, ?, ?)")),
+      m_stock(db, QStringLiteral("UPDATE INVENTARIO SET Existencia = Existencia - ? WHERE "
+                                 "CodigoBarra = ? AND Tipo = 0")) {
     db::requireTransaction(db);
+}
+
+int LineWriter::add(const SaleLine& l) {
     const QString letter(QLatin1Char(l.tipoLista));
-    db::Sql merge(db, QStringLiteral("UPDATE MOVVENTAS SET Cantidad = Cantidad + ? WHERE "
-                                     "NumeroFactura = ? AND Serie = ? AND CodigoBarra = ? AND "
-                                     "TipoLista = ? AND Precio = ? AND PrecioLista = ? AND "
-                                     "PorcentajeDescuento = ?"));
-    merge.bind(l.cantidad, 3)
-        .bind(number)
-        .bind(serie)
-        .bind(l.codigoBarra)
-        .bind(letter)
-        .bind(l.precio, 2)
-        .bind(l.precioLista, 2)
-        .bind(l.porcentajeDescuento, 4)
-        .exec();
-    if (merge.rowsAffected() > 0)
-        return 0;
-    const int item =
-        db::scalar(db,
-                   QStringLiteral("SELECT COALESCE(MAX(Item), 0) + 1 FROM MOVVENTAS WHERE "
-                                  "NumeroFactura = ? AND Serie = ?"),
-                   {number, serie})
-            .toInt();
-    db::Sql(db, QStringLiteral("INSERT INTO MOVVENTAS (NumeroFactura, Serie, Hora, TipoLista, "
-                               "CodigoBarra, Precio, PrecioLista, Costo, Impuesto, "
-                               "PorcentajeImpuesto, Cantidad, CantidadDevuelta, Item, "
-                               "PorcentajeDescuento) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, 0, "
-                               "?, ?)"))
-        .bind(number)
-        .bind(serie)
-        .bind(hora)
+    const QString key = QStringList{l.codigoBarra, letter, l.precio.toString(2),
+                                    l.precioLista.toString(2), l.porcentajeDescuento.toString(4)}
+                            .join(QLatin1Char('\x1f'));
+    // Only a key already written can match: the update runs for those alone.
+    if (m_written.contains(key)) {
+        m_merge.bind(l.cantidad, 3)
+            .bind(m_number)
+            .bind(m_serie)
+            .bind(l.codigoBarra)
+            .bind(letter)
+            .bind(l.precio, 2)
+            .bind(l.precioLista, 2)
+            .bind(l.porcentajeDescuento, 4)
+            .exec();
+        if (m_merge.rowsAffected() > 0)
+            return m_written.value(key);
+    }
+    const int item = m_nextItem++;
+    m_insert.bind(m_number)
+        .bind(m_serie)
+        .bind(m_hora)
         .bind(letter)
         .bind(l.codigoBarra)
         .bind(l.precio, 2)
@@ -258,15 +265,12 @@ int addLine(const QSqlDatabase& db, long long number, const QString& serie, cons
         .bind(item)
         .bind(l.porcentajeDescuento, 4)
         .exec();
+    m_written.insert(key, item);
     return item;
 }
 
-void decreaseStock(const QSqlDatabase& db, const QString& barcode, const Decimal& quantity) {
-    db::requireTransaction(db);
-    db::execute(db,
-                QStringLiteral("UPDATE INVENTARIO SET Existencia = Existencia - ? WHERE "
-                               "CodigoBarra = ? AND Tipo = 0"),
-                {quantity.toVariant(3), barcode});
+void LineWriter::decreaseStock(const QString& barcode, const Decimal& quantity) {
+    m_stock.bind(quantity, 3).bind(barcode).exec();
 }
 
 void ensurePlaceholderBank(const QSqlDatabase& db) {

@@ -2,7 +2,10 @@
 
 #include "pos/sale/sale_types.h"
 
+#include "common/db/sql.h"
+
 #include <QDateTime>
+#include <QHash>
 #include <QSqlDatabase>
 #include <optional>
 
@@ -57,12 +60,27 @@ struct SaleHeader {
     Decimal totalPago;
 };
 void insertSale(const QSqlDatabase& db, const SaleHeader& h);
-// Adds the quantity to an equal line already written (same article, list, prices and discount)
-// or inserts the line with the next item number. Returns the item written.
-int addLine(const QSqlDatabase& db, long long number, const QString& serie, const QDateTime& hora,
-            const SaleLine& line);
-// Only articles whose stock is kept (Tipo 0) lose stock.
-void decreaseStock(const QSqlDatabase& db, const QString& barcode, const Decimal& quantity);
+// Writes the lines of one invoice and takes their stock, with statements prepared once.
+class LineWriter {
+public:
+    LineWriter(const QSqlDatabase& db, long long number, const QString& serie,
+               const QDateTime& hora);
+    // Adds the quantity to an equal line already written (same article, list, prices and
+    // discount) or inserts the line with the next item number. Returns the item written.
+    int add(const SaleLine& line);
+    // Only articles whose stock is kept (Tipo 0) lose stock.
+    void decreaseStock(const QString& barcode, const Decimal& quantity);
+
+private:
+    long long m_number;
+    QString m_serie;
+    QDateTime m_hora;
+    db::Sql m_merge;
+    db::Sql m_insert;
+    db::Sql m_stock;
+    QHash<QString, int> m_written; // line key -> item
+    int m_nextItem = 1;
+};
 // BANCOS and CTABANCOS code '0' "NINGUNO": inserted when missing, set inactive when present.
 void ensurePlaceholderBank(const QSqlDatabase& db);
 struct PaymentRecord {

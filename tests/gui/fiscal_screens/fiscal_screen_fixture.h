@@ -32,6 +32,8 @@ protected:
     void TearDown() override {
         m_printer.reset();
         qunsetenv("ORVO_PUERTO_FISCAL");
+        QSettings::setPath(QSettings::IniFormat, QSettings::UserScope,
+                           processTempDir() + "/settings");
         DbTest::TearDown();
     }
     QStringList tickets(const QString& pattern) const {

@@ -52,6 +52,13 @@ protected:
         QTest::keyClicks(e, text);
     }
 
+    void TearDown() override {
+        // Later tests keep their settings out of the user's real configuration too.
+        QSettings::setPath(QSettings::IniFormat, QSettings::UserScope,
+                           test::processTempDir() + "/settings");
+        DbTest::TearDown();
+    }
+
     QTemporaryDir m_settingsDir;
     shell::SessionContext m_session;
 };

@@ -42,6 +42,13 @@ protected:
         return c;
     }
 
+    void TearDown() override {
+        // Later tests keep their settings out of the user's real configuration too.
+        QSettings::setPath(QSettings::IniFormat, QSettings::UserScope,
+                           test::processTempDir() + "/settings");
+        DbTest::TearDown();
+    }
+
     QTemporaryDir m_settingsDir;
 };
 

@@ -1,0 +1,304 @@
+#include "pos/cash/cash_closing.h"
+
+#include "common/db/sql.h"
+#include "common/db/transaction.h"
+#include "common/errors/errors.h"
+#include "pos/fiscal/fiscal_printer_thread.h"
+#include "pos/fiscal/register_printer.h"
+#include "shell/startup/app_home.h"
+#include "shell/startup/external_backup.h"
+#include "shell/startup/user_settings.h"
+
+namespace orvo::pos::cash {
+
+using db::Sql;
+
+namespace {
+
+const QString kCash = QStringLiteral("1");
+const QString kCheque = QStringLiteral("2");
+
+// Amounts are added here, not by SUM(): SQLite would add them in binary floating point.
+Decimal sumOf(const QSqlDatabase& db, const QString& statement,
+              std::initializer_list<QVariant> values, int* rows = nullptr) {
+    Sql q(db, statement);
+    for (const QVariant& v : values)
+        q.bind(v);
+    q.exec();
+    Decimal total;
+    int n = 0;
+    while (q.next()) {
+        total = total + q.decimal(QStringLiteral("Monto"));
+        ++n;
+    }
+    if (rows)
+        *rows = n;
+    return total;
+}
+
+DayTotals totalsOf(const QSqlDatabase& db, const QString& table, const QString& serial,
+                   const QDate& day) {
+    Sql q(db, QStringLiteral("SELECT TotalMercancia, TotalDescuento, TotalImpuesto, TotalCosto "
+                             "FROM %1 WHERE Serie = ? AND Fecha >= ? AND Fecha < ?")
+                  .arg(table));
+    q.bind(serial).bind(db::dayStart(day)).bind(db::nextDayStart(day)).exec();
+    DayTotals t;
+    while (q.next()) {
+        t.mercancia = t.mercancia + q.decimal(QStringLiteral("TotalMercancia"));
+        t.descuento = t.descuento + q.decimal(QStringLiteral("TotalDescuento"));
+        t.impuesto = t.impuesto + q.decimal(QStringLiteral("TotalImpuesto"));
+        t.costo = t.costo + q.decimal(QStringLiteral("TotalCosto"));
+        ++t.documentos;
+    }
+    return t;
+}
+
+bool dayHas(const QSqlDatabase& db, const QString& statement, const QString& serial,
+            const QDate& day, std::initializer_list<QVariant> more = {}) {
+    Sql q(db, statement);
+    q.bind(serial).bind(db::dayStart(day)).bind(db::nextDayStart(day));
+    for (const QVariant& v : more)
+        q.bind(v);
+    q.exec();
+    return q.next();
+}
+
+} // namespace
+
+std::optional<ClosingFigures> closingFigures(const QSqlDatabase& db, const QString& serial) {
+    const auto day = latestDay(db, serial);
+    if (!day)
+        return std::nullopt;
+    ClosingFigures f;
+    f.day = *day;
+    const QDate d = day->fecha;
+    const QVariant from = db::dayStart(d), to = db::nextDayStart(d);
+    f.sales = totalsOf(db, QStringLiteral("VENTAS"), serial, d);
+    f.returns = totalsOf(db, QStringLiteral("DEVVENTAS"), serial, d);
+    const QString payments = QStringLiteral("SELECT Monto FROM PAGOSVENTA WHERE Serie = ? AND "
+                                            "Fecha >= ? AND Fecha < ? AND FormaPago = ?");
+    f.cashPayments = sumOf(db, payments, {serial, from, to, kCash});
+    f.chequePayments = sumOf(db, payments, {serial, from, to, kCheque});
+    const QString receivable = QStringLiteral(
+        "SELECT MontoCancelado AS Monto FROM MOVCUENTASXCOBRAR WHERE Serie = ? AND Fecha >= ? "
+        "AND Fecha < ? AND TipoPago = ?");
+    f.receivableCash = sumOf(db, receivable, {serial, from, to, 1});
+    f.receivableCheques = sumOf(db, receivable, {serial, from, to, 2});
+    f.withdrawals = sumOf(db,
+                          QStringLiteral("SELECT Monto FROM SALIDASCAJA WHERE Serie = ? AND "
+                                         "Fecha >= ? AND Fecha < ?"),
+                          {serial, from, to});
+    f.depositedCash = sumOf(db,
+                            QStringLiteral("SELECT TotalEfectivo AS Monto FROM DEPOSITOS WHERE "
+                                           "Serie = ? AND Fecha >= ? AND Fecha < ?"),
+                            {serial, from, to});
+    f.depositedCheques = sumOf(db,
+                               QStringLiteral("SELECT TotalCheques AS Monto FROM DEPOSITOS WHERE "
+                                              "Serie = ? AND Fecha >= ? AND Fecha < ?"),
+                               {serial, from, to});
+    return f;
+}
+
+ClosingFigures checkClosing(const QSqlDatabase& db, const QString& serial, const QDate& today,
+                            QStringList* notices) {
+    const auto figures = closingFigures(db, serial);
+    if (!figures)
+        throw UserError(QStringLiteral("Caja sin Aperturar...!"));
+    const CashDay& day = figures->day;
+    if (day.status == 2) {
+        if (day.fecha >= today)
+            throw UserError(QStringLiteral("El cierre de caja ya ha sido efectuado...!"));
+        throw UserError(QStringLiteral("No existe apertura de fecha ") + dayText(today) +
+                        QStringLiteral("...!"));
+    }
+    if (day.status == 0)
+        throw UserError(QStringLiteral("              La caja no tiene movimientos registrados.") +
+                        QLatin1Char('\n') +
+                        QStringLiteral("Elimine la apertura de caja de fecha ") +
+                        dayText(day.fecha));
+    if (notices && day.fecha < today)
+        notices->append(QStringLiteral(
+            "La Fecha de Apertura de la Caja es anterior a la fecha actual del Sistema."));
+
+    if (dayHas(db,
+               QStringLiteral("SELECT 1 FROM HISTVENTAS WHERE Serie = ? AND Fecha >= ? AND "
+                              "Fecha < ?"),
+               serial, day.fecha))
+        throw UserError(QStringLiteral("Existen facturas pendientes por Descongelar\nEl cierre "
+                                       "de caja no se efectuara  ..."),
+                        QStringLiteral("Facturas Congeladas"));
+    if (dayHas(db,
+               QStringLiteral("SELECT 1 FROM PAGOSVENTA WHERE Serie = ? AND Fecha >= ? AND "
+                              "Fecha < ? AND FormaPago = ? AND COALESCE(Status, 0) <> 2"),
+               serial, day.fecha, {kCheque}))
+        throw UserError(QStringLiteral("Existen cheques pendientes por depositar. El cierre de "
+                                       "caja no se efectuara ..."),
+                        QStringLiteral("Cheques Pendientes por depositar"));
+    if (db::exists(db,
+                   QStringLiteral("SELECT Serie FROM DIARIOCAJA WHERE Fecha < ? AND Serie <> ? "
+                                  "AND COALESCE(Status, 0) <> 2"),
+                   {db::nextDayStart(day.fecha), serial}))
+        throw UserError(QStringLiteral("Existen cajas pendientes por su cierre\nPor favor "
+                                       "asegurarse de realizar el cierre en todas las cajas."),
+                        QStringLiteral("Cajas sin cierre"));
+    return *figures;
+}
+
+PrinterZState readPrinterZState(fiscal::FiscalPrinter& printer) {
+    PrinterZState s;
+    if (!printer.isOpen() || !printer.probe())
+        return s;
+    const auto last = printer.lastZNumber();
+    const auto s1 = printer.readS1();
+    if (!last || !s1)
+        return s;
+    s.answers = true;
+    s.lastZ = *last;
+    s.documentsSinceZ = s1->invoicesToday + s1->creditNotesToday;
+    s.serial = s1->serial;
+    return s;
+}
+
+void checkZAgainstPrinter(const QSqlDatabase& db, const QString& serial, const QDate& day,
+                          const PrinterZState& printer) {
+    if (!printer.answers)
+        throw UserError(QStringLiteral("No existe comunicación con la impresora fiscal...!"));
+    const QVariant highest =
+        db::scalar(db,
+                   QStringLiteral("SELECT MAX(NumeroReporteZ) FROM DIARIOCAJA WHERE Serie = ? "
+                                  "AND NOT (Fecha >= ? AND Fecha < ?)"),
+                   {serial, db::dayStart(day), db::nextDayStart(day)});
+    if (!highest.isNull() && highest.toInt() > printer.lastZ)
+        throw UserError(QStringLiteral("Existe un numero de reporte Z en base de datos mayor al "
+                                       "de la impresora\nEl cierre de caja no se efectuara por "
+                                       "favor llame al departamento de SISTEMAS ..."),
+                        QStringLiteral("VALIDAR Z ELECTRONICO"));
+}
+
+PendingQuestion nextQuestion(const ClosingFigures& f, const Decimal& countedCash,
+                             bool differenceApproved, bool confirmed) {
+    if (countedCash != f.expectedCash() && !differenceApproved)
+        return {
+            ClosingQuestion::CashDifference,
+            QStringLiteral("Desea realizar el cierre con esta diferencia en el cuadre de caja?"),
+            QStringLiteral("Cierre de Caja")};
+    if (!confirmed)
+        return {ClosingQuestion::Confirm, QStringLiteral("Confirma el cierre de caja...?"),
+                QStringLiteral("Cierre de caja")};
+    return {};
+}
+
+ZReservation reserveClosingZ(const QSqlDatabase& db, const QString& serial, const QDate& day,
+                             const PrinterZState& printer) {
+    db::Transaction tx(db);
+    const auto d = dayOf(db, serial, day);
+    if (!d)
+        throw UserError(QStringLiteral("No existe apertura de fecha ") + dayText(day) +
+                        QStringLiteral("...!"));
+    if (d->status == 2)
+        throw UserError(QStringLiteral("El cierre de caja ya ha sido efectuado...!"));
+    // A reservation left by a closing that stopped: the printer tells whether its Z was made.
+    if (d->numeroReporteZ && *d->numeroReporteZ > 0 && printer.lastZ >= *d->numeroReporteZ &&
+        printer.documentsSinceZ == 0)
+        return {*d->numeroReporteZ, true};
+    const int next = printer.lastZ + 1;
+    db::execute(db,
+                QStringLiteral("UPDATE DIARIOCAJA SET NumeroReporteZ = ? WHERE Serie = ? AND "
+                               "Fecha >= ? AND Fecha < ?"),
+                {next, serial, db::dayStart(day), db::nextDayStart(day)});
+    tx.commit();
+    return {next, false};
+}
+
+fiscal::protocol::ZReport printClosingZ(fiscal::FiscalPrinter& printer, bool alreadyPrinted,
+                                        int readyTimeoutMs) {
+    const auto refused = [&printer] {
+        const QString why = printer.errorText();
+        return UserError(why.isEmpty()
+                             ? QStringLiteral("No existe comunicación con la impresora fiscal...!")
+                             : why);
+    };
+    if (!alreadyPrinted) {
+        if (!printer.printZReport())
+            throw refused();
+        // The printer stays busy while it prints the Z.
+        if (!printer.waitUntilReady(readyTimeoutMs))
+            throw refused();
+    }
+    const auto z = printer.lastZ();
+    if (!z)
+        throw refused();
+    return *z;
+}
+
+void recordClosing(const QSqlDatabase& db, const QString& serial, const QDate& day,
+                   const fiscal::protocol::ZReport& z, const QString& printerSerial,
+                   const QDateTime& now) {
+    db::Transaction tx(db);
+    const auto d = dayOf(db, serial, day);
+    if (!d || d->status == 2)
+        throw UserError(QStringLiteral("El cierre de caja ya ha sido efectuado...!"));
+    const QVariant from = db::dayStart(day), to = db::nextDayStart(day);
+    const QString text = fiscal::zReportText(z);
+    db::execute(db,
+                QStringLiteral("UPDATE DIARIOCAJA SET NumeroReporteZ = ?, ReporteZTexto = ? "
+                               "WHERE Serie = ? AND Fecha >= ? AND Fecha < ?"),
+                {z.zNumber, text, serial, from, to});
+    db::execute(db,
+                QStringLiteral("INSERT INTO DIARIOREPORTEZ (FechaApertura, SerieImpresora, "
+                               "NumeroReporteZ, ReporteZTexto, FechaReporteZ, Serie) "
+                               "VALUES (?, ?, ?, ?, ?, ?)"),
+                {from, printerSerial, z.zNumber, text, QDateTime(z.zDate, z.zTime), serial});
+    db::execute(db,
+                QStringLiteral("UPDATE SALIDASCAJA SET Status = 1 WHERE Serie = ? AND Fecha >= ? "
+                               "AND Fecha < ?"),
+                {serial, from, to});
+    db::execute(db,
+                QStringLiteral("UPDATE DEPOSITOS SET Status = 1 WHERE Serie = ? AND Fecha >= ? "
+                               "AND Fecha < ?"),
+                {serial, from, to});
+    db::execute(db,
+                QStringLiteral("UPDATE DIARIOCAJA SET Status = 2, HoraCierre = ? WHERE Serie = ? "
+                               "AND Fecha >= ? AND Fecha < ?"),
+                {now, serial, from, to});
+    tx.commit();
+}
+
+QString backupFolder() {
+    return shell::appHome() + QStringLiteral("/Respaldos");
+}
+
+QString backupAfterClosing(const QSqlDatabase& db, const QDate& day) {
+    const QString file = shell::backupFileName(backupFolder(), db, day);
+    shell::backupDatabase(db, file);
+    // The copy to an external device is owed again until the user makes it.
+    shell::settings::write(QStringLiteral("RespaldoExternoUltimoCierre"), QStringLiteral("0"));
+    return file;
+}
+
+void startExportAfterClosing(const QSqlDatabase&, const QString&, const QDate&) {}
+
+ClosingOutcome closeDayWith(const QSqlDatabase& db, fiscal::FiscalPrinterThread& printer,
+                            const ClosingRequest& r) {
+    ClosingOutcome out;
+    const ClosingFigures f = checkClosing(db, r.serial, r.today, &out.notices);
+    const PrinterZState state =
+        printer.callAndWait([](fiscal::FiscalPrinter& p) { return readPrinterZState(p); });
+    checkZAgainstPrinter(db, r.serial, f.day.fecha, state);
+    out.question = nextQuestion(f, r.countedCash, r.differenceApproved, r.confirmed);
+    if (out.question.question != ClosingQuestion::None)
+        return out;
+    const ZReservation reservation = reserveClosingZ(db, r.serial, f.day.fecha, state);
+    const bool printed = reservation.alreadyPrinted;
+    const auto z = printer.callAndWait(
+        [printed](fiscal::FiscalPrinter& p) { return printClosingZ(p, printed); });
+    recordClosing(db, r.serial, f.day.fecha, z, state.serial, r.now);
+    out.closed = true;
+    out.zNumber = z.zNumber;
+    if (r.backup)
+        out.backupFile = backupAfterClosing(db, f.day.fecha);
+    startExportAfterClosing(db, r.serial, f.day.fecha);
+    return out;
+}
+
+} // namespace orvo::pos::cash

@@ -1,0 +1,73 @@
+#include "pos/cash/closing_report.h"
+
+#include "common/db/sql.h"
+#include "pos/cash/cash_movements.h"
+
+#include <QLocale>
+
+namespace orvo::pos::cash {
+
+namespace {
+QString row(const QString& label, const Decimal& amount) {
+    return QStringLiteral("<tr><td>%1</td><td align=\"right\">%2</td></tr>")
+        .arg(label.toHtmlEscaped(), amountText(amount));
+}
+} // namespace
+
+QString amountText(const Decimal& amount) {
+    return amount.toLocaleString(QLocale(QLocale::Spanish, QLocale::Venezuela), 2);
+}
+
+QString closingReportHtml(const QSqlDatabase& db, const QString& serial, const QDate& day,
+                          const QString& companyName, const Decimal& countedCash) {
+    const auto f = closingFigures(db, serial);
+    const auto d = dayOf(db, serial, day);
+    QString html = QStringLiteral("<h2>%1</h2><h3>Cierre de caja %2 - Fecha %3</h3>")
+                       .arg(companyName.toHtmlEscaped(), serial.toHtmlEscaped(), dayText(day));
+    if (!d)
+        return html;
+    html += QStringLiteral("<p>Caja Nº %1 &nbsp; Facturas %2 a %3 &nbsp; Reporte Z %4</p>")
+                .arg(d->numero)
+                .arg(d->facturaInicial)
+                .arg(d->facturaFinal)
+                .arg(d->numeroReporteZ.value_or(0));
+    if (f && f->day.fecha == day) {
+        html += QStringLiteral("<table width=\"100%\">");
+        html += row(QStringLiteral("Ventas: mercancía"), f->sales.mercancia);
+        html += row(QStringLiteral("Ventas: descuento"), f->sales.descuento);
+        html += row(QStringLiteral("Ventas: impuesto"), f->sales.impuesto);
+        html += row(QStringLiteral("Ventas: costo"), f->sales.costo);
+        html += row(QStringLiteral("Devoluciones: mercancía"), f->returns.mercancia);
+        html += row(QStringLiteral("Devoluciones: impuesto"), f->returns.impuesto);
+        html += row(QStringLiteral("Cobros en efectivo"), f->cashPayments);
+        html += row(QStringLiteral("Cobros en cheque"), f->chequePayments);
+        html += row(QStringLiteral("Cobros de cuentas por cobrar"),
+                    f->receivableCash + f->receivableCheques);
+        html += row(QStringLiteral("Salidas de caja"), f->withdrawals);
+        html += row(QStringLiteral("Depósitos en efectivo"), f->depositedCash);
+        html += row(QStringLiteral("Depósitos en cheques"), f->depositedCheques);
+        html += row(QStringLiteral("Efectivo esperado"), f->expectedCash());
+        html += row(QStringLiteral("Efectivo contado"), countedCash);
+        html += row(QStringLiteral("Diferencia"), countedCash - f->expectedCash());
+        html += QStringLiteral("</table>");
+    }
+    html += QStringLiteral("<h4>Salidas de caja</h4><table width=\"100%\">");
+    for (const Withdrawal& w : withdrawalsOf(db, serial, day))
+        html += row(QStringLiteral("%1 %2").arg(w.numero).arg(w.descripcion), w.monto);
+    html += QStringLiteral("</table><h4>Depósitos</h4><table width=\"100%\">");
+    for (const DepositRow& r : depositsOf(db, serial, day))
+        html += row(QStringLiteral("%1 (%2)").arg(r.numeroDeposito, r.cuentaBanco),
+                    r.totalEfectivo + r.totalCheques);
+    html += QStringLiteral("</table>");
+    const QString zText =
+        db::scalar(db,
+                   QStringLiteral("SELECT ReporteZTexto FROM DIARIOCAJA WHERE Serie = ? AND "
+                                  "Fecha >= ? AND Fecha < ?"),
+                   {serial, db::dayStart(day), db::nextDayStart(day)})
+            .toString();
+    if (!zText.isEmpty())
+        html += QStringLiteral("<h4>Reporte Z</h4><pre>%1</pre>").arg(zText.toHtmlEscaped());
+    return html;
+}
+
+} // namespace orvo::pos::cash

@@ -1,0 +1,161 @@
+#include "pos/cash/opening_screen.h"
+
+#include "common/dialogs/dialogs.h"
+#include "pos/cash/cash_day.h"
+#include "pos/fiscal/fiscal_printer_thread.h"
+#include "pos/fiscal/register_printer.h"
+#include "shell/session/session_context.h"
+
+#include <QDateEdit>
+#include <QFormLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+namespace orvo::pos::cash {
+
+namespace {
+QLineEdit* shown(QWidget* parent, const char* name) {
+    auto* e = new QLineEdit(parent);
+    e->setObjectName(QLatin1String(name));
+    e->setReadOnly(true);
+    return e;
+}
+} // namespace
+
+OpeningScreen::OpeningScreen(QSqlDatabase db, shell::SessionContext& session,
+                             fiscal::FiscalPrinterThread& printer, QWidget* parent)
+    : QWidget(parent), m_db(std::move(db)), m_session(session), m_printer(printer) {
+    setObjectName(QStringLiteral("frmAperturaCaja"));
+    setWindowTitle(QStringLiteral("Apertura de Caja"));
+    m_serie = shown(this, "txtSerie");
+    m_fecha = shown(this, "txtFecha");
+    m_numero = shown(this, "txtNumero");
+    m_facturaInicial = shown(this, "txtFacturaInicial");
+    m_facturaFinal = shown(this, "txtFacturaFinal");
+    m_horaApertura = shown(this, "txtHoraApertura");
+    m_horaCierre = shown(this, "txtHoraCierre");
+    m_status = shown(this, "txtStatus");
+    m_nuevaFecha = new QDateEdit(QDate::currentDate(), this);
+    m_nuevaFecha->setObjectName(QStringLiteral("dtpFecha"));
+    m_nuevaFecha->setDisplayFormat(QStringLiteral("dd/MM/yyyy"));
+    m_nuevaFecha->setCalendarPopup(true);
+    m_aperturar = new QPushButton(QStringLiteral("Aperturar"), this);
+    m_aperturar->setObjectName(QStringLiteral("cmdAperturar"));
+    m_eliminar = new QPushButton(QStringLiteral("Eliminar"), this);
+    m_eliminar->setObjectName(QStringLiteral("cmdEliminar"));
+    auto* salir = new QPushButton(QStringLiteral("Salir"), this);
+    salir->setObjectName(QStringLiteral("cmdSalir"));
+    m_progress = new QLabel(this);
+    m_progress->setObjectName(QStringLiteral("lblProgreso"));
+
+    auto* form = new QFormLayout;
+    form->addRow(QStringLiteral("Caja:"), m_serie);
+    form->addRow(QStringLiteral("Última fecha:"), m_fecha);
+    form->addRow(QStringLiteral("Número:"), m_numero);
+    form->addRow(QStringLiteral("Factura inicial:"), m_facturaInicial);
+    form->addRow(QStringLiteral("Factura final:"), m_facturaFinal);
+    form->addRow(QStringLiteral("Hora de apertura:"), m_horaApertura);
+    form->addRow(QStringLiteral("Hora de cierre:"), m_horaCierre);
+    form->addRow(QStringLiteral("Estado:"), m_status);
+    form->addRow(QStringLiteral("Fecha de la apertura:"), m_nuevaFecha);
+    auto* buttons = new QHBoxLayout;
+    buttons->addWidget(m_aperturar);
+    buttons->addWidget(m_eliminar);
+    buttons->addStretch();
+    buttons->addWidget(salir);
+    auto* layout = new QVBoxLayout(this);
+    layout->addLayout(form);
+    layout->addWidget(m_progress);
+    layout->addLayout(buttons);
+
+    connect(m_aperturar, &QPushButton::clicked, this, [this] { openDay(); });
+    connect(m_eliminar, &QPushButton::clicked, this, [this] { deleteDay(); });
+    connect(salir, &QPushButton::clicked, this, [this] { close(); });
+
+    if (!m_session.registerConfigured || m_session.serial.isEmpty()) {
+        dialogs().information(this, QStringLiteral("Debe configurar la caja...!"));
+        m_aperturar->setEnabled(false);
+        m_eliminar->setEnabled(false);
+        return;
+    }
+    guarded(this, [this] { refresh(); });
+}
+
+void OpeningScreen::refresh() {
+    m_serie->setText(m_session.serial);
+    const auto d = latestDay(m_db, m_session.serial);
+    const QString timeFormat = QStringLiteral("dd/MM/yyyy hh:mm:ss AP");
+    m_fecha->setText(d ? dayText(d->fecha) : QString());
+    m_numero->setText(d ? QString::number(d->numero) : QString());
+    m_facturaInicial->setText(d ? QString::number(d->facturaInicial) : QString());
+    m_facturaFinal->setText(d ? QString::number(d->facturaFinal) : QString());
+    m_horaApertura->setText(d ? d->horaApertura.toString(timeFormat) : QString());
+    m_horaCierre->setText(d && d->horaCierre.isValid() ? d->horaCierre.toString(timeFormat)
+                                                       : QString());
+    m_status->setText(d ? dayStatusText(d->status) : QString());
+    m_eliminar->setEnabled(d && d->status == 0);
+}
+
+void OpeningScreen::setBusy(bool busy, const QString& text) {
+    m_busy = busy;
+    m_aperturar->setEnabled(!busy);
+    m_eliminar->setEnabled(!busy);
+    m_nuevaFecha->setEnabled(!busy);
+    m_progress->setText(text);
+    if (!busy)
+        guarded(this, [this] { refresh(); });
+}
+
+void OpeningScreen::openDay() {
+    if (m_busy)
+        return;
+    OpeningRequest r;
+    r.serial = m_session.serial;
+    r.day = m_nuevaFecha->date();
+    r.controlFactura = m_session.controlFactura;
+    const bool checked = guarded(this, [&] {
+        checkOpening(m_db, r.serial, r.day);
+        runDueReconversion(m_db);
+    });
+    if (!checked) {
+        emit openingFinished(false);
+        return;
+    }
+    setBusy(true, QStringLiteral("Verificando la impresora fiscal..."));
+    m_printer
+        .call([](fiscal::FiscalPrinter& p) {
+            try {
+                fiscal::ensureOpen(p);
+            } catch (const UserError&) {
+                return PrinterAtOpening{}; // reported as the printer not answering
+            }
+            return readPrinterForOpening(p);
+        })
+        .then(this, [this, r](const PrinterAtOpening& printer) mutable {
+            r.today = QDate::currentDate();
+            r.now = QDateTime::currentDateTime();
+            const bool opened = guarded(this, [&] { cash::openDay(m_db, r, printer); });
+            setBusy(false);
+            emit openingFinished(opened);
+        });
+}
+
+void OpeningScreen::deleteDay() {
+    const auto d = latestDay(m_db, m_session.serial);
+    if (!d || m_busy)
+        return;
+    if (!dialogs().question(this,
+                            QStringLiteral("Desea eliminar la apertura de Fecha ") +
+                                dayText(d->fecha) + QStringLiteral("...?"),
+                            QStringLiteral("Apertura de Caja"), false))
+        return;
+    guarded(this, [&] {
+        deleteOpening(m_db, m_session.serial, d->fecha);
+        refresh();
+    });
+}
+
+} // namespace orvo::pos::cash

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "pos/returns/returns.h"
+#include "pos/sale/sale.h"
+
+// The exchange of goods at the till: what the client brings back becomes a return of its invoice
+// and what the client takes a new invoice, saved together in one transaction.
+namespace orvo::pos::returns {
+
+struct ExchangeResult {
+    enum class Status {
+        Saved,
+        // The new invoice would take the day over the printer's maximum: the screen says so, runs
+        // sale::forcedZ() and accepts again with forcedZDone.
+        NeedsForcedZ
+    };
+    Status status = Status::Saved;
+    long long returnNumber = 0;
+    long long invoiceNumber = 0;
+    Decimal returnTotal;
+    Decimal invoiceTotal;
+    Decimal change;
+};
+
+// The invoice being exchanged: this register's, paid in cash, with something left.
+ReturnableInvoice loadExchangeInvoice(const QSqlDatabase& db, const shell::SessionContext& ctx,
+                                      long long number);
+
+// Checks both sides, then writes the return (number, lines, returned quantities, stock and cost,
+// model average, totals) and the new invoice with its payments (the sale's own accept) in one
+// transaction; both are left pending print.
+ExchangeResult acceptExchange(const QSqlDatabase& db, const shell::SessionContext& ctx,
+                              const ReturnDraft& back, const sale::SaleDraft& taken,
+                              sale::SalePrinter* printer, bool forcedZDone = false);
+
+} // namespace orvo::pos::returns

@@ -1,0 +1,318 @@
+#include "pos/returns/exchange_screen.h"
+
+#include "common/dialogs/dialogs.h"
+#include "common/errors/errors.h"
+#include "pos/fiscal/register_printer.h"
+#include "pos/payments/payment_rules.h"
+#include "pos/payments/payments_screen.h"
+#include "pos/returns/exchange.h"
+#include "pos/returns/return_screen.h"
+#include "pos/sale/sale_store.h"
+
+#include <QFormLayout>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRegularExpressionValidator>
+#include <QTableWidget>
+#include <QVBoxLayout>
+
+namespace orvo::pos::returns {
+
+namespace {
+
+QPushButton* button(QWidget* parent, const char* name, const QString& text) {
+    auto* b = new QPushButton(text, parent);
+    b->setObjectName(QString::fromLatin1(name));
+    b->setAutoDefault(false);
+    return b;
+}
+
+QTableWidgetItem* cell(const QString& text, bool right = false) {
+    auto* item = new QTableWidgetItem(text);
+    item->setFlags(item->flags() & ~Qt::ItemIsEditable);
+    if (right)
+        item->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    return item;
+}
+
+QTableWidget* grid(QWidget* parent, const char* name) {
+    auto* g = new QTableWidget(0, 4, parent);
+    g->setObjectName(QString::fromLatin1(name));
+    g->setHorizontalHeaderLabels({QStringLiteral("Código"), QStringLiteral("Descripción"),
+                                  QStringLiteral("Cantidad"), QStringLiteral("Total")});
+    g->setSelectionBehavior(QAbstractItemView::SelectRows);
+    g->setSelectionMode(QAbstractItemView::SingleSelection);
+    g->horizontalHeader()->setSectionResizeMode(1, QHeaderView::Stretch);
+    return g;
+}
+
+Decimal typedQuantity(const QLineEdit* edit) {
+    QString q = edit->text().trimmed();
+    q.replace(QLatin1Char(','), QLatin1Char('.'));
+    return q.isEmpty() ? Decimal(1) : Decimal::fromString(q);
+}
+
+} // namespace
+
+ExchangeScreen::ExchangeScreen(QSqlDatabase db, const shell::SessionContext& ctx,
+                               fiscal::FiscalPrinterThread* printer, QWidget* parent)
+    : QWidget(parent), m_db(std::move(db)), m_ctx(ctx), m_printerThread(printer),
+      m_paper(printPaperDocument) {
+    setObjectName(QStringLiteral("frmCambiosDeMercancia"));
+    setWindowTitle(QStringLiteral("Cambios de Mercancía"));
+    buildUi();
+    clearAll();
+}
+
+ExchangeScreen::~ExchangeScreen() = default;
+
+void ExchangeScreen::buildUi() {
+    m_invoice = new QLineEdit(this);
+    m_invoice->setObjectName(QStringLiteral("TxtFactura"));
+    m_invoice->setValidator(
+        new QRegularExpressionValidator(QRegularExpression(QStringLiteral("[0-9]{0,9}")), this));
+    m_client = new QLabel(this);
+    m_client->setObjectName(QStringLiteral("lblCliente"));
+    m_clientType = new QLabel(this);
+    m_clientType->setObjectName(QStringLiteral("lblTipoCliente"));
+    m_code = new QLineEdit(this);
+    m_code->setObjectName(QStringLiteral("txtCodigo"));
+    m_quantity = new QLineEdit(this);
+    m_quantity->setObjectName(QStringLiteral("txtCantidad"));
+    m_backGrid = grid(this, "SpreadDevolucion");
+    m_article = new QLineEdit(this);
+    m_article->setObjectName(QStringLiteral("txtArticulo"));
+    m_takenGrid = grid(this, "SpreadFacturacion");
+    m_total = new QLabel(this);
+    m_total->setObjectName(QStringLiteral("lblTotal"));
+    m_change = new QLabel(this);
+    m_change->setObjectName(QStringLiteral("lblCambio"));
+    auto* all = button(this, "cmdDevTotal", QStringLiteral("Devolución total"));
+    auto* del = button(this, "cmdEliminar", QStringLiteral("Eliminar"));
+    auto* pay = button(this, "cmdPagos", QStringLiteral("Pagos"));
+    auto* ok = button(this, "cmdAceptar", QStringLiteral("Aceptar"));
+    auto* cancel = button(this, "cmdCancelar", QStringLiteral("Cancelar"));
+
+    auto* form = new QFormLayout;
+    form->addRow(QStringLiteral("Factura:"), m_invoice);
+    form->addRow(QStringLiteral("Cliente:"), m_client);
+    form->addRow(QString(), m_clientType);
+    auto* back = new QHBoxLayout;
+    back->addWidget(new QLabel(QStringLiteral("Devuelve:"), this));
+    back->addWidget(m_code, 3);
+    back->addWidget(new QLabel(QStringLiteral("Cantidad:"), this));
+    back->addWidget(m_quantity, 1);
+    back->addWidget(all);
+    auto* taken = new QHBoxLayout;
+    taken->addWidget(new QLabel(QStringLiteral("Lleva:"), this));
+    taken->addWidget(m_article, 3);
+    auto* buttons = new QHBoxLayout;
+    buttons->addWidget(m_total);
+    buttons->addWidget(m_change);
+    buttons->addStretch();
+    buttons->addWidget(del);
+    buttons->addWidget(pay);
+    buttons->addWidget(ok);
+    buttons->addWidget(cancel);
+    auto* layout = new QVBoxLayout(this);
+    layout->addLayout(form);
+    layout->addLayout(back);
+    layout->addWidget(m_backGrid);
+    layout->addLayout(taken);
+    layout->addWidget(m_takenGrid);
+    layout->addLayout(buttons);
+
+    connect(m_invoice, &QLineEdit::returnPressed, this,
+            [this] { guarded(this, [this] { loadInvoice(); }); });
+    connect(m_code, &QLineEdit::returnPressed, m_quantity, [this] {
+        m_quantity->setFocus();
+        m_quantity->selectAll();
+    });
+    connect(m_quantity, &QLineEdit::returnPressed, this,
+            [this] { guarded(this, [this] { addReturned(); }); });
+    connect(m_article, &QLineEdit::returnPressed, this,
+            [this] { guarded(this, [this] { addTaken(); }); });
+    connect(all, &QPushButton::clicked, this,
+            [this] { guarded(this, [this] { returnEverything(); }); });
+    connect(del, &QPushButton::clicked, this, [this] { guarded(this, [this] { deleteLine(); }); });
+    connect(pay, &QPushButton::clicked, this,
+            [this] { guarded(this, [this] { openPayments(); }); });
+    connect(ok, &QPushButton::clicked, this, [this] { guarded(this, [this] { accept(); }); });
+    connect(cancel, &QPushButton::clicked, this, [this] {
+        if (parentWidget())
+            parentWidget()->close();
+        close();
+    });
+}
+
+void ExchangeScreen::clearAll() {
+    m_back = ReturnDraft();
+    m_taken = sale::newDraft(m_db, m_ctx);
+    m_loaded = false;
+    m_invoice->clear();
+    m_client->clear();
+    m_clientType->clear();
+    m_code->clear();
+    m_article->clear();
+    m_quantity->setText(QStringLiteral("1"));
+    refresh();
+    m_invoice->setFocus();
+}
+
+void ExchangeScreen::loadInvoice() {
+    const long long number = m_invoice->text().toLongLong();
+    if (number <= 0)
+        return;
+    ReturnableInvoice inv = loadExchangeInvoice(m_db, m_ctx, number);
+    // The new invoice goes to the same client and seller.
+    m_taken = sale::newDraft(m_db, m_ctx);
+    if (const auto client = sale::findClient(m_db, inv.cliente))
+        m_taken.setClient(*client);
+    if (!inv.vendedor.isEmpty())
+        m_taken.setSeller(sale::findSeller(m_db, inv.vendedor));
+    m_client->setText(inv.cliente + QStringLiteral(" ") + inv.clienteNombre);
+    m_clientType->setText(QStringLiteral("CLIENTE TIPO : ") + inv.tipoCliente);
+    m_back = ReturnDraft(std::move(inv));
+    m_loaded = true;
+    refresh();
+    m_code->setFocus();
+}
+
+void ExchangeScreen::returnEverything() {
+    if (!m_loaded)
+        loadInvoice();
+    if (!m_loaded)
+        return;
+    m_back.addEverything();
+    refresh();
+}
+
+void ExchangeScreen::addReturned() {
+    if (!m_loaded || m_code->text().trimmed().isEmpty())
+        return;
+    m_back.addArticle(m_code->text(), typedQuantity(m_quantity));
+    m_code->clear();
+    m_quantity->setText(QStringLiteral("1"));
+    refresh();
+    m_code->setFocus();
+}
+
+void ExchangeScreen::addTaken() {
+    const QString text = m_article->text().trimmed();
+    if (text.isEmpty())
+        return;
+    const auto found = sale::lookupArticles(m_db, text);
+    if (found.isEmpty())
+        throw UserError(QStringLiteral("El articulo no existe...!"));
+    // An exact barcode wins over the articles whose key only starts with the text.
+    auto chosen = found.at(0);
+    for (const auto& a : found)
+        if (a.codigoBarra.trimmed().compare(text, Qt::CaseInsensitive) == 0)
+            chosen = a;
+    sale::addArticle(m_taken, chosen);
+    m_taken.clearPayments();
+    m_article->clear();
+    refresh();
+}
+
+void ExchangeScreen::deleteLine() {
+    QTableWidget* g = m_takenGrid->hasFocus() ? m_takenGrid : m_backGrid;
+    const int row = g->currentRow();
+    if (row < 0)
+        return;
+    if (!dialogs().question(this, QStringLiteral("Desea eliminar el item seleccionado?"),
+                            QStringLiteral("Eliminar item")))
+        return;
+    if (g == m_backGrid && row < m_back.lines().size()) {
+        m_back.removeLine(row);
+    } else if (g == m_takenGrid && row < m_taken.lines().size()) {
+        sale::deleteLine(m_db, m_ctx, m_taken, row, m_ctx.userCode);
+        m_taken.clearPayments();
+    }
+    refresh();
+}
+
+void ExchangeScreen::openPayments() {
+    if (m_taken.isEmpty())
+        throw UserError(QStringLiteral("Debe especificar al menos un artículo...!"));
+    payments::PaymentsScreenInput in;
+    in.invoiceTotal = m_taken.totals().total;
+    in.exchangeRate = sale::store::latestExchangeRate(m_db);
+    in.allowChange = true;
+    in.currencySymbol = m_ctx.simboloMoneda;
+    in.serie = m_ctx.serial;
+    payments::PaymentsScreen screen(m_db, in, nullptr, this);
+    if (screen.exec() != QDialog::Accepted)
+        return;
+    m_taken.setPayments(screen.rows(), screen.amountPaid(), in.exchangeRate);
+    refresh();
+}
+
+void ExchangeScreen::refresh() {
+    const auto& back = m_back.lines();
+    m_backGrid->setRowCount(int(back.size()));
+    for (int i = 0; i < back.size(); ++i) {
+        const ReturnLine& l = back.at(i);
+        m_backGrid->setItem(i, 0, cell(l.source.codigoBarra));
+        m_backGrid->setItem(i, 1, cell(l.source.nombre));
+        m_backGrid->setItem(i, 2, cell(l.cantidad.toString(), true));
+        m_backGrid->setItem(
+            i, 3,
+            cell(payments::formatAmount((l.source.precioLista * l.cantidad).rounded(2)), true));
+    }
+    const auto& taken = m_taken.lines();
+    m_takenGrid->setRowCount(int(taken.size()));
+    for (int i = 0; i < taken.size(); ++i) {
+        const sale::SaleLine& l = taken.at(i);
+        m_takenGrid->setItem(i, 0, cell(l.codigoBarra));
+        m_takenGrid->setItem(i, 1, cell(l.nombre));
+        m_takenGrid->setItem(i, 2, cell(l.cantidad.toString(), true));
+        m_takenGrid->setItem(
+            i, 3, cell(payments::formatAmount((l.precioLista * l.cantidad).rounded(2)), true));
+    }
+    m_total->setText(QStringLiteral("Total: ") + payments::formatAmount(m_taken.totals().total));
+    m_change->setText(QStringLiteral("Cambio: ") + payments::formatAmount(m_taken.change()));
+}
+
+sale::SalePrinter* ExchangeScreen::printer() {
+    if (!sale::printsFiscally(m_ctx) || m_taken.isContingency())
+        return nullptr;
+    if (!m_printer)
+        m_printer = std::make_unique<sale::ThreadSalePrinter>(
+            m_printerThread ? *m_printerThread : fiscal::registerPrinter());
+    return m_printer.get();
+}
+
+void ExchangeScreen::accept() {
+    if (m_taken.isEmpty())
+        throw UserError(QStringLiteral("Debe especificar al menos un artículo...!"));
+    ExchangeResult r = acceptExchange(m_db, m_ctx, m_back, m_taken, printer());
+    if (r.status == ExchangeResult::Status::NeedsForcedZ) {
+        dialogs().information(
+            this, QStringLiteral("El monto facturado mas el monto acumulado por ventas supera el "
+                                 "total soportado por la impresora, se procedera a imprimir un Z "
+                                 "y luego la factura. Esto durara uno 10 Segundos."));
+        if (!sale::forcedZ(*printer()))
+            throw UserError(printer()->errorText());
+        r = acceptExchange(m_db, m_ctx, m_back, m_taken, printer(), true);
+    }
+    const bool contingency = m_taken.isContingency();
+    const sale::PrintResult note =
+        printReturn(m_db, m_ctx, r.returnNumber, contingency, printer(), m_paper);
+    if (!note.ok())
+        dialogs().warning(this, note.error);
+    dialogs().information(this, QStringLiteral("Presione ENTER al terminar de imprimir la nota de "
+                                               "credito para imprimir la factura...!"));
+    const sale::PrintResult invoice =
+        sale::printSale(m_db, m_ctx, r.invoiceNumber, contingency, printer(), m_paper, r.change);
+    if (!invoice.ok())
+        dialogs().warning(this, invoice.error);
+    clearAll();
+    m_total->setText(QStringLiteral("Total: ") + payments::formatAmount(r.invoiceTotal));
+    m_change->setText(QStringLiteral("Cambio: ") + payments::formatAmount(r.change));
+}
+
+} // namespace orvo::pos::returns

@@ -1,0 +1,208 @@
+#include "pos/returns/returns.h"
+
+#include "common/db/sql.h"
+#include "common/db/transaction.h"
+#include "common/errors/errors.h"
+#include "common/numbering/numbering.h"
+#include "pos/fiscal/document_builder.h"
+#include "pos/fiscal/register_check.h"
+#include "pos/payments/payment_rules.h"
+#include "pos/register/day_state.h"
+
+#include <QLoggingCategory>
+
+Q_LOGGING_CATEGORY(lcReturns, "orvo.pos.returns")
+
+namespace orvo::pos::returns {
+
+namespace {
+
+QString esc(const QString& s) {
+    return s.toHtmlEscaped();
+}
+
+} // namespace
+
+long long nextReturnNumberPreview(const QSqlDatabase& db, const shell::SessionContext& ctx) {
+    return common::readSalesCounters(db, ctx.controlFactura, ctx.serial).lastReturn + 1;
+}
+
+ReturnableInvoice loadInvoice(const QSqlDatabase& db, const shell::SessionContext& ctx,
+                              long long number, Purpose purpose) {
+    const bool exchange = purpose == Purpose::Exchange;
+    const auto invoice = store::loadInvoice(db, number, ctx.serial);
+    if (!invoice)
+        throw UserError(
+            exchange ? QStringLiteral("La factura no se encuentra registrada en esta caja...!")
+                     : QStringLiteral("La factura no se encuentra registrada en esta caja..."));
+    if (exchange && invoice->tipoVenta == kCreditSale)
+        throw UserError(QStringLiteral("No puede cambiar una factura a credito...!"));
+    bool left = false;
+    for (const InvoiceLine& l : invoice->lines)
+        left = left || l.remaining() > Decimal();
+    if (!left)
+        throw UserError(exchange ? QStringLiteral("La factura fue devuelta en su totalidad...!")
+                                 : QStringLiteral("La factura fue devuelta en su totalidad..."));
+    return *invoice;
+}
+
+SavedReturn writeReturn(const QSqlDatabase& db, const shell::SessionContext& ctx,
+                        const ReturnDraft& draft, store::NegativeStockLastCost negative) {
+    db::requireTransaction(db);
+    const long long number = common::nextReturnNumber(db, ctx.controlFactura, ctx.serial);
+    if (number == 0)
+        throw UserError(QStringLiteral("No se pudo obtener el número de la devolución...!"));
+    const QDateTime now = db::serverNow(db);
+    store::insertHeader(db, {number, ctx.serial, now, ctx.userCode}, draft.invoice());
+    for (const ReturnLine& line : draft.lines()) {
+        store::addLine(db, number, ctx.serial, now, line);
+        if (!store::markReturned(db, draft.invoice(), line.source.item, line.cantidad))
+            throw UserError(QStringLiteral("La cantidad a devolver de %1 supera lo que queda "
+                                           "por devolver de la factura...!")
+                                .arg(line.source.codigoBarra));
+    }
+    store::restock(db, number, ctx.serial, negative);
+    store::recomputeModelAverage(db, number, ctx.serial);
+    SavedReturn saved;
+    saved.number = number;
+    saved.totals = store::writeTotals(db, number, ctx.serial);
+    return saved;
+}
+
+SavedReturn saveReturn(const QSqlDatabase& db, const shell::SessionContext& ctx,
+                       const ReturnDraft& draft, sale::SalePrinter* printer) {
+    const QDate today = db::serverNow(db).date();
+    registers::checkDayOpen(db, ctx.serial, today);
+    draft.validate();
+    if (sale::printsFiscally(ctx) && !draft.contingency()) {
+        if (!printer)
+            throw UserError(QStringLiteral("No existe comunicación con la impresora fiscal...!"));
+        // The credit note takes the printer's next number: the counters must agree first.
+        fiscal::checkPrinterAgainstRegister(
+            printer->facts(), fiscal::readRegisterCounters(db, ctx.serial, ctx.controlFactura),
+            today);
+    }
+
+    db::Transaction tx(db);
+    SavedReturn saved = writeReturn(db, ctx, draft, store::NegativeStockLastCost::LineCost);
+    const ReturnableInvoice& invoice = draft.invoice();
+    if (invoice.tipoVenta == kCreditSale) {
+        saved.reminder =
+            QStringLiteral("Debe registrar un abono por devolución a la cuenta por cobrar...!");
+    } else {
+        // The refund leaves the drawer as a cash withdrawal on the refunds account; without that
+        // account the cashier records the withdrawal by hand.
+        const QString account = store::refundsAccount(db);
+        if (account.isEmpty()) {
+            saved.reminder = QStringLiteral("Debe registrar la salida de caja...!");
+        } else {
+            store::CashRefund r;
+            r.serie = ctx.serial;
+            r.fecha = db::serverNow(db);
+            r.account = account;
+            r.creditor = invoice.clienteNombre.isEmpty() ? invoice.cliente : invoice.clienteNombre;
+            r.document = QString::number(saved.number);
+            r.amount = saved.totals.total();
+            r.usuario = ctx.userCode;
+            saved.cashRefund = store::insertCashRefund(db, r);
+        }
+    }
+    tx.commit();
+    qCInfo(lcReturns) << "return" << saved.number << "of invoice" << invoice.number << "saved,"
+                      << saved.totals.total().toString(2);
+    return saved;
+}
+
+sale::PrintResult printReturn(const QSqlDatabase& db, const shell::SessionContext& ctx,
+                              long long number, bool contingency, sale::SalePrinter* printer,
+                              const sale::PaperPrinter& paper) {
+    sale::PrintResult r;
+    const bool fiscal = sale::printsFiscally(ctx) && !contingency;
+    const auto failed = [&](const QString& why) {
+        r.error = QStringLiteral("La devolución %1 fue guardada pero no se pudo imprimir: %2")
+                      .arg(number)
+                      .arg(why);
+        qCWarning(lcReturns) << r.error;
+        return r;
+    };
+    if (fiscal) {
+        if (!printer)
+            return failed(QStringLiteral("No existe comunicación con la impresora fiscal...!"));
+        fiscal::FiscalDocument doc;
+        try {
+            doc = fiscal::returnDocument(db, int(number), ctx.serial, fiscal::loadRateTable(db));
+        } catch (const UserError& e) {
+            return failed(e.text());
+        }
+        if (!printer->print(doc))
+            return failed(printer->errorText());
+        r.fiscalPrinted = true;
+    } else {
+        const bool large = ctx.tipoReporte == 2;
+        const QString html = paperReturnHtml(db, ctx, number, contingency, large);
+        if (!paper || !paper(html, large, number))
+            return failed(QStringLiteral("Debe configurar la impresora para facturar...!"));
+        r.paperPrinted = true;
+    }
+    db::Transaction tx(db);
+    store::markPrinted(db, number, ctx.serial);
+    tx.commit();
+    return r;
+}
+
+QString paperReturnHtml(const QSqlDatabase& db, const shell::SessionContext& ctx, long long number,
+                        bool contingency, bool largeFormat) {
+    db::Sql h(db, QStringLiteral("SELECT D.Fecha, D.Cliente, D.NumeroFactura, D.TotalMercancia, "
+                                 "D.TotalDescuento, D.TotalImpuesto, C.Nombre FROM DEVVENTAS D "
+                                 "LEFT JOIN CLIENTES C ON C.Codigo = D.Cliente "
+                                 "WHERE D.NumeroDevolucion = ? AND D.Serie = ?"));
+    h.bind(number).bind(ctx.serial).exec();
+    if (!h.next())
+        return {};
+    const Decimal merchandise = h.decimal(QStringLiteral("TotalMercancia"));
+    const Decimal discount = h.decimal(QStringLiteral("TotalDescuento"));
+    const Decimal tax = h.decimal(QStringLiteral("TotalImpuesto"));
+    QString html = QStringLiteral("<html><body style=\"font-family: monospace; font-size: %1pt\">")
+                       .arg(largeFormat ? 10 : 8);
+    html +=
+        QStringLiteral("<p><b>%1</b><br>%2 %3<br>%4</p>")
+            .arg(esc(ctx.nombre), esc(ctx.nombreIdFiscal), esc(ctx.idEmpresa), esc(ctx.direccion));
+    if (contingency)
+        html += QStringLiteral("<h3>CONTINGENCIA</h3>");
+    html +=
+        QStringLiteral("<p>NOTA DE CREDITO: %1 &nbsp; SERIE: %2<br>FACTURA: %3<br>FECHA: %4"
+                       "<br>CLIENTE: %5 %6</p>")
+            .arg(QString::number(number).rightJustified(8, QLatin1Char('0')), esc(ctx.serial),
+                 h.text(QStringLiteral("NumeroFactura")),
+                 h.dateTime(QStringLiteral("Fecha")).toString(QStringLiteral("dd/MM/yyyy hh:mm")),
+                 esc(h.text(QStringLiteral("Cliente")).trimmed()),
+                 esc(h.text(QStringLiteral("Nombre")).trimmed()));
+    html += QStringLiteral("<table width=\"100%\" cellspacing=\"0\"><tr><th align=\"left\">"
+                           "DESCRIPCION</th><th align=\"right\">CANT</th><th align=\"right\">"
+                           "PRECIO</th><th align=\"right\">TOTAL</th></tr>");
+    db::Sql l(db, QStringLiteral("SELECT M.PrecioLista, M.Cantidad, I.Nombre FROM MOVDEVVENTAS M "
+                                 "LEFT JOIN INVENTARIO I ON I.CodigoBarra = M.CodigoBarra "
+                                 "WHERE M.NumeroDevolucion = ? AND M.Serie = ? ORDER BY M.Item"));
+    l.bind(number).bind(ctx.serial).exec();
+    while (l.next()) {
+        const Decimal price = l.decimal(QStringLiteral("PrecioLista"));
+        const Decimal qty = l.decimal(QStringLiteral("Cantidad"));
+        html += QStringLiteral("<tr><td>%1</td><td align=\"right\">%2</td><td align=\"right\">%3"
+                               "</td><td align=\"right\">%4</td></tr>")
+                    .arg(esc(l.text(QStringLiteral("Nombre")).trimmed()), qty.toString(),
+                         payments::formatAmount(price),
+                         payments::formatAmount((price * qty).rounded(2)));
+    }
+    html +=
+        QStringLiteral("</table><p>SUBTOTAL: %1<br>DESCUENTO: %2<br>IMPUESTO: %3<br>"
+                       "<b>TOTAL: %4</b></p></body></html>")
+            .arg(payments::formatAmount(merchandise), payments::formatAmount(discount),
+                 payments::formatAmount(tax), payments::formatAmount(merchandise - discount + tax));
+    return html;
+}
+
+QList<long long> pendingPrints(const QSqlDatabase& db, const QString& serie) {
+    return store::pendingPrints(db, serie);
+}
+
+} // namespace orvo::pos::returns

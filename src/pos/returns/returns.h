@@ -1,0 +1,58 @@
+#pragma once
+
+#include "pos/returns/return_draft.h"
+#include "pos/returns/returns_store.h"
+#include "pos/sale/sale.h"
+#include "pos/sale/sale_print.h"
+#include "shell/session/session_context.h"
+
+#include <QSqlDatabase>
+
+// The till's returns. Saving opens and commits its own transaction; the credit note is printed
+// after the commit.
+namespace orvo::pos::returns {
+
+// The number the next return of this register will take (the screen's caption).
+long long nextReturnNumberPreview(const QSqlDatabase& db, const shell::SessionContext& ctx);
+
+// Who asks: the returns screen and the exchange screen word their refusals a little apart.
+enum class Purpose { Return, Exchange };
+
+// The invoice of this register with its lines. Refuses another register's invoice, one with
+// nothing left to return and, for an exchange, a credit invoice.
+ReturnableInvoice loadInvoice(const QSqlDatabase& db, const shell::SessionContext& ctx,
+                              long long number, Purpose purpose = Purpose::Return);
+
+struct SavedReturn {
+    long long number = 0;
+    ReturnTotals totals;
+    long long cashRefund = 0; // SALIDASCAJA.Numero, 0 when none was written
+    QString reminder;         // what the screen must tell the cashier afterwards, if anything
+};
+
+// The whole return inside the caller's open transaction: number, register day, header, merged
+// lines, CantidadDevuelta, stock and cost, model average, totals. Used by the return and the
+// exchange.
+SavedReturn writeReturn(const QSqlDatabase& db, const shell::SessionContext& ctx,
+                        const ReturnDraft& draft, store::NegativeStockLastCost negative);
+
+// Checks the day, the draft and the printer, then saves the return and its cash refund in one
+// transaction, pending print. `printer` may be null for a register without fiscal printer or a
+// contingency return.
+SavedReturn saveReturn(const QSqlDatabase& db, const shell::SessionContext& ctx,
+                       const ReturnDraft& draft, sale::SalePrinter* printer);
+
+// After the commit: the credit note on the fiscal printer (or on paper, marked "CONTINGENCIA"
+// for a contingency return), then the mark "printed". Can be repeated for a pending return.
+sale::PrintResult printReturn(const QSqlDatabase& db, const shell::SessionContext& ctx,
+                              long long number, bool contingency, sale::SalePrinter* printer,
+                              const sale::PaperPrinter& paper);
+
+// The paper credit note.
+QString paperReturnHtml(const QSqlDatabase& db, const shell::SessionContext& ctx, long long number,
+                        bool contingency, bool largeFormat);
+
+// Returns of this register saved but not printed yet.
+QList<long long> pendingPrints(const QSqlDatabase& db, const QString& serie);
+
+} // namespace orvo::pos::returns

@@ -1,0 +1,305 @@
+#include "pos/returns/returns_store.h"
+
+#include "common/db/sql.h"
+#include "common/db/transaction.h"
+
+#include <QMap>
+
+namespace orvo::pos::returns::store {
+
+std::optional<ReturnableInvoice> loadInvoice(const QSqlDatabase& db, long long number,
+                                             const QString& serie) {
+    // Left joins: an invoice whose client was deleted still loads, and accept asks for it.
+    db::Sql h(db, QStringLiteral("SELECT V.NumeroFactura, V.Serie, V.Vendedor, V.Cliente, "
+                                 "C.Nombre, C.Tipo, V.TipoVenta, T.Descripcion AS TipoCliente "
+                                 "FROM VENTAS V LEFT JOIN CLIENTES C ON V.Cliente = C.Codigo "
+                                 "LEFT JOIN TIPOSCLIENTE T ON C.Tipo = T.Codigo "
+                                 "WHERE V.NumeroFactura = ? AND V.Serie = ?"));
+    h.bind(number).bind(serie).exec();
+    if (!h.next())
+        return std::nullopt;
+    ReturnableInvoice inv;
+    inv.number = h.bigint(QStringLiteral("NumeroFactura"));
+    inv.serie = h.text(QStringLiteral("Serie")).trimmed();
+    inv.vendedor = h.text(QStringLiteral("Vendedor")).trimmed();
+    inv.cliente = h.text(QStringLiteral("Cliente")).trimmed();
+    inv.clienteNombre = h.text(QStringLiteral("Nombre")).trimmed();
+    inv.tipoCliente = h.text(QStringLiteral("TipoCliente")).trimmed();
+    inv.tipoVenta = h.integer(QStringLiteral("TipoVenta"));
+
+    db::Sql l(db, QStringLiteral("SELECT M.Item, M.CodigoBarra, I.Nombre, I.Referencia, "
+                                 "I.CodigoMarca, I.Talla, I.CodigoColor, M.TipoLista, M.Precio, "
+                                 "M.PrecioLista, M.Costo, M.Impuesto, M.PorcentajeImpuesto, "
+                                 "M.PorcentajeDescuento, M.Cantidad, M.CantidadDevuelta "
+                                 "FROM MOVVENTAS M LEFT JOIN INVENTARIO I ON I.CodigoBarra = "
+                                 "M.CodigoBarra WHERE M.NumeroFactura = ? AND M.Serie = ? "
+                                 "ORDER BY M.Item"));
+    l.bind(number).bind(serie).exec();
+    while (l.next()) {
+        InvoiceLine x;
+        x.item = l.integer(QStringLiteral("Item"));
+        x.codigoBarra = l.text(QStringLiteral("CodigoBarra")).trimmed();
+        x.nombre = l.text(QStringLiteral("Nombre")).trimmed();
+        x.modelKey = l.text(QStringLiteral("Referencia")).trimmed() +
+                     l.text(QStringLiteral("CodigoMarca")).trimmed() +
+                     l.text(QStringLiteral("Talla")).trimmed() +
+                     l.text(QStringLiteral("CodigoColor")).trimmed();
+        x.tipoLista = l.text(QStringLiteral("TipoLista")).trimmed();
+        x.precio = l.decimal(QStringLiteral("Precio"));
+        x.precioLista = l.decimal(QStringLiteral("PrecioLista"));
+        x.costo = l.decimal(QStringLiteral("Costo"));
+        x.impuesto = l.decimal(QStringLiteral("Impuesto"));
+        x.porcentajeImpuesto = l.decimal(QStringLiteral("PorcentajeImpuesto"));
+        x.porcentajeDescuento = l.decimal(QStringLiteral("PorcentajeDescuento"));
+        x.cantidad = l.decimal(QStringLiteral("Cantidad"));
+        x.cantidadDevuelta = l.decimal(QStringLiteral("CantidadDevuelta"));
+        inv.lines << x;
+    }
+    return inv;
+}
+
+void insertHeader(const QSqlDatabase& db, const ReturnHeader& h, const ReturnableInvoice& invoice) {
+    db::requireTransaction(db);
+    db::Sql(db, QStringLiteral("INSERT INTO DEVVENTAS (NumeroDevolucion, Serie, NumeroFactura, "
+                               "Fecha, Vendedor, Cliente, TotalMercancia, TotalDescuento, "
+                               "TotalImpuesto, TotalCosto, TipoVenta, InterContable, Usuario, "
+                               "Status, SerieFactura, Impresa) VALUES (?, ?, ?, ?, ?, ?, 0, 0, 0, "
+                               "0, ?, 0, ?, 1, ?, 0)"))
+        .bind(h.number)
+        .bind(h.serie)
+        .bind(invoice.number)
+        .bind(h.fecha)
+        .bind(invoice.vendedor)
+        .bind(invoice.cliente)
+        .bind(invoice.tipoVenta)
+        .bind(h.usuario)
+        .bind(invoice.serie)
+        .exec();
+}
+
+void addLine(const QSqlDatabase& db, long long number, const QString& serie, const QDateTime& hora,
+             const ReturnLine& line) {
+    db::requireTransaction(db);
+    const InvoiceLine& s = line.source;
+    db::Sql merge(db, QStringLiteral("UPDATE MOVDEVVENTAS SET Cantidad = ROUND(Cantidad + ?, 3) "
+                                     "WHERE NumeroDevolucion = ? AND Serie = ? AND CodigoBarra = ? "
+                                     "AND TipoLista = ? AND Precio = ? AND PrecioLista = ? AND "
+                                     "PorcentajeDescuento = ?"));
+    merge.bind(line.cantidad, 3)
+        .bind(number)
+        .bind(serie)
+        .bind(s.codigoBarra)
+        .bind(s.tipoLista)
+        .bind(s.precio, 2)
+        .bind(s.precioLista, 2)
+        .bind(s.porcentajeDescuento, 4)
+        .exec();
+    if (merge.rowsAffected() > 0)
+        return;
+    const int item =
+        db::scalar(db,
+                   QStringLiteral("SELECT COALESCE(MAX(Item), 0) + 1 FROM MOVDEVVENTAS "
+                                  "WHERE NumeroDevolucion = ? AND Serie = ?"),
+                   {number, serie})
+            .toInt();
+    db::Sql(db, QStringLiteral("INSERT INTO MOVDEVVENTAS (NumeroDevolucion, Serie, Hora, "
+                               "TipoLista, CodigoBarra, Precio, PrecioLista, Costo, Impuesto, "
+                               "PorcentajeImpuesto, Cantidad, Item, PorcentajeDescuento) VALUES "
+                               "(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"))
+        .bind(number)
+        .bind(serie)
+        .bind(hora)
+        .bind(s.tipoLista)
+        .bind(s.codigoBarra)
+        .bind(s.precio, 2)
+        .bind(s.precioLista, 2)
+        .bind(s.costo, 5)
+        .bind(s.impuesto, 2)
+        .bind(s.porcentajeImpuesto, 4)
+        .bind(line.cantidad, 3)
+        .bind(item)
+        .bind(s.porcentajeDescuento, 4)
+        .exec();
+}
+
+bool markReturned(const QSqlDatabase& db, const ReturnableInvoice& invoice, int item,
+                  const Decimal& quantity) {
+    db::requireTransaction(db);
+    db::Sql q(db, QStringLiteral("UPDATE MOVVENTAS SET CantidadDevuelta = "
+                                 "ROUND(CantidadDevuelta + ?, 3) WHERE NumeroFactura = ? AND "
+                                 "Serie = ? AND Item = ? AND "
+                                 "ROUND(Cantidad - CantidadDevuelta - ?, 3) >= 0"));
+    q.bind(quantity, 3).bind(invoice.number).bind(invoice.serie).bind(item).bind(quantity, 3);
+    q.exec();
+    return q.rowsAffected() > 0;
+}
+
+namespace {
+// The return's lines of one article (correlated with the INVENTARIO row being updated).
+const QString kLinesOfArticle =
+    QStringLiteral(" FROM MOVDEVVENTAS M WHERE M.NumeroDevolucion = ? AND M.Serie = ? AND "
+                   "M.CodigoBarra = INVENTARIO.CodigoBarra)");
+// Goods only: a sale never took stock from a service, so a return gives none back.
+const QString kArticlesOfReturn =
+    QStringLiteral(" AND Tipo = 0 AND CodigoBarra IN (SELECT CodigoBarra FROM MOVDEVVENTAS WHERE "
+                   "NumeroDevolucion = ? AND "
+                   "Serie = ?)");
+} // namespace
+
+void restock(const QSqlDatabase& db, long long number, const QString& serie,
+             NegativeStockLastCost negative) {
+    db::requireTransaction(db);
+    const QString qty = QStringLiteral("(SELECT SUM(M.Cantidad)") + kLinesOfArticle;
+    // Variants with stock: the cost is weighted with what comes back.
+    db::Sql up(db, QStringLiteral("UPDATE INVENTARIO SET CostoPromedio = ROUND((CostoPromedio * "
+                                  "Existencia + (SELECT SUM(M.Costo * M.Cantidad)") +
+                       kLinesOfArticle + QStringLiteral(") / (Existencia + ") + qty +
+                       QStringLiteral("), 5), Existencia = ROUND(Existencia + ") + qty +
+                       QStringLiteral(", 3), UltimoCosto = (SELECT MAX(M.PrecioLista)") +
+                       kLinesOfArticle + QStringLiteral(" WHERE Existencia >= 0") +
+                       kArticlesOfReturn);
+    for (int i = 0; i < 5; ++i)
+        up.bind(number).bind(serie);
+    up.exec();
+    // Variants still short of stock: nothing to weigh, the line's cost stands.
+    const QString lastCost = negative == NegativeStockLastCost::LineCost
+                                 ? QStringLiteral("(SELECT MAX(M.Costo)")
+                                 : QStringLiteral("(SELECT MAX(M.PrecioLista)");
+    db::Sql down(db, QStringLiteral("UPDATE INVENTARIO SET CostoPromedio = (SELECT MAX(M.Costo)") +
+                         kLinesOfArticle + QStringLiteral(", Existencia = ROUND(Existencia + ") +
+                         qty + QStringLiteral(", 3), UltimoCosto = ") + lastCost + kLinesOfArticle +
+                         QStringLiteral(" WHERE Existencia < 0") + kArticlesOfReturn);
+    for (int i = 0; i < 4; ++i)
+        down.bind(number).bind(serie);
+    down.exec();
+}
+
+void recomputeModelAverage(const QSqlDatabase& db, long long number, const QString& serie) {
+    db::requireTransaction(db);
+    // The variants with stock of every model the return touched. Averaged here: a correlated
+    // UPDATE would see its own earlier rows on SQLite and not on PostgreSQL.
+    db::Sql q(db, QStringLiteral(
+                      "SELECT A.Referencia, A.CodigoMarca, A.CostoPromedio, A.Existencia FROM "
+                      "INVENTARIO A WHERE A.Existencia > 0 AND EXISTS (SELECT 1 FROM INVENTARIO B "
+                      "INNER JOIN MOVDEVVENTAS M ON M.CodigoBarra = B.CodigoBarra INNER JOIN "
+                      "DEVVENTAS D ON D.NumeroDevolucion = M.NumeroDevolucion AND D.Serie = "
+                      "M.Serie WHERE M.NumeroDevolucion = ? AND D.Serie = ? AND B.Existencia > 0 "
+                      "AND B.Referencia = A.Referencia AND B.CodigoMarca = A.CodigoMarca)"));
+    q.bind(number).bind(serie).exec();
+    struct Sums {
+        QString referencia;
+        QString marca;
+        Decimal value;
+        Decimal stock;
+    };
+    QMap<QString, Sums> models;
+    while (q.next()) {
+        const QString ref = q.text(QStringLiteral("Referencia"));
+        const QString brand = q.text(QStringLiteral("CodigoMarca"));
+        Sums& s = models[ref + QLatin1Char('\x1f') + brand];
+        s.referencia = ref;
+        s.marca = brand;
+        const Decimal stock = q.decimal(QStringLiteral("Existencia"));
+        s.value += q.decimal(QStringLiteral("CostoPromedio")) * stock;
+        s.stock += stock;
+    }
+    // Every variant of the model takes the average, and its last cost the cost it had before.
+    db::Sql up(db, QStringLiteral("UPDATE INVENTARIO SET UltimoCosto = CostoPromedio, "
+                                  "CostoPromedio = ? WHERE Referencia = ? AND CodigoMarca = ?"));
+    for (const Sums& s : std::as_const(models)) {
+        up.bind((s.value / s.stock).rounded(5), 5).bind(s.referencia).bind(s.marca);
+        up.exec();
+    }
+}
+
+ReturnTotals writeTotals(const QSqlDatabase& db, long long number, const QString& serie) {
+    db::requireTransaction(db);
+    // Summed here as exact decimals: SQLite would sum the products in binary floating point.
+    db::Sql q(db, QStringLiteral("SELECT Precio, PrecioLista, Costo, Impuesto, Cantidad FROM "
+                                 "MOVDEVVENTAS WHERE NumeroDevolucion = ? AND Serie = ?"));
+    q.bind(number).bind(serie).exec();
+    QList<ReturnLine> lines;
+    while (q.next()) {
+        ReturnLine r;
+        r.source.precio = q.decimal(QStringLiteral("Precio"));
+        r.source.precioLista = q.decimal(QStringLiteral("PrecioLista"));
+        r.source.costo = q.decimal(QStringLiteral("Costo"));
+        r.source.impuesto = q.decimal(QStringLiteral("Impuesto"));
+        r.cantidad = q.decimal(QStringLiteral("Cantidad"));
+        lines << r;
+    }
+    ReturnTotals t;
+    for (const ReturnLine& r : lines) {
+        t.merchandise += r.source.precio * r.cantidad;
+        t.discount += (r.source.precio - r.source.precioLista) * r.cantidad;
+        t.tax += r.source.impuesto * r.cantidad;
+        t.cost += r.source.costo * r.cantidad;
+    }
+    t.merchandise = t.merchandise.rounded(2);
+    t.discount = t.discount.rounded(2);
+    t.tax = t.tax.rounded(2);
+    t.cost = t.cost.rounded(2);
+    db::Sql(db, QStringLiteral("UPDATE DEVVENTAS SET TotalMercancia = ?, TotalDescuento = ?, "
+                               "TotalImpuesto = ?, TotalCosto = ? WHERE NumeroDevolucion = ? AND "
+                               "Serie = ?"))
+        .bind(t.merchandise, 2)
+        .bind(t.discount, 2)
+        .bind(t.tax, 2)
+        .bind(t.cost, 2)
+        .bind(number)
+        .bind(serie)
+        .exec();
+    return t;
+}
+
+QString refundsAccount(const QSqlDatabase& db) {
+    db::Sql q(db, QStringLiteral("SELECT Codigo FROM CTACONTABLE WHERE CuentaDevolucion = 1 "
+                                 "ORDER BY Codigo LIMIT 1"));
+    q.exec();
+    return q.next() ? q.text(QStringLiteral("Codigo")).trimmed() : QString();
+}
+
+long long insertCashRefund(const QSqlDatabase& db, const CashRefund& r) {
+    db::requireTransaction(db);
+    const long long number =
+        db::scalar(db,
+                   QStringLiteral("SELECT COALESCE(MAX(Numero), 0) + 1 FROM SALIDASCAJA WHERE "
+                                  "Serie = ?"),
+                   {r.serie})
+            .toLongLong();
+    db::Sql(db, QStringLiteral("INSERT INTO SALIDASCAJA (Numero, Serie, Fecha, CodigoContable, "
+                               "Acreedor, Documento, Descripcion, Monto, Usuario, Status) VALUES "
+                               "(?, ?, ?, ?, ?, ?, ?, ?, ?, 1)"))
+        .bind(number)
+        .bind(r.serie)
+        .bind(r.fecha)
+        .bind(r.account)
+        .bind(r.creditor.left(100))
+        .bind(r.document.left(30))
+        .bind(QStringLiteral("SALIDA DE CAJA GENERADA POR DEVOLUCION DE VENTA"))
+        .bind(r.amount, 2)
+        .bind(r.usuario)
+        .exec();
+    return number;
+}
+
+void markPrinted(const QSqlDatabase& db, long long number, const QString& serie) {
+    db::requireTransaction(db);
+    db::Sql(db, QStringLiteral("UPDATE DEVVENTAS SET Impresa = 1 WHERE NumeroDevolucion = ? AND "
+                               "Serie = ?"))
+        .bind(number)
+        .bind(serie)
+        .exec();
+}
+
+QList<long long> pendingPrints(const QSqlDatabase& db, const QString& serie) {
+    db::Sql q(db, QStringLiteral("SELECT NumeroDevolucion FROM DEVVENTAS WHERE Serie = ? AND "
+                                 "Impresa = 0 ORDER BY NumeroDevolucion"));
+    q.bind(serie).exec();
+    QList<long long> out;
+    while (q.next())
+        out << q.bigint(QStringLiteral("NumeroDevolucion"));
+    return out;
+}
+
+} // namespace orvo::pos::returns::store

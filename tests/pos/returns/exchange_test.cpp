@@ -1,0 +1,228 @@
+// The exchange of goods: the return and the new invoice together, on the software printer.
+#include "../fiscal/running_emulator.h"
+#include "support/test_db.h"
+
+#include "common/db/sql.h"
+#include "common/errors/errors.h"
+#include "pos/fiscal/fiscal_printer_thread.h"
+#include "pos/fiscal/serial_fiscal_printer.h"
+#include "pos/returns/exchange.h"
+#include "shell/demo/demo_store.h"
+
+using namespace orvo;
+using namespace orvo::pos::returns;
+namespace sale = orvo::pos::sale;
+
+namespace {
+
+Decimal d(const char* text) {
+    return Decimal::fromString(QString::fromLatin1(text));
+}
+
+QString refusal(const std::function<void()>& f) {
+    try {
+        f();
+    } catch (const UserError& e) {
+        return e.text();
+    }
+    return QStringLiteral("(no refusal)");
+}
+
+class ExchangeTest : public test::DbTest {
+protected:
+    void SetUp() override {
+        DbTest::SetUp();
+        shell::demo::seedDemoStore(db());
+        exec("UPDATE PARAMETROS SET UsaImpresoraFiscal = 1, ItemsPorFactura = 0");
+        exec("UPDATE CAJAS SET Serie = ?", {serie});
+        exec("INSERT INTO DIARIOCAJA (Serie, Fecha, Numero, FacturaInicial, FacturaFinal, Status, "
+             "Acumulado) VALUES (?, ?, 1, 0, 0, 0, 0)",
+             {serie, db::dayStart(db::serverNow(db()).date())});
+        const QString insert = QStringLiteral(
+            "INSERT INTO INVENTARIO (CodigoBarra, Nombre, Referencia, CodigoMarca, Talla, "
+            "CodigoColor, TipoImpuesto, PrecioDetal, PrecioMayor, PrecioAfiliado, Promocion, "
+            "PrecioPromocion, Existencia, CostoPromedio, UltimoCosto, Tipo, Status) VALUES (?, ?, "
+            "?, '001', ?, '001', 1, ?, ?, ?, 0, 0, ?, ?, 0, ?, 1)");
+        exec(insert,
+             {"T0001", "CAMISA PRUEBA T:S", "TST-1", "S", "100", "80", "90", "10", "50.5", 0});
+        exec(insert, {"T0002", "PANTALON PRUEBA", "TST-2", "M", "120", "85", "95", "5", "50.5", 0});
+        exec(insert, {"T0009", "ENVOLTURA", "TST-9", "U", "60", "60", "60", "0", "10", 1});
+        ctx.serial = serie;
+        shell::loadSession(db(), ctx);
+        ctx.userCode = QStringLiteral("CAJERO1");
+        const QString device = emulator.device();
+        thread = std::make_unique<pos::fiscal::FiscalPrinterThread>([device] {
+            auto p = std::make_unique<pos::fiscal::SerialFiscalPrinter>(test::fastTiming());
+            p->open(device);
+            return p;
+        });
+        printer = std::make_unique<sale::ThreadSalePrinter>(*thread);
+    }
+    void TearDown() override {
+        printer.reset();
+        thread.reset();
+        DbTest::TearDown();
+    }
+
+    sale::SaleDraft draftOf(std::initializer_list<const char*> codes, bool credit = false) {
+        sale::SaleDraft draft = sale::newDraft(db(), ctx);
+        draft.setClient(*sale::findClient(db(), QStringLiteral("V12345678")));
+        draft.setSeller(sale::findSeller(db(), QStringLiteral("003")));
+        for (const char* code : codes)
+            sale::addArticle(draft, sale::lookupArticles(db(), QString::fromLatin1(code)).at(0));
+        if (credit) {
+            draft.setMode(sale::PaymentMode::Credit);
+            draft.setCreditDays(30);
+        }
+        return draft;
+    }
+    static void payCash(sale::SaleDraft& draft, const Decimal& amount) {
+        pos::payments::PaymentRow cash;
+        cash.way = QStringLiteral("EFECTIVO");
+        cash.amount = amount;
+        draft.setPayments({cash}, amount, d("36.5"));
+    }
+    long long sellPrinted(std::initializer_list<const char*> codes, bool credit = false) {
+        sale::SaleDraft draft = draftOf(codes, credit);
+        if (!credit)
+            payCash(draft, draft.totals().total);
+        const auto r = sale::acceptSale(db(), ctx, draft, printer.get());
+        EXPECT_TRUE(sale::printSale(db(), ctx, r.number, false, printer.get(), {}).ok());
+        return r.number;
+    }
+    // The credit note first, then the invoice, as the screen does.
+    void printBoth(const ExchangeResult& r) {
+        const auto note =
+            printReturn(db(), ctx, r.returnNumber, false, printer.get(), sale::PaperPrinter());
+        ASSERT_TRUE(note.ok()) << note.error.toStdString();
+        const auto inv =
+            sale::printSale(db(), ctx, r.invoiceNumber, false, printer.get(), {}, r.change);
+        ASSERT_TRUE(inv.ok()) << inv.error.toStdString();
+    }
+    Decimal dec(const QString& sql, std::initializer_list<QVariant> values = {}) const {
+        return Decimal::fromVariant(scalar(sql, values));
+    }
+    Decimal stock(const char* code) const {
+        return dec("SELECT Existencia FROM INVENTARIO WHERE CodigoBarra = ?", {code});
+    }
+
+    QString serie = QStringLiteral("Z1B0000001");
+    shell::SessionContext ctx;
+    test::RunningEmulator emulator{50};
+    std::unique_ptr<pos::fiscal::FiscalPrinterThread> thread;
+    std::unique_ptr<sale::ThreadSalePrinter> printer;
+};
+
+} // namespace
+
+TEST_F(ExchangeTest, AServiceIsExchangedForGoodsAndBothDocumentsArePrinted) {
+    const long long invoice = sellPrinted({"T0009"});
+    ReturnDraft back(loadExchangeInvoice(db(), ctx, invoice));
+    back.addEverything();
+    sale::SaleDraft taken = draftOf({"T0001"});
+    EXPECT_EQ(refusal([&] { acceptExchange(db(), ctx, back, taken, printer.get()); }),
+              "Debe Especificar el pago del cliente...!");
+    EXPECT_EQ(count("DEVVENTAS"), 0);
+    payCash(taken, d("150"));
+
+    const ExchangeResult r = acceptExchange(db(), ctx, back, taken, printer.get());
+    ASSERT_EQ(r.status, ExchangeResult::Status::Saved);
+    EXPECT_EQ(r.returnNumber, 1);
+    EXPECT_EQ(r.invoiceNumber, 2);
+    EXPECT_EQ(r.returnTotal, d("69.60"));
+    EXPECT_EQ(r.invoiceTotal, d("116.00"));
+    EXPECT_EQ(r.change, d("34.00"));
+    EXPECT_EQ(scalar("SELECT NumeroFactura FROM DEVVENTAS").toLongLong(), invoice);
+    EXPECT_EQ(dec("SELECT CantidadDevuelta FROM MOVVENTAS WHERE NumeroFactura = ?", {invoice}),
+              d("1"));
+    EXPECT_EQ(count("PAGOSVENTA", "NumeroFactura = 2"), 1);
+    // No cash leaves the drawer: the returned goods pay part of the new invoice.
+    EXPECT_EQ(count("SALIDASCAJA"), 0);
+    EXPECT_EQ(stock("T0009"), d("0"));
+    EXPECT_EQ(stock("T0001"), d("9"));
+
+    printBoth(r);
+    EXPECT_EQ(emulator.memory().lastCreditNote, 1);
+    EXPECT_EQ(emulator.memory().lastInvoice, 2);
+    EXPECT_TRUE(emulator.ticket("NOTACREDITO_00000001.txt").contains("ENVOLTURA"));
+    EXPECT_TRUE(emulator.ticket("FACTURA_00000002.txt").contains("CAMISA PRUEBA T:S"));
+    EXPECT_TRUE(emulator.ticket("VISOR.txt").contains("Cambio: Bs.34,00"))
+        << emulator.ticket("VISOR.txt").toStdString();
+    EXPECT_TRUE(pendingPrints(db(), serie).isEmpty());
+    EXPECT_TRUE(sale::pendingPrints(db(), serie).isEmpty());
+
+    EXPECT_EQ(refusal([&] { loadExchangeInvoice(db(), ctx, invoice); }),
+              "La factura fue devuelta en su totalidad...!");
+}
+
+TEST_F(ExchangeTest, CreditInvoicesAreRefusedAndReturnedGoodsOnNegativeStockTakeTheLinesCost) {
+    const long long credit = sellPrinted({"T0002"}, true);
+    EXPECT_EQ(refusal([&] { loadExchangeInvoice(db(), ctx, credit); }),
+              "No puede cambiar una factura a credito...!");
+
+    const long long invoice = sellPrinted({"T0002", "T0002"});
+    exec("UPDATE INVENTARIO SET Existencia = -4, CostoPromedio = 80 WHERE CodigoBarra = 'T0002'");
+    ReturnDraft back(loadExchangeInvoice(db(), ctx, invoice));
+    back.addArticle("T0002", d("1"));
+    sale::SaleDraft taken = draftOf({"T0001"});
+    payCash(taken, d("116"));
+    const ExchangeResult r = acceptExchange(db(), ctx, back, taken, printer.get());
+    ASSERT_EQ(r.status, ExchangeResult::Status::Saved);
+    EXPECT_EQ(stock("T0002"), d("-3"));
+    EXPECT_EQ(dec("SELECT CostoPromedio FROM INVENTARIO WHERE CodigoBarra = 'T0002'"), d("50.5"));
+    // Here the last cost takes the line's list price.
+    EXPECT_EQ(dec("SELECT UltimoCosto FROM INVENTARIO WHERE CodigoBarra = 'T0002'"), d("120"));
+    printBoth(r);
+    EXPECT_EQ(emulator.memory().lastCreditNote, 1);
+    EXPECT_EQ(emulator.memory().lastInvoice, 3);
+}
+
+TEST_F(ExchangeTest, CrossingTheDailyMaximumForcesAZFirstAndWritesNothingBefore) {
+    const long long invoice = sellPrinted({"T0009"});
+    exec("UPDATE IMPRESORAFISCAL SET MontoMaximoDiario = 500");
+    exec("UPDATE DIARIOCAJA SET Acumulado = 400");
+    ReturnDraft back(loadExchangeInvoice(db(), ctx, invoice));
+    back.addEverything();
+    sale::SaleDraft taken = draftOf({"T0002"});
+    payCash(taken, d("139.20"));
+    ExchangeResult r = acceptExchange(db(), ctx, back, taken, printer.get());
+    ASSERT_EQ(r.status, ExchangeResult::Status::NeedsForcedZ);
+    EXPECT_EQ(count("DEVVENTAS"), 0);
+    EXPECT_EQ(count("VENTAS"), 1);
+
+    ASSERT_TRUE(sale::forcedZ(*printer)) << printer->errorText().toStdString();
+    EXPECT_EQ(emulator.memory().zCounter, 1);
+    r = acceptExchange(db(), ctx, back, taken, printer.get(), true);
+    ASSERT_EQ(r.status, ExchangeResult::Status::Saved);
+    EXPECT_EQ(dec("SELECT Acumulado FROM DIARIOCAJA"), d("139.20"));
+    printBoth(r);
+    EXPECT_EQ(emulator.memory().lastCreditNote, 1);
+    EXPECT_EQ(emulator.memory().lastInvoice, 2);
+}
+
+TEST_F(ExchangeTest, AFailureInTheInvoiceLeavesNoReturnEither) {
+    const long long invoice = sellPrinted({"T0001"});
+    if (isPostgres()) {
+        exec("CREATE FUNCTION orvo_refuse_pago() RETURNS trigger AS $$ BEGIN RAISE EXCEPTION "
+             "'pago rechazado'; END $$ LANGUAGE plpgsql");
+        exec("CREATE TRIGGER tr_refuse_pago BEFORE INSERT ON PAGOSVENTA FOR EACH ROW EXECUTE "
+             "FUNCTION orvo_refuse_pago()");
+    } else {
+        exec("CREATE TRIGGER TR_REFUSE_PAGO BEFORE INSERT ON PAGOSVENTA BEGIN SELECT "
+             "RAISE(ABORT, 'pago rechazado'); END");
+    }
+    ReturnDraft back(loadExchangeInvoice(db(), ctx, invoice));
+    back.addEverything();
+    sale::SaleDraft taken = draftOf({"T0002"});
+    payCash(taken, d("139.20"));
+    EXPECT_THROW(acceptExchange(db(), ctx, back, taken, printer.get()), DbError);
+    EXPECT_EQ(count("DEVVENTAS"), 0);
+    EXPECT_EQ(count("MOVDEVVENTAS"), 0);
+    EXPECT_EQ(count("VENTAS"), 1);
+    EXPECT_EQ(dec("SELECT CantidadDevuelta FROM MOVVENTAS"), d("0"));
+    EXPECT_EQ(stock("T0001"), d("9"));
+    EXPECT_EQ(stock("T0002"), d("5"));
+    EXPECT_EQ(scalar("SELECT UltimaDevolucion FROM CAJAS").toInt(), 0);
+    EXPECT_EQ(scalar("SELECT UltimaFactura FROM CAJAS").toInt(), 1);
+    EXPECT_EQ(emulator.memory().lastCreditNote, 0);
+}
