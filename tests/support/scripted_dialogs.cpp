@@ -50,8 +50,8 @@ void ScriptedDialogs::warning(QWidget*, const QString& text, const QString& titl
 }
 
 void ScriptedDialogs::databaseError(QWidget*, const DbError& error) {
-    m_messages.append({QStringLiteral("error"), QStringLiteral("Error de base de datos"),
-                       error.message()});
+    m_messages.append(
+        {QStringLiteral("error"), QStringLiteral("Error de base de datos"), error.message()});
 }
 
 bool ScriptedDialogs::question(QWidget*, const QString& text, const QString& title, bool) {
@@ -62,9 +62,9 @@ bool ScriptedDialogs::question(QWidget*, const QString& text, const QString& tit
     }
     auto [part, yes] = m_questions.front();
     m_questions.pop_front();
-    EXPECT_TRUE(text.contains(part)) << "question \"" << text.toStdString()
-                                     << "\" was expected to contain \"" << part.toStdString()
-                                     << "\"";
+    EXPECT_TRUE(text.contains(part))
+        << "question \"" << text.toStdString() << "\" was expected to contain \""
+        << part.toStdString() << "\"";
     return yes;
 }
 

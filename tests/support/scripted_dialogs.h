@@ -19,7 +19,7 @@ public:
         QString text;
     };
 
-    ScriptedDialogs();  // installs itself
+    ScriptedDialogs();           // installs itself
     ~ScriptedDialogs() override; // restores the real dialogs
 
     // The next question must contain `textPart`; it is answered `yes`.

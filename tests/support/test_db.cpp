@@ -151,7 +151,8 @@ TestDatabase::~TestDatabase() {
             {
                 QSqlDatabase a =
                     db::openConnection(postgresServer(QStringLiteral("postgres")), admin);
-                db::execute(a, QStringLiteral("DROP DATABASE IF EXISTS %1 WITH (FORCE)").arg(m_pgName));
+                db::execute(
+                    a, QStringLiteral("DROP DATABASE IF EXISTS %1 WITH (FORCE)").arg(m_pgName));
             }
             db::closeConnection(admin);
         } catch (...) {

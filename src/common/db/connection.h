@@ -11,10 +11,10 @@ enum class Engine { Sqlite, Postgres };
 // office is a PostgreSQL database.
 struct ConnectionSettings {
     Engine engine = Engine::Sqlite;
-    QString sqliteFile;      // absolute path, embedded engine
-    QString host;            // PostgreSQL host name or address; empty = local socket
+    QString sqliteFile; // absolute path, embedded engine
+    QString host;       // PostgreSQL host name or address; empty = local socket
     int port = 5432;
-    QString database;        // PostgreSQL database name
+    QString database;         // PostgreSQL database name
     bool passwordAuth = true; // false: integrated (local socket / the user's own credentials)
     QString user;
     QString password;

@@ -74,14 +74,18 @@ long long insertReturningId(const QSqlDatabase& db, const QString& insertStateme
                             const QString& idColumn, std::initializer_list<QVariant> values);
 
 // Engine differences live here and nowhere else.
-QString nowExpression(const QSqlDatabase& db);  // the server's current local date-time
+QString nowExpression(const QSqlDatabase& db); // the server's current local date-time
 QDateTime serverNow(const QSqlDatabase& db);
 bool tableExists(const QSqlDatabase& db, const QString& table);
 QStringList columnsOf(const QSqlDatabase& db, const QString& table); // upper-case names
 
 // Half-open day range: [day 00:00, next day 00:00).
-inline QDateTime dayStart(const QDate& day) { return QDateTime(day, QTime(0, 0)); }
-inline QDateTime nextDayStart(const QDate& day) { return QDateTime(day.addDays(1), QTime(0, 0)); }
+inline QDateTime dayStart(const QDate& day) {
+    return QDateTime(day, QTime(0, 0));
+}
+inline QDateTime nextDayStart(const QDate& day) {
+    return QDateTime(day.addDays(1), QTime(0, 0));
+}
 
 // Numeric flags are true only at 1; text flags only at "TRUE".
 bool numericFlag(const QVariant& value);

@@ -59,8 +59,14 @@ public:
     QVariant toVariant(int decimals) const { return QVariant(toString(decimals)); }
 
     Decimal operator-() const { return fromUnits(-m_units); }
-    Decimal& operator+=(const Decimal& o) { m_units += o.m_units; return *this; }
-    Decimal& operator-=(const Decimal& o) { m_units -= o.m_units; return *this; }
+    Decimal& operator+=(const Decimal& o) {
+        m_units += o.m_units;
+        return *this;
+    }
+    Decimal& operator-=(const Decimal& o) {
+        m_units -= o.m_units;
+        return *this;
+    }
     Decimal& operator*=(const Decimal& o) { return *this = *this * o; }
     Decimal& operator/=(const Decimal& o) { return *this = *this / o; }
     friend Decimal operator+(Decimal a, const Decimal& b) { return a += b; }

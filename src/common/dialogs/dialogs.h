@@ -51,8 +51,7 @@ void setDialogs(Dialogs* d);
 // Runs a screen action and shows whatever it refuses with: UserError as its message, DbError with
 // number and description, anything else as an unexpected error. Nothing escapes a slot.
 // Returns true when the action finished.
-template <class F>
-bool guarded(QWidget* parent, F&& action) {
+template <class F> bool guarded(QWidget* parent, F&& action) {
     try {
         action();
         return true;

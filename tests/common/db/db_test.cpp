@@ -22,7 +22,8 @@ TEST_F(SqlLayer, MoneyKeepsItsCentsOnBothEngines) {
         tx.commit();
     }
     // Summed by the engine: binary floating point on SQLite, exact on PostgreSQL.
-    const Decimal total = Decimal::fromVariant(scalar("SELECT SUM(Monto) FROM T_MONTOS")).rounded(2);
+    const Decimal total =
+        Decimal::fromVariant(scalar("SELECT SUM(Monto) FROM T_MONTOS")).rounded(2);
     EXPECT_EQ(total.toString(2), QStringLiteral("1.00"));
     db::Sql q(db(), "SELECT Monto FROM T_MONTOS WHERE Id = ?");
     q.bind(3).exec();
@@ -56,7 +57,8 @@ TEST_F(SqlLayer, FailedStatementReportsNumberAndText) {
 
 TEST_F(SqlLayer, QuotesInValuesAreJustText) {
     exec("CREATE TABLE T_NOMBRES (Nombre VARCHAR(60))");
-    db::execute(db(), "INSERT INTO T_NOMBRES (Nombre) VALUES (?)", {QStringLiteral("O'Brien'); DROP TABLE T_NOMBRES; --")});
+    db::execute(db(), "INSERT INTO T_NOMBRES (Nombre) VALUES (?)",
+                {QStringLiteral("O'Brien'); DROP TABLE T_NOMBRES; --")});
     EXPECT_EQ(scalar("SELECT Nombre FROM T_NOMBRES").toString(),
               QStringLiteral("O'Brien'); DROP TABLE T_NOMBRES; --"));
 }
@@ -66,11 +68,13 @@ TEST_F(SqlLayer, DayRangesFindRowsOfThatDayOnly) {
     const QDate day(2026, 3, 15);
     db::execute(db(), "INSERT INTO T_FECHAS VALUES (?, ?)", {1, QDateTime(day, QTime(0, 0))});
     db::execute(db(), "INSERT INTO T_FECHAS VALUES (?, ?)", {2, QDateTime(day, QTime(23, 59, 59))});
-    db::execute(db(), "INSERT INTO T_FECHAS VALUES (?, ?)", {3, QDateTime(day.addDays(1), QTime(0, 0))});
-    db::execute(db(), "INSERT INTO T_FECHAS VALUES (?, ?)", {4, QDateTime(day.addDays(-1), QTime(23, 59))});
-    EXPECT_EQ(count("T_FECHAS", "Fecha >= ? AND Fecha < ?",
-                    {db::dayStart(day), db::nextDayStart(day)}),
-              2);
+    db::execute(db(), "INSERT INTO T_FECHAS VALUES (?, ?)",
+                {3, QDateTime(day.addDays(1), QTime(0, 0))});
+    db::execute(db(), "INSERT INTO T_FECHAS VALUES (?, ?)",
+                {4, QDateTime(day.addDays(-1), QTime(23, 59))});
+    EXPECT_EQ(
+        count("T_FECHAS", "Fecha >= ? AND Fecha < ?", {db::dayStart(day), db::nextDayStart(day)}),
+        2);
     const QDateTime now = db::serverNow(db());
     EXPECT_LT(qAbs(now.secsTo(QDateTime::currentDateTime())), 120);
 }

@@ -6,7 +6,8 @@
 using orvo::Decimal;
 
 TEST(Decimal, ParsesAndPrintsExactly) {
-    EXPECT_EQ(Decimal::fromString(u"0.1") + Decimal::fromString(u"0.2"), Decimal::fromString(u"0.3"));
+    EXPECT_EQ(Decimal::fromString(u"0.1") + Decimal::fromString(u"0.2"),
+              Decimal::fromString(u"0.3"));
     EXPECT_EQ(Decimal::fromString(u"-1234.50").toString(), QStringLiteral("-1234.5"));
     EXPECT_EQ(Decimal::fromString(u"+.25").toString(2), QStringLiteral("0.25"));
     EXPECT_EQ(Decimal::fromString(u"1e3").toString(), QStringLiteral("1000"));
