@@ -1,6 +1,7 @@
 // Barcode lookup over a catalogue of 1,000,000 article variants, on the embedded engine and, when
 // a PostgreSQL server is given (ORVO_TEST_PG=host:port, user ORVO_TEST_PG_USER), on PostgreSQL.
 // Prints the mean and the slowest of 20,000 random look-ups in microseconds.
+#include "bench_db.h"
 #include "common/db/connection.h"
 #include "common/db/sql.h"
 #include "common/db/transaction.h"
@@ -72,38 +73,13 @@ void measure(const char* engine, const QSqlDatabase& db) {
 
 int main(int argc, char** argv) {
     QCoreApplication app(argc, argv);
-    QTemporaryDir dir;
-    {
-        db::ConnectionSettings s;
-        s.sqliteFile = dir.path() + QStringLiteral("/bench.sqlite");
-        QSqlDatabase db = db::openConnection(s, QStringLiteral("bench_sqlite"));
-        schema::migrate(db);
-        std::printf("SQLite:\n");
-        seed(db);
-        measure("SQLite", db);
-    }
-    const QString pg = qEnvironmentVariable("ORVO_TEST_PG");
-    if (!pg.isEmpty()) {
-        db::ConnectionSettings s;
-        s.engine = db::Engine::Postgres;
-        s.host = pg.section(u':', 0, 0);
-        s.port = pg.section(u':', 1, 1).toInt();
-        s.user = qEnvironmentVariable("ORVO_TEST_PG_USER", QStringLiteral("orvo"));
-        s.password = qEnvironmentVariable("ORVO_TEST_PG_PASSWORD");
-        s.database = QStringLiteral("postgres");
-        {
-            QSqlDatabase admin = db::openConnection(s, QStringLiteral("bench_admin"));
-            db::execute(admin, QStringLiteral("DROP DATABASE IF EXISTS orvo_bench_lookup"));
-            db::execute(admin, QStringLiteral("CREATE DATABASE orvo_bench_lookup"));
-        }
-        db::closeConnection(QStringLiteral("bench_admin"));
-        s.database = QStringLiteral("orvo_bench_lookup");
-        QSqlDatabase db = db::openConnection(s, QStringLiteral("bench_pg"));
-        schema::migrate(db);
-        std::printf("PostgreSQL:\n");
-        seed(db);
-        db::execute(db, QStringLiteral("ANALYZE INVENTARIO"));
-        measure("PostgreSQL", db);
-    }
+    bench::forEachEngine(QStringLiteral("orvo_bench_lookup"),
+                         [](const char* engine, const QSqlDatabase& db) {
+                             std::printf("%s:\n", engine);
+                             seed(db);
+                             if (db::engineOf(db) == db::Engine::Postgres)
+                                 db::execute(db, QStringLiteral("ANALYZE INVENTARIO"));
+                             measure(engine, db);
+                         });
     return 0;
 }

@@ -8,6 +8,8 @@
 #include "pos/sale/sale.h"
 #include "shell/demo/demo_store.h"
 
+#include "bench_db.h"
+
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QLoggingCategory>
@@ -74,33 +76,6 @@ void measure(const char* engine, const QSqlDatabase& db) {
 int main(int argc, char** argv) {
     QCoreApplication app(argc, argv);
     QLoggingCategory::setFilterRules(QStringLiteral("orvo.pos.sale.info=false"));
-    QTemporaryDir dir;
-    {
-        db::ConnectionSettings s;
-        s.sqliteFile = dir.path() + QStringLiteral("/bench.sqlite");
-        QSqlDatabase db = db::openConnection(s, QStringLiteral("bench_sqlite"));
-        schema::migrate(db);
-        measure("SQLite", db);
-    }
-    const QString pg = qEnvironmentVariable("ORVO_TEST_PG");
-    if (!pg.isEmpty()) {
-        db::ConnectionSettings s;
-        s.engine = db::Engine::Postgres;
-        s.host = pg.section(u':', 0, 0);
-        s.port = pg.section(u':', 1, 1).toInt();
-        s.user = qEnvironmentVariable("ORVO_TEST_PG_USER", QStringLiteral("orvo"));
-        s.password = qEnvironmentVariable("ORVO_TEST_PG_PASSWORD");
-        s.database = QStringLiteral("postgres");
-        {
-            QSqlDatabase admin = db::openConnection(s, QStringLiteral("bench_admin"));
-            db::execute(admin, QStringLiteral("DROP DATABASE IF EXISTS orvo_bench_sale"));
-            db::execute(admin, QStringLiteral("CREATE DATABASE orvo_bench_sale"));
-        }
-        db::closeConnection(QStringLiteral("bench_admin"));
-        s.database = QStringLiteral("orvo_bench_sale");
-        QSqlDatabase db = db::openConnection(s, QStringLiteral("bench_pg"));
-        schema::migrate(db);
-        measure("PostgreSQL", db);
-    }
+    bench::forEachEngine(QStringLiteral("orvo_bench_sale"), measure);
     return 0;
 }

@@ -4,9 +4,9 @@
 #include "common/errors/errors.h"
 #include "pos/fiscal/register_printer.h"
 #include "pos/payments/payment_rules.h"
-#include "pos/payments/payments_screen.h"
 #include "pos/returns/exchange.h"
 #include "pos/returns/return_screen.h"
+#include "pos/sale/sale_payments.h"
 #include "pos/sale/sale_store.h"
 
 #include <QFormLayout>
@@ -238,16 +238,10 @@ void ExchangeScreen::deleteLine() {
 void ExchangeScreen::openPayments() {
     if (m_taken.isEmpty())
         throw UserError(QStringLiteral("Debe especificar al menos un artículo...!"));
-    payments::PaymentsScreenInput in;
-    in.invoiceTotal = m_taken.totals().total;
-    in.exchangeRate = sale::store::latestExchangeRate(m_db);
-    in.allowChange = true;
-    in.currencySymbol = m_ctx.simboloMoneda;
-    in.serie = m_ctx.serial;
-    payments::PaymentsScreen screen(m_db, in, nullptr, this);
-    if (screen.exec() != QDialog::Accepted)
+    if (!sale::takePayments(this, m_db, m_ctx,
+                            m_printerThread ? *m_printerThread : fiscal::registerPrinter(),
+                            m_taken))
         return;
-    m_taken.setPayments(screen.rows(), screen.amountPaid(), in.exchangeRate);
     refresh();
 }
 

@@ -3,8 +3,8 @@
 #include "common/dialogs/dialogs.h"
 #include "common/grid_ui/catalog_dialog.h"
 #include "pos/fiscal/register_printer.h"
-#include "pos/payments/payments_screen.h"
 #include "pos/register/day_state.h"
+#include "pos/sale/sale_payments.h"
 #include "pos/sale/sale_store.h"
 #include "shell/login/login.h"
 #include "shell/main_window/main_window.h"
@@ -538,16 +538,9 @@ void SaleScreen::openPayments() {
             throw UserError(QStringLiteral("Debe especificar al menos un artículo...!"));
         if (m_draft.mode() == PaymentMode::Credit)
             return;
-        payments::PaymentsScreenInput in;
-        in.invoiceTotal = m_draft.totals().total;
-        in.exchangeRate = store::latestExchangeRate(m_db);
-        in.allowChange = true;
-        in.currencySymbol = m_ctx.simboloMoneda;
-        in.serie = m_ctx.serial;
-        payments::PaymentsScreen screen(m_db, in, nullptr, this);
-        if (screen.exec() != QDialog::Accepted)
+        if (!takePayments(this, m_db, m_ctx,
+                          m_printerThread ? *m_printerThread : fiscal::registerPrinter(), m_draft))
             return;
-        m_draft.setPayments(screen.rows(), screen.amountPaid(), in.exchangeRate);
         refresh();
     });
 }
