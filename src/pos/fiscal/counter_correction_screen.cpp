@@ -2,7 +2,6 @@
 
 #include "common/dialogs/dialogs.h"
 #include "pos/fiscal/counter_correction.h"
-#include "pos/fiscal/fiscal_screen.h"
 #include "pos/fiscal/register_printer.h"
 #include "shell/screens/screen_registry.h"
 #include "shell/startup/app_state.h"
@@ -97,10 +96,6 @@ void registerFiscalScreens() {
             const shell::SessionContext& s = shell::session();
             return new CounterCorrectionScreen(shell::mainDb(), s.serial, s.controlFactura,
                                                registerPrinter(), parent);
-        });
-    shell::ScreenRegistry::instance().add(
-        QStringLiteral("frmImpresoraFiscal"), [](QWidget* parent) -> QWidget* {
-            return new FiscalScreen(shell::mainDb(), registerPrinter(), parent);
         });
 }
 

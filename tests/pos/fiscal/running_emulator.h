@@ -18,13 +18,13 @@ private:
     }
 };
 
-// Short waits: a silent printer fails a test in well under a second.
+// Short waits, with room for a loaded machine: a silent printer fails a test in a few seconds.
 inline pos::fiscal::LinkTiming fastTiming() {
     pos::fiscal::LinkTiming t;
-    t.ackTimeoutMs = 300;
-    t.probeTimeoutMs = 150;
-    t.replyTimeoutMs = 300;
-    t.blockTimeoutMs = 300;
+    t.ackTimeoutMs = 600;
+    t.probeTimeoutMs = 300;
+    t.replyTimeoutMs = 600;
+    t.blockTimeoutMs = 600;
     return t;
 }
 
