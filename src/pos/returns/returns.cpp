@@ -116,38 +116,16 @@ SavedReturn saveReturn(const QSqlDatabase& db, const shell::SessionContext& ctx,
 sale::PrintResult printReturn(const QSqlDatabase& db, const shell::SessionContext& ctx,
                               long long number, bool contingency, sale::SalePrinter* printer,
                               const sale::PaperPrinter& paper) {
-    sale::PrintResult r;
-    const bool fiscal = sale::printsFiscally(ctx) && !contingency;
-    const auto failed = [&](const QString& why) {
-        r.error = QStringLiteral("La devolución %1 fue guardada pero no se pudo imprimir: %2")
-                      .arg(number)
-                      .arg(why);
-        qCWarning(lcReturns) << r.error;
-        return r;
+    sale::SavedDocumentPrint document;
+    document.failurePrefix = QStringLiteral("La devolución %1").arg(number);
+    document.fiscalDocument = [&] {
+        return fiscal::returnDocument(db, int(number), ctx.serial, fiscal::loadRateTable(db));
     };
-    if (fiscal) {
-        if (!printer)
-            return failed(QStringLiteral("No existe comunicación con la impresora fiscal...!"));
-        fiscal::FiscalDocument doc;
-        try {
-            doc = fiscal::returnDocument(db, int(number), ctx.serial, fiscal::loadRateTable(db));
-        } catch (const UserError& e) {
-            return failed(e.text());
-        }
-        if (!printer->print(doc))
-            return failed(printer->errorText());
-        r.fiscalPrinted = true;
-    } else {
-        const bool large = ctx.tipoReporte == 2;
-        const QString html = paperReturnHtml(db, ctx, number, contingency, large);
-        if (!paper || !paper(html, large, number))
-            return failed(QStringLiteral("Debe configurar la impresora para facturar...!"));
-        r.paperPrinted = true;
-    }
-    db::Transaction tx(db);
-    store::markPrinted(db, number, ctx.serial);
-    tx.commit();
-    return r;
+    document.paperHtml = [&](bool large) {
+        return paperReturnHtml(db, ctx, number, contingency, large);
+    };
+    document.markPrinted = [&] { store::markPrinted(db, number, ctx.serial); };
+    return sale::printSavedDocument(db, ctx, contingency, printer, paper, number, document);
 }
 
 QString paperReturnHtml(const QSqlDatabase& db, const shell::SessionContext& ctx, long long number,

@@ -338,24 +338,22 @@ bool forcedZ(SalePrinter& printer) {
     return printer.printZ();
 }
 
-PrintResult printSale(const QSqlDatabase& db, const shell::SessionContext& ctx, long long number,
-                      bool contingency, SalePrinter* printer, const PaperPrinter& paper,
-                      const Decimal& change) {
+PrintResult printSavedDocument(const QSqlDatabase& db, const shell::SessionContext& ctx,
+                               bool contingency, SalePrinter* printer, const PaperPrinter& paper,
+                               long long number, const SavedDocumentPrint& document) {
     PrintResult r;
-    const bool fiscal = printsFiscally(ctx) && !contingency;
     const auto failed = [&](const QString& why) {
-        r.error = QStringLiteral("La factura %1 fue guardada pero no se pudo imprimir: %2")
-                      .arg(number)
-                      .arg(why);
+        r.error = document.failurePrefix +
+                  QStringLiteral(" fue guardada pero no se pudo imprimir: ") + why;
         qCWarning(lcSale) << r.error;
         return r;
     };
-    if (fiscal) {
+    if (printsFiscally(ctx) && !contingency) {
         if (!printer)
             return failed(QStringLiteral("No existe comunicación con la impresora fiscal...!"));
         fiscal::FiscalDocument doc;
         try {
-            doc = fiscal::saleDocument(db, int(number), ctx.serial, fiscal::loadRateTable(db));
+            doc = document.fiscalDocument();
         } catch (const UserError& e) {
             return failed(e.text());
         }
@@ -364,17 +362,32 @@ PrintResult printSale(const QSqlDatabase& db, const shell::SessionContext& ctx, 
         r.fiscalPrinted = true;
     } else {
         const bool large = ctx.tipoReporte == 2;
-        const QString html = paperInvoiceHtml(db, ctx, number, contingency, large);
-        if (!paper || !paper(html, large, number))
+        if (!paper || !paper(document.paperHtml(large), large, number))
             return failed(QStringLiteral("Debe configurar la impresora para facturar...!"));
         r.paperPrinted = true;
     }
-    {
-        db::Transaction tx(db);
-        store::markPrinted(db, ctx.serial, number);
-        tx.commit();
-    }
-    if (fiscal) {
+    db::Transaction tx(db);
+    document.markPrinted();
+    tx.commit();
+    return r;
+}
+
+PrintResult printSale(const QSqlDatabase& db, const shell::SessionContext& ctx, long long number,
+                      bool contingency, SalePrinter* printer, const PaperPrinter& paper,
+                      const Decimal& change) {
+    SavedDocumentPrint document;
+    document.failurePrefix = QStringLiteral("La factura %1").arg(number);
+    document.fiscalDocument = [&] {
+        return fiscal::saleDocument(db, int(number), ctx.serial, fiscal::loadRateTable(db));
+    };
+    document.paperHtml = [&](bool large) {
+        return paperInvoiceHtml(db, ctx, number, contingency, large);
+    };
+    document.markPrinted = [&] { store::markPrinted(db, ctx.serial, number); };
+    PrintResult r = printSavedDocument(db, ctx, contingency, printer, paper, number, document);
+    if (!r.ok())
+        return r;
+    if (r.fiscalPrinted) {
         const Decimal total = store::invoiceTotal(db, ctx.serial, number);
         printer->display(displayLine(QStringLiteral("Total: "), ctx.simboloMoneda, total),
                          displayLine(QStringLiteral("Cambio: "), ctx.simboloMoneda, change));

@@ -112,6 +112,21 @@ struct PrintResult {
     bool ok() const { return error.isEmpty(); }
 };
 
+// What printSavedDocument needs to know of one saved document.
+struct SavedDocumentPrint {
+    QString failurePrefix; // "La factura 12" / "La devolución 3"
+    std::function<fiscal::FiscalDocument()> fiscalDocument;
+    std::function<QString(bool largeFormat)> paperHtml;
+    std::function<void()> markPrinted; // runs inside its own transaction
+};
+
+// The print after the commit shared by invoices and credit notes: the fiscal printer, or paper for
+// a contingency document or a register without fiscal printer; marked printed only when it went
+// out, so a failure leaves it pending and it can be printed again.
+PrintResult printSavedDocument(const QSqlDatabase& db, const shell::SessionContext& ctx,
+                               bool contingency, SalePrinter* printer, const PaperPrinter& paper,
+                               long long number, const SavedDocumentPrint& document);
+
 // After the commit: the fiscal print (or the paper invoice of a contingency sale or a register
 // without fiscal printer), the mark "printed", the customer display. A failure leaves the invoice
 // pending print; printSale can be called again for it and never sells anything twice.
