@@ -3,6 +3,7 @@
 #include "inventory/articles/article_screens.h"
 #include "pos/cash/cash_screens.h"
 #include "pos/fiscal/counter_correction_screen.h"
+#include "pos/payments/payment_ways_screen.h"
 #include "pos/register/register_screens.h"
 #include "pos/returns/return_screen.h"
 #include "pos/sale/sale_screen.h"
@@ -22,6 +23,7 @@ void registerAllScreens() {
     pos::returns::registerReturnScreens();
     pos::sale::registerSaleScreens();
     pos::cash::registerCashScreens();
+    pos::payments::registerPaymentScreens();
 }
 
 } // namespace orvo::app

@@ -1,5 +1,8 @@
 #include "pos/payments/payment_ways_screen.h"
 
+#include "shell/screens/screen_registry.h"
+#include "shell/startup/app_state.h"
+
 #include "common/dialogs/dialogs.h"
 #include "pos/payments/payment_ways.h"
 
@@ -54,6 +57,12 @@ void PaymentWaysScreen::save() {
                      m_grid->item(r, 2)->checkState() == Qt::Checked});
     savePaymentWayStates(m_db, ways);
     dialogs().information(this, QStringLiteral("Las formas de pago han sido guardadas...!"));
+}
+
+void registerPaymentScreens() {
+    shell::ScreenRegistry::instance().add(
+        QStringLiteral("frmFormaPago"),
+        [](QWidget* parent) -> QWidget* { return new PaymentWaysScreen(shell::mainDb(), parent); });
 }
 
 } // namespace orvo::pos::payments

@@ -22,4 +22,7 @@ private:
     QTableWidget* m_grid;
 };
 
+// Registers frmFormaPago with the screens the menu opens.
+void registerPaymentScreens();
+
 } // namespace orvo::pos::payments
