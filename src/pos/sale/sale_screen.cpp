@@ -32,6 +32,12 @@ namespace orvo::pos::sale {
 
 namespace {
 
+// The lists keep numbers as Decimal: QVariant::toLongLong() would read them as 0.
+long long chosenNumber(const QVariantMap& row) {
+    return Decimal::fromVariant(grid::CatalogDialog::valueOf(row, QStringLiteral("Numero")))
+        .toLongLong();
+}
+
 QString money(const Decimal& d) {
     return payments::formatAmount(d);
 }
@@ -641,9 +647,7 @@ void SaleScreen::takeBack() {
             return;
         if (!m_draft.isEmpty())
             parkSale(m_db, m_ctx, m_draft);
-        takeBackParked(m_db, m_ctx,
-                       grid::CatalogDialog::valueOf(*row, QStringLiteral("Numero")).toLongLong(),
-                       m_draft);
+        takeBackParked(m_db, m_ctx, chosenNumber(*row), m_draft);
         showClient();
         refresh();
     });
@@ -657,9 +661,7 @@ void SaleScreen::invoiceDispatchOrder() {
                                                      m_db, store::dispatchCatalogSql());
         if (!row)
             return;
-        loadDispatchOrder(m_db, m_ctx,
-                          grid::CatalogDialog::valueOf(*row, QStringLiteral("Numero")).toLongLong(),
-                          m_draft);
+        loadDispatchOrder(m_db, m_ctx, chosenNumber(*row), m_draft);
         showClient();
         refresh();
     });
