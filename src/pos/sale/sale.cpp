@@ -7,6 +7,9 @@
 #include "pos/fiscal/document_builder.h"
 #include "pos/register/day_state.h"
 #include "pos/sale/sale_store.h"
+#include "shell/login/login.h"
+#include "shell/session/settings_readers.h"
+#include "shell/users/roles.h"
 
 #include <QLoggingCategory>
 #include <QSet>
@@ -113,6 +116,27 @@ void deleteLine(const QSqlDatabase& db, const shell::SessionContext& ctx, SaleDr
                              draft.lines().at(index));
     tx.commit();
     draft.takeLine(index);
+}
+
+bool priceChangeNeedsAuthorisation(const QSqlDatabase& db, const shell::SessionContext& ctx) {
+    return shell::registerRequiresAuthorisation(db, ctx.serial) ||
+           !shell::users::isAdministrator(db, ctx.userCode);
+}
+
+void changeLinePrice(const QSqlDatabase& db, const shell::SessionContext& ctx, SaleDraft& draft,
+                     int index, const Decimal& price, const std::optional<Supervisor>& supervisor) {
+    const QString refused = QStringLiteral("Caja ó Usuario no autorizado para cambiar precios...!");
+    if (!shell::registerMayChangePrices(db, ctx.serial))
+        throw UserError(refused);
+    if (priceChangeNeedsAuthorisation(db, ctx)) {
+        if (!supervisor)
+            throw UserError(refused);
+        const shell::LoggedUser user =
+            shell::checkLogin(db, supervisor->user, supervisor->password);
+        if (!shell::users::isAdministrator(db, user.code))
+            throw UserError(refused);
+    }
+    draft.setLinePrice(index, price);
 }
 
 void cancelSale(const QSqlDatabase& db, const shell::SessionContext& ctx, SaleDraft& draft,

@@ -6,6 +6,7 @@
 
 #include <QSqlDatabase>
 #include <functional>
+#include <optional>
 
 // The sale's actions. Each one that writes opens and commits its own transaction; the printer and
 // the paper invoice come after the commit.
@@ -41,6 +42,20 @@ QList<PriceQuote> priceQuery(const QSqlDatabase& db, const SaleDraft& draft, con
 void deleteLine(const QSqlDatabase& db, const shell::SessionContext& ctx, SaleDraft& draft,
                 int index, const QString& authorisedBy);
 // Drops the whole sale, every line logged as deleted; the draft is cleared.
+// A supervisor's user and password, as typed in the authorisation dialog.
+struct Supervisor {
+    QString user;
+    QString password;
+};
+
+// Whether a price change must be authorised by a supervisor: the register asks for it, or the
+// cashier is not an administrator.
+bool priceChangeNeedsAuthorisation(const QSqlDatabase& db, const shell::SessionContext& ctx);
+// Changes the unit price of line `index`. Refused when the register may not change prices, or
+// when an authorisation is needed and `supervisor` is missing, wrong or not an administrator.
+void changeLinePrice(const QSqlDatabase& db, const shell::SessionContext& ctx, SaleDraft& draft,
+                     int index, const Decimal& price, const std::optional<Supervisor>& supervisor);
+
 void cancelSale(const QSqlDatabase& db, const shell::SessionContext& ctx, SaleDraft& draft,
                 const QString& authorisedBy);
 

@@ -97,6 +97,24 @@ void SaleDraft::switchList(int index, bool allowed) {
     line = repriced;
 }
 
+void SaleDraft::setLinePrice(int index, const Decimal& price) {
+    if (index < 0 || index >= m_lines.size())
+        throw UserError(QStringLiteral("Seleccione la fila con datos para cambiar el precio...!"));
+    const Decimal newPrice = price.rounded(2);
+    if (newPrice <= Decimal())
+        throw UserError(QStringLiteral("No se puede vender el artículo con precio cero...!"));
+    SaleLine& line = m_lines[index];
+    // A price set by hand replaces the promotion: the line falls back to the register's list.
+    if (line.tipoLista == kPromotion)
+        line.tipoLista = registerLetter(m_settings.registerListType);
+    line.precio = newPrice;
+    line.precioLista = newPrice;
+    line.porcentajeDescuento = Decimal();
+    line.impuesto = unitTax(line.precioLista, line.porcentajeImpuesto, m_exempt);
+    if (!m_globalDiscount.isZero())
+        applyDiscount(line, m_globalDiscount, m_exempt);
+}
+
 void SaleDraft::applyGlobalDiscount(const Decimal& percent) {
     if (m_lines.isEmpty())
         throw UserError(QStringLiteral("Debe especificar al menos un artículo...!"));

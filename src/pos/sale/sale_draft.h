@@ -35,6 +35,9 @@ public:
     void setQuantity(int index, const Decimal& quantity);
     // Alternates the line between the retail and the wholesale list.
     void switchList(int index, bool allowed);
+    // Sets the line's unit price by hand; the global discount, if any, still applies to it. The
+    // rights are checked by the caller (changeLinePrice).
+    void setLinePrice(int index, const Decimal& price);
     // The global discount: applied to every line, and no line may be added afterwards.
     void applyGlobalDiscount(const Decimal& percent);
     bool isLocked() const { return m_locked; }

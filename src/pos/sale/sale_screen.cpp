@@ -187,6 +187,7 @@ void SaleScreen::buildUi() {
 
     auto* actions = new QHBoxLayout;
     auto* lists = button(this, "cmdListaPrecios", QStringLiteral("Lista de precios"));
+    auto* priceButton = button(this, "cmdCambiarPrecio", QStringLiteral("Cambiar precio"));
     auto* pay = button(this, "cmdPagos", QStringLiteral("F5 Pagos"));
     auto* parkButton = button(this, "cmdCongelar", QStringLiteral("F6 Congelar"));
     auto* backButton = button(this, "cmdDescongelar", QStringLiteral("F7 Descongelar"));
@@ -195,7 +196,7 @@ void SaleScreen::buildUi() {
     auto* acceptButton = button(this, "cmdAceptar", QStringLiteral("F10 Aceptar"));
     auto* cancelButton = button(this, "cmdCancelar", QStringLiteral("F12 Cancelar"));
     for (QPushButton* b :
-         {lists, pay, parkButton, backButton, orderButton, acceptButton, cancelButton})
+         {lists, priceButton, pay, parkButton, backButton, orderButton, acceptButton, cancelButton})
         actions->addWidget(b);
     root->addLayout(actions);
 
@@ -207,6 +208,7 @@ void SaleScreen::buildUi() {
     connect(sellerButton, &QPushButton::clicked, this, &SaleScreen::chooseSeller);
     connect(discountButton, &QPushButton::clicked, this, &SaleScreen::applyDiscount);
     connect(lists, &QPushButton::clicked, this, &SaleScreen::switchList);
+    connect(priceButton, &QPushButton::clicked, this, &SaleScreen::changePrice);
     connect(pay, &QPushButton::clicked, this, &SaleScreen::openPayments);
     connect(parkButton, &QPushButton::clicked, this, &SaleScreen::park);
     connect(backButton, &QPushButton::clicked, this, &SaleScreen::takeBack);
@@ -510,6 +512,37 @@ void SaleScreen::switchList() {
     guarded(this, [&] {
         const bool allowed = m_ctx.permiteAlternarListas == 1 && !m_draft.isLocked();
         m_draft.switchList(m_grid->currentRow(), allowed);
+        m_draft.clearPayments();
+        refresh();
+    });
+}
+
+void SaleScreen::changePrice() {
+    guarded(this, [&] {
+        const int row = m_grid->currentRow();
+        if (!shell::registerMayChangePrices(m_db, m_ctx.serial))
+            throw UserError(
+                QStringLiteral("Caja ó Usuario no autorizado para cambiar precios...!"));
+        if (row < 0 || row >= m_draft.lines().size())
+            throw UserError(
+                QStringLiteral("Seleccione la fila con datos para cambiar el precio...!"));
+        const auto typed = dialogs().textInput(this, QStringLiteral("Cambiar precio"),
+                                               QStringLiteral("Nuevo precio:"),
+                                               m_draft.lines().at(row).precio.toString());
+        if (!typed)
+            return;
+        const auto price = payments::parseTypedAmount(*typed);
+        if (!price)
+            throw UserError(QStringLiteral("No se puede vender el artículo con precio cero...!"));
+        std::optional<Supervisor> supervisor;
+        if (priceChangeNeedsAuthorisation(m_db, m_ctx)) {
+            const auto credentials =
+                dialogs().authorisation(this, QStringLiteral("Autorización del supervisor"));
+            if (!credentials)
+                return;
+            supervisor = Supervisor{credentials->user, credentials->password};
+        }
+        sale::changeLinePrice(m_db, m_ctx, m_draft, row, *price, supervisor);
         m_draft.clearPayments();
         refresh();
     });

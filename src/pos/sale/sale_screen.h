@@ -61,6 +61,7 @@ public:
     void cancelSale();
     void deleteSelectedLine();
     void switchList();
+    void changePrice();
     void applyDiscount();
     void priceQuery();
 

@@ -168,3 +168,39 @@ TEST_F(SaleScreenTest, DeletingALineAsksAndLogsIt) {
     EXPECT_EQ(dialogs.lastText(), "Debe especificar al menos un artículo...!");
     EXPECT_EQ(count("VENTAS"), 0);
 }
+
+TEST_F(SaleScreenTest, ChangingAPriceAsksTheNewPriceAndASupervisor) {
+    SaleScreen screen(db(), ctx, printer.get());
+    screen.show();
+    typeEnter(screen, "txtCliente", "V12345678");
+    const QString code =
+        scalar("SELECT CodigoBarra FROM INVENTARIO WHERE Tipo = 0 AND Existencia > 0 ORDER BY "
+               "CodigoBarra LIMIT 1")
+            .toString()
+            .trimmed();
+    typeEnter(screen, "txtCodigoBarra", code);
+    ASSERT_EQ(screen.grid()->rowCount(), 1);
+    screen.grid()->selectRow(0);
+    auto* button = child<QPushButton>(screen, "cmdCambiarPrecio");
+
+    exec("UPDATE CAJAS SET CambiarPrecios = 0");
+    button->click();
+    EXPECT_EQ(dialogs.lastText(), "Caja ó Usuario no autorizado para cambiar precios...!");
+
+    // Only an administrator may authorise the change.
+    exec("UPDATE CAJAS SET CambiarPrecios = 1");
+    const Decimal before = screen.draft().lines().at(0).precio;
+    dialogs.expectTextInput("1.234,50");
+    dialogs.expectAuthorisation("CAJERO1", "1234");
+    button->click();
+    EXPECT_EQ(dialogs.lastText(), "Caja ó Usuario no autorizado para cambiar precios...!");
+    EXPECT_EQ(screen.draft().lines().at(0).precio, before);
+    dialogs.expectTextInput("1.234,50");
+    dialogs.expectAuthorisation("ADMIN", "1234");
+    button->click();
+    EXPECT_TRUE(dialogs.allAnswered());
+    const SaleLine& line = screen.draft().lines().at(0);
+    EXPECT_EQ(line.precio, Decimal::fromString(QStringLiteral("1234.50")));
+    EXPECT_EQ(screen.draft().totals().merchandise, Decimal::fromString(QStringLiteral("1234.50")));
+    EXPECT_EQ(screen.draft().totals().total, line.precioLista + line.impuesto);
+}

@@ -269,6 +269,67 @@ TEST_F(SaleTest, DeletedLinesAndCancelledSalesAreLoggedWithWhoAuthorised) {
     EXPECT_EQ(count("VENTAS"), 0);
 }
 
+TEST_F(SaleTest, PriceChangeNeedsTheRegisterAndAnAdministratorAndKeepsTheTotalsRight) {
+    const QString refused = QStringLiteral("Caja ó Usuario no autorizado para cambiar precios...!");
+    const Supervisor admin{QStringLiteral("ADMIN"), QStringLiteral("1234")};
+    SaleDraft draft = draftWith({"T0001", "T0009"});
+
+    exec("UPDATE CAJAS SET CambiarPrecios = 0, RequerirAutorizacion = 0");
+    EXPECT_EQ(refusal([&] { changeLinePrice(db(), ctx, draft, 0, d("100"), admin); }), refused);
+    EXPECT_EQ(draft.lines().at(0).precio, d("120.00"));
+
+    // The cashier is no administrator: a supervisor must authorise, and only an administrator can.
+    exec("UPDATE CAJAS SET CambiarPrecios = 1");
+    EXPECT_TRUE(priceChangeNeedsAuthorisation(db(), ctx));
+    EXPECT_EQ(refusal([&] { changeLinePrice(db(), ctx, draft, 0, d("100"), std::nullopt); }),
+              refused);
+    EXPECT_EQ(refusal([&] {
+                  changeLinePrice(db(), ctx, draft, 0, d("100"),
+                                  Supervisor{QStringLiteral("CAJERO1"), QStringLiteral("1234")});
+              }),
+              refused);
+    const QString badPassword = refusal([&] {
+        changeLinePrice(db(), ctx, draft, 0, d("100"),
+                        Supervisor{QStringLiteral("ADMIN"), QStringLiteral("9999")});
+    });
+    EXPECT_NE(badPassword, "(no refusal)");
+    EXPECT_NE(badPassword, refused);
+    EXPECT_EQ(draft.lines().at(0).precio, d("120.00"));
+    EXPECT_EQ(refusal([&] { changeLinePrice(db(), ctx, draft, 0, d("0"), admin); }),
+              "No se puede vender el artículo con precio cero...!");
+    EXPECT_EQ(refusal([&] { changeLinePrice(db(), ctx, draft, 5, d("10"), admin); }),
+              "Seleccione la fila con datos para cambiar el precio...!");
+    changeLinePrice(db(), ctx, draft, 0, d("100"), admin);
+    EXPECT_EQ(draft.lines().at(0).precio, d("100.00"));
+    EXPECT_EQ(draft.lines().at(0).impuesto, d("16.00"));
+
+    // An administrator at the register changes prices himself, unless the register asks anyway.
+    ctx.userCode = QStringLiteral("ADMIN");
+    EXPECT_FALSE(priceChangeNeedsAuthorisation(db(), ctx));
+    changeLinePrice(db(), ctx, draft, 1, d("50"), std::nullopt);
+    EXPECT_EQ(draft.totals().total, d("174.00")); // 150 + 16 %
+    exec("UPDATE CAJAS SET RequerirAutorizacion = 1");
+    EXPECT_EQ(refusal([&] { changeLinePrice(db(), ctx, draft, 1, d("40"), std::nullopt); }),
+              refused);
+
+    // After the global discount a new price is still discounted.
+    draft.applyGlobalDiscount(d("10"));
+    changeLinePrice(db(), ctx, draft, 0, d("80"), admin);
+    EXPECT_EQ(draft.lines().at(0).precioLista, d("72.00"));
+    const SaleTotals t = draft.totals(); // 80 + 50 less 10 %, tax 16 % on 72 and 45
+    EXPECT_EQ(t.merchandise, d("130.00"));
+    EXPECT_EQ(t.discount, d("13.00"));
+    EXPECT_EQ(t.tax, d("18.72"));
+    EXPECT_EQ(t.total, d("135.72"));
+    payCash(draft, d("135.72"));
+    ASSERT_EQ(acceptSale(db(), ctx, draft, nullptr).status, AcceptResult::Status::Saved);
+    EXPECT_EQ(dec("SELECT TotalMercancia FROM VENTAS"), d("130.00"));
+    EXPECT_EQ(dec("SELECT TotalDescuento FROM VENTAS"), d("13.00"));
+    EXPECT_EQ(dec("SELECT TotalImpuesto FROM VENTAS"), d("18.72"));
+    EXPECT_EQ(dec("SELECT PrecioLista FROM MOVVENTAS WHERE CodigoBarra = 'T0001'"), d("72.00"));
+    EXPECT_EQ(dec("SELECT Acumulado FROM DIARIOCAJA"), d("135.72"));
+}
+
 TEST_F(SaleTest, ParkedSaleComesBackWholeAndLeavesNoCopy) {
     SaleDraft draft = draftWith({"T0001", "T0009"});
     draft.setExempt(true);
