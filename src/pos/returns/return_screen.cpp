@@ -238,6 +238,15 @@ sale::SalePrinter* ReturnScreen::printer() {
 
 void ReturnScreen::accept() {
     m_draft.setContingency(m_contingency->isVisible() && m_contingency->isChecked());
+    // A credit note whose print failed goes out before the next one. A contingency return is
+    // made because the printer is down, so it does not wait for them.
+    if (!m_draft.contingency()) {
+        const sale::PrintResult pending = printPendingReturns(m_db, m_ctx, printer(), m_paper);
+        if (!pending.ok()) {
+            dialogs().warning(this, pending.error);
+            return;
+        }
+    }
     const SavedReturn saved = saveReturn(m_db, m_ctx, m_draft, printer());
     const sale::PrintResult printed =
         printReturn(m_db, m_ctx, saved.number, m_draft.contingency(), printer(), m_paper);

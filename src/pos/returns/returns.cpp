@@ -179,8 +179,15 @@ QString paperReturnHtml(const QSqlDatabase& db, const shell::SessionContext& ctx
     return html;
 }
 
-QList<long long> pendingPrints(const QSqlDatabase& db, const QString& serie) {
-    return store::pendingPrints(db, serie);
+QList<long long> pendingReturnPrints(const QSqlDatabase& db, const QString& serie) {
+    return store::pendingReturnPrints(db, serie);
+}
+
+sale::PrintResult printPendingReturns(const QSqlDatabase& db, const shell::SessionContext& ctx,
+                                      sale::SalePrinter* printer, const sale::PaperPrinter& paper) {
+    return sale::printPending(pendingReturnPrints(db, ctx.serial), [&](long long number) {
+        return printReturn(db, ctx, number, false, printer, paper);
+    });
 }
 
 } // namespace orvo::pos::returns

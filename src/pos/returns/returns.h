@@ -53,6 +53,11 @@ QString paperReturnHtml(const QSqlDatabase& db, const shell::SessionContext& ctx
                         bool contingency, bool largeFormat);
 
 // Returns of this register saved but not printed yet.
-QList<long long> pendingPrints(const QSqlDatabase& db, const QString& serie);
+QList<long long> pendingReturnPrints(const QSqlDatabase& db, const QString& serie);
+
+// Prints again, oldest first, the credit notes whose print failed; stops at the first one that
+// fails again (its error in the result) so they keep their order on the printer.
+sale::PrintResult printPendingReturns(const QSqlDatabase& db, const shell::SessionContext& ctx,
+                                      sale::SalePrinter* printer, const sale::PaperPrinter& paper);
 
 } // namespace orvo::pos::returns

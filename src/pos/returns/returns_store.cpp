@@ -292,7 +292,7 @@ void markPrinted(const QSqlDatabase& db, long long number, const QString& serie)
         .exec();
 }
 
-QList<long long> pendingPrints(const QSqlDatabase& db, const QString& serie) {
+QList<long long> pendingReturnPrints(const QSqlDatabase& db, const QString& serie) {
     db::Sql q(db, QStringLiteral("SELECT NumeroDevolucion FROM DEVVENTAS WHERE Serie = ? AND "
                                  "Impresa = 0 ORDER BY NumeroDevolucion"));
     q.bind(serie).exec();

@@ -56,6 +56,7 @@ struct CashRefund {
 long long insertCashRefund(const QSqlDatabase& db, const CashRefund& refund);
 
 void markPrinted(const QSqlDatabase& db, long long number, const QString& serie);
-QList<long long> pendingPrints(const QSqlDatabase& db, const QString& serie);
+// Returns of this register saved but waiting for their print (Impresa = 0), oldest first.
+QList<long long> pendingReturnPrints(const QSqlDatabase& db, const QString& serie);
 
 } // namespace orvo::pos::returns::store

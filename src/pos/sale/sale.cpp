@@ -429,4 +429,24 @@ QList<long long> pendingPrints(const QSqlDatabase& db, const QString& serie) {
     return out;
 }
 
+PrintResult printPending(const QList<long long>& numbers,
+                         const std::function<PrintResult(long long number)>& print) {
+    PrintResult all;
+    for (long long number : numbers) {
+        PrintResult r = print(number);
+        if (!r.ok())
+            return r;
+        all.fiscalPrinted = all.fiscalPrinted || r.fiscalPrinted;
+        all.paperPrinted = all.paperPrinted || r.paperPrinted;
+    }
+    return all;
+}
+
+PrintResult printPendingSales(const QSqlDatabase& db, const shell::SessionContext& ctx,
+                              SalePrinter* printer, const PaperPrinter& paper) {
+    return printPending(pendingPrints(db, ctx.serial), [&](long long number) {
+        return printSale(db, ctx, number, false, printer, paper);
+    });
+}
+
 } // namespace orvo::pos::sale

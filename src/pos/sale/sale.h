@@ -152,4 +152,13 @@ PrintResult printSale(const QSqlDatabase& db, const shell::SessionContext& ctx, 
 // Invoices of this register saved but not printed yet.
 QList<long long> pendingPrints(const QSqlDatabase& db, const QString& serie);
 
+// Prints the pending documents in order and stops at the first failure, whose result it returns;
+// the ones after it stay pending so nothing goes out of order. Otherwise says where they went.
+PrintResult printPending(const QList<long long>& numbers,
+                         const std::function<PrintResult(long long number)>& print);
+
+// The invoices of this register left pending, printed again before the next sale.
+PrintResult printPendingSales(const QSqlDatabase& db, const shell::SessionContext& ctx,
+                              SalePrinter* printer, const PaperPrinter& paper);
+
 } // namespace orvo::pos::sale

@@ -604,9 +604,11 @@ bool SaleScreen::printInvoice(long long number, bool contingency, const Decimal&
 void SaleScreen::accept() {
     guarded(this, [&] {
         // An invoice saved earlier whose print failed goes out first.
-        for (long long pending : pendingPrints(m_db, m_ctx.serial))
-            if (!printInvoice(pending, false, Decimal()))
-                return;
+        const PrintResult pending = printPendingSales(m_db, m_ctx, printer(), printPaper);
+        if (!pending.ok()) {
+            dialogs().warning(this, pending.error);
+            return;
+        }
         if (m_draft.mode() == PaymentMode::Cash && m_draft.payments().isEmpty() &&
             m_draft.client().isSet() && !m_draft.isEmpty()) {
             openPayments();

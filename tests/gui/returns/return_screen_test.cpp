@@ -52,6 +52,8 @@ protected:
     std::unique_ptr<pos::returns::ReturnScreen> open() {
         auto s = std::make_unique<pos::returns::ReturnScreen>(db(), ctx, nullptr);
         s->setPaperPrinter([this](const QString& html, bool, long long) {
+            if (!paperWorks)
+                return false;
             papers << html;
             return true;
         });
@@ -74,6 +76,7 @@ protected:
     QString serie = QString::fromLatin1(shell::demo::kDemoSerial);
     shell::SessionContext ctx;
     QStringList papers;
+    bool paperWorks = true;
 };
 
 } // namespace
@@ -123,6 +126,55 @@ TEST_F(ReturnScreenTest, KeysAPartialReturnDeletesALineAndSavesTheRest) {
 
     type(*s, "TxtFactura", "1");
     EXPECT_EQ(dialogs.lastText(), "La factura fue devuelta en su totalidad...");
+}
+
+TEST_F(ReturnScreenTest, ACreditNoteThatDidNotPrintGoesOutBeforeTheNextReturn) {
+    test::ScriptedDialogs dialogs;
+    auto s = open();
+    const auto returnOne = [&] {
+        type(*s, "TxtFactura", "1");
+        type(*s, "txtCodigo", "T0001");
+        type(*s, "txtCantidad", "1");
+        QTest::mouseClick(find<QPushButton>(*s, "cmdAceptar"), Qt::LeftButton);
+    };
+    const auto printed = [&](int number) {
+        return scalar("SELECT Impresa FROM DEVVENTAS WHERE NumeroDevolucion = ? AND Serie = ?",
+                      {number, serie})
+            .toInt();
+    };
+
+    paperWorks = false;
+    returnOne();
+    EXPECT_TRUE(dialogs.texts().contains("La devolución 1 fue guardada pero no se pudo imprimir: "
+                                         "Debe configurar la impresora para facturar...!"))
+        << dialogs.texts().join(" | ").toStdString();
+    EXPECT_EQ(count("DEVVENTAS"), 1);
+    EXPECT_EQ(printed(1), 0);
+
+    // Still no paper: the next return is not saved while the first one waits.
+    returnOne();
+    EXPECT_EQ(dialogs.lastText(), "La devolución 1 fue guardada pero no se pudo imprimir: Debe "
+                                  "configurar la impresora para facturar...!");
+    EXPECT_EQ(count("DEVVENTAS"), 1);
+    EXPECT_EQ(find<QTableWidget>(*s, "SpreadDevolucion")->rowCount(), 1);
+
+    paperWorks = true;
+    dialogs.clear();
+    QTest::mouseClick(find<QPushButton>(*s, "cmdAceptar"), Qt::LeftButton);
+    for (const auto& m : dialogs.messages())
+        EXPECT_FALSE(m.text.contains("no se pudo imprimir")) << m.text.toStdString();
+    ASSERT_EQ(papers.size(), 2);
+    EXPECT_TRUE(papers.at(0).contains("NOTA DE CREDITO: 00000001"));
+    EXPECT_TRUE(papers.at(1).contains("NOTA DE CREDITO: 00000002"));
+    EXPECT_EQ(count("DEVVENTAS"), 2);
+    EXPECT_EQ(printed(1), 1);
+    EXPECT_EQ(printed(2), 1);
+    EXPECT_EQ(s->windowTitle(), "Devolución - (Devolución Nº 3)");
+
+    // Both printed: the third return prints only its own.
+    returnOne();
+    EXPECT_EQ(papers.size(), 3);
+    EXPECT_TRUE(papers.at(2).contains("NOTA DE CREDITO: 00000003"));
 }
 
 TEST_F(ReturnScreenTest, TheExchangeKeysBothSidesAndWritesNothingUntilPaid) {

@@ -148,7 +148,7 @@ TEST_F(ExchangeTest, AServiceIsExchangedForGoodsAndBothDocumentsArePrinted) {
     EXPECT_TRUE(emulator.ticket("FACTURA_00000002.txt").contains("CAMISA PRUEBA T:S"));
     EXPECT_TRUE(emulator.ticket("VISOR.txt").contains("Cambio: Bs.34,00"))
         << emulator.ticket("VISOR.txt").toStdString();
-    EXPECT_TRUE(pendingPrints(db(), serie).isEmpty());
+    EXPECT_TRUE(pendingReturnPrints(db(), serie).isEmpty());
     EXPECT_TRUE(sale::pendingPrints(db(), serie).isEmpty());
 
     EXPECT_EQ(refusal([&] { loadExchangeInvoice(db(), ctx, invoice); }),

@@ -346,7 +346,7 @@ TEST_F(FiscalReturnsTest, TheCreditNoteIsPrintedOnTheInvoiceItReturns) {
     ReturnDraft draft(loadInvoice(db(), ctx, invoice));
     draft.addArticle("T0002", d("1"));
     const SavedReturn saved = saveReturn(db(), ctx, draft, printer.get());
-    EXPECT_EQ(pendingPrints(db(), serie), QList<long long>{saved.number});
+    EXPECT_EQ(pendingReturnPrints(db(), serie), QList<long long>{saved.number});
     const auto p = printReturn(db(), ctx, saved.number, false, printer.get(), paper());
     ASSERT_TRUE(p.ok()) << p.error.toStdString();
     EXPECT_TRUE(p.fiscalPrinted);
@@ -357,7 +357,7 @@ TEST_F(FiscalReturnsTest, TheCreditNoteIsPrintedOnTheInvoiceItReturns) {
     EXPECT_TRUE(ticket.contains("CAMISA PRUEBA T:M")) << ticket.toStdString();
     EXPECT_FALSE(ticket.contains("CAMISA PRUEBA T:S")) << ticket.toStdString();
     EXPECT_TRUE(ticket.contains("TOTAL 139,20")) << ticket.toStdString();
-    EXPECT_TRUE(pendingPrints(db(), serie).isEmpty());
+    EXPECT_TRUE(pendingReturnPrints(db(), serie).isEmpty());
 }
 
 TEST_F(FiscalReturnsTest, APrintFailureKeepsOneReturnToPrintAgain) {
@@ -371,10 +371,30 @@ TEST_F(FiscalReturnsTest, APrintFailureKeepsOneReturnToPrintAgain) {
     EXPECT_TRUE(failed.error.startsWith("La devolución 1 fue guardada pero no se pudo imprimir"))
         << failed.error.toStdString();
     EXPECT_EQ(emulator.memory().lastCreditNote, 0);
-    EXPECT_EQ(pendingPrints(db(), serie), QList<long long>{1});
+    EXPECT_EQ(pendingReturnPrints(db(), serie), QList<long long>{1});
+
+    const auto impresa = [&] {
+        return scalar("SELECT Impresa FROM DEVVENTAS WHERE NumeroDevolucion = 1 AND Serie = ?",
+                      {serie})
+            .toInt();
+    };
+    EXPECT_EQ(impresa(), 0);
+    // Still without paper: the retry fails the same way and leaves it waiting.
+    const auto again = printPendingReturns(db(), ctx, printer.get(), {});
+    EXPECT_TRUE(again.error.startsWith("La devolución 1 fue guardada pero no se pudo imprimir"))
+        << again.error.toStdString();
+    EXPECT_EQ(pendingReturnPrints(db(), serie), QList<long long>{1});
 
     emulator.fault("paper-ok");
-    ASSERT_TRUE(printReturn(db(), ctx, saved.number, false, printer.get(), {}).ok());
+    const auto reprinted = printPendingReturns(db(), ctx, printer.get(), {});
+    ASSERT_TRUE(reprinted.ok()) << reprinted.error.toStdString();
+    EXPECT_TRUE(reprinted.fiscalPrinted);
+    EXPECT_EQ(impresa(), 1);
+    EXPECT_TRUE(pendingReturnPrints(db(), serie).isEmpty());
+    EXPECT_EQ(emulator.memory().lastCreditNote, 1);
+    EXPECT_TRUE(emulator.ticket("NOTACREDITO_00000001.txt").contains("FACTURA AFECTADA: 00000001"));
+    // Nothing left: a second pass prints nothing more.
+    EXPECT_TRUE(printPendingReturns(db(), ctx, printer.get(), {}).ok());
     EXPECT_EQ(emulator.memory().lastCreditNote, 1);
     EXPECT_EQ(count("DEVVENTAS"), 1);
     EXPECT_EQ(count("SALIDASCAJA"), 1);
@@ -393,6 +413,6 @@ TEST_F(FiscalReturnsTest, AContingencyReturnGoesOnPaperWithoutThePrinter) {
     EXPECT_TRUE(p.paperPrinted);
     EXPECT_TRUE(paperText(1).contains("CONTINGENCIA"));
     EXPECT_TRUE(paperText(1).contains("ENVOLTURA"));
-    EXPECT_TRUE(pendingPrints(db(), serie).isEmpty());
+    EXPECT_TRUE(pendingReturnPrints(db(), serie).isEmpty());
     EXPECT_EQ(emulator.memory().lastCreditNote, 0);
 }
