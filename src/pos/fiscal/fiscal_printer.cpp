@@ -55,44 +55,44 @@ QString FiscalPrinter::errorText() const {
     }
 }
 
-std::optional<S1Status> FiscalPrinter::readS1() {
-    const auto data = readStatusData("S1");
+// A status read parsed by `parse`; a reply that does not parse is an internal error.
+template <class Parse>
+auto FiscalPrinter::readParsed(const QByteArray& command, Parse parse)
+    -> decltype(parse(QByteArray())) {
+    const auto data = readStatusData(command);
     if (!data)
         return std::nullopt;
-    auto s = parseS1(*data);
-    if (!s)
+    auto parsed = parse(*data);
+    if (!parsed)
         setFailed(kErrorInternal);
-    return s;
+    return parsed;
 }
 
-std::optional<S2Document> FiscalPrinter::readS2() {
-    const auto data = readStatusData("S2");
-    if (!data)
-        return std::nullopt;
-    auto s = parseS2(*data);
-    if (!s)
-        setFailed(kErrorInternal);
-    return s;
-}
-
-std::optional<S3Settings> FiscalPrinter::readS3() {
-    const auto data = readStatusData("S3");
-    if (!data)
-        return std::nullopt;
-    auto s = parseS3(*data);
-    if (!s)
-        setFailed(kErrorInternal);
-    return s;
-}
-
-std::optional<ZReport> FiscalPrinter::openDay() {
-    const auto blocks = upload("U0X");
+// The one report block of a U0X or U0Z upload.
+std::optional<ZReport> FiscalPrinter::uploadReport(const QByteArray& command) {
+    const auto blocks = upload(command);
     if (!blocks)
         return std::nullopt;
     auto r = blocks->isEmpty() ? std::nullopt : parseReport(blocks->first());
     if (!r)
         setFailed(kErrorInternal);
     return r;
+}
+
+std::optional<S1Status> FiscalPrinter::readS1() {
+    return readParsed("S1", parseS1);
+}
+
+std::optional<S2Document> FiscalPrinter::readS2() {
+    return readParsed("S2", parseS2);
+}
+
+std::optional<S3Settings> FiscalPrinter::readS3() {
+    return readParsed("S3", parseS3);
+}
+
+std::optional<ZReport> FiscalPrinter::openDay() {
+    return uploadReport("U0X");
 }
 
 std::optional<DocumentNumbers> FiscalPrinter::lastDocumentNumbers() {
@@ -103,13 +103,7 @@ std::optional<DocumentNumbers> FiscalPrinter::lastDocumentNumbers() {
 }
 
 std::optional<ZReport> FiscalPrinter::lastZ() {
-    const auto blocks = upload("U0Z");
-    if (!blocks)
-        return std::nullopt;
-    auto r = blocks->isEmpty() ? std::nullopt : parseReport(blocks->first());
-    if (!r)
-        setFailed(kErrorInternal);
-    return r;
+    return uploadReport("U0Z");
 }
 
 std::optional<int> FiscalPrinter::lastZNumber() {

@@ -98,6 +98,9 @@ protected:
     void setFailed(int error) { setOutcome(m_status, error, true); }
 
 private:
+    template <class Parse>
+    auto readParsed(const QByteArray& command, Parse parse) -> decltype(parse(QByteArray()));
+    std::optional<protocol::ZReport> uploadReport(const QByteArray& command);
     int m_status = 0;
     int m_error = 0;
     bool m_failed = false;
