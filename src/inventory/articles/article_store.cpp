@@ -96,6 +96,29 @@ int run(const QSqlDatabase& db, const Statement& statement) {
     return q.rowsAffected();
 }
 
+namespace {
+// Reorder point, note, prices, promotion, costs, kind, status and serial flag: the same values,
+// in the same order, in the update and the insert of a variant.
+QVariantList modelFigures(const ArticleModel& m) {
+    return {quantityOf(m.reorderPoint),
+            m.note,
+            price(m.retailPrice),
+            price(m.wholesalePrice),
+            price(m.memberPrice),
+            m.promotion ? 1 : 0,
+            price(m.promotionPrice),
+            day(m.promotionStart),
+            day(m.promotionEnd),
+            costOf(m.initialCost),
+            costOf(m.averageCost),
+            costOf(m.lastCost),
+            costOf(m.dollarCost),
+            m.type,
+            m.status,
+            m.serialized ? 1 : 0};
+}
+} // namespace
+
 Statement updateVariant(const QSqlDatabase& db, const ArticleModel& m, const QString& barcode,
                         const QString& variantName) {
     const QString now = db::nowExpression(db);
@@ -107,28 +130,8 @@ Statement updateVariant(const QSqlDatabase& db, const ArticleModel& m, const QSt
                                "FechaInicial = ?, FechaFinal = ?, CostoInicial = ?, "
                                "CostoPromedio = ?, UltimoCosto = ?, CostoDolar = ?, Tipo = ?, "
                                "Status = ?, Serializado = ? WHERE CodigoBarra = ?"),
-            {m.brand,
-             m.category,
-             m.manufacturer,
-             m.taxCode,
-             variantName,
-             quantityOf(m.reorderPoint),
-             m.note,
-             price(m.retailPrice),
-             price(m.wholesalePrice),
-             price(m.memberPrice),
-             m.promotion ? 1 : 0,
-             price(m.promotionPrice),
-             day(m.promotionStart),
-             day(m.promotionEnd),
-             costOf(m.initialCost),
-             costOf(m.averageCost),
-             costOf(m.lastCost),
-             costOf(m.dollarCost),
-             m.type,
-             m.status,
-             m.serialized ? 1 : 0,
-             barcode}};
+            QVariantList{m.brand, m.category, m.manufacturer, m.taxCode, variantName} +
+                modelFigures(m) + QVariantList{barcode}};
 }
 
 Statement insertVariant(const QSqlDatabase& db, const ArticleModel& m, const QString& barcode,
@@ -143,32 +146,9 @@ Statement insertVariant(const QSqlDatabase& db, const ArticleModel& m, const QSt
                            "CodigoBarraAnt) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ") +
                 now + QStringLiteral(", ") + now +
                 QStringLiteral(", ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, 0, 0, ?, ?, ?, ?)"),
-            {barcode,
-             variantName,
-             m.reference,
-             m.brand,
-             size,
-             colour,
-             m.category,
-             m.manufacturer,
-             m.taxCode,
-             quantityOf(m.reorderPoint),
-             m.note,
-             price(m.retailPrice),
-             price(m.wholesalePrice),
-             price(m.memberPrice),
-             m.promotion ? 1 : 0,
-             price(m.promotionPrice),
-             day(m.promotionStart),
-             day(m.promotionEnd),
-             costOf(m.initialCost),
-             costOf(m.averageCost),
-             costOf(m.lastCost),
-             costOf(m.dollarCost),
-             m.type,
-             m.status,
-             m.serialized ? 1 : 0,
-             barcode}};
+            QVariantList{barcode, variantName, m.reference, m.brand, size, colour, m.category,
+                         m.manufacturer, m.taxCode} +
+                modelFigures(m) + QVariantList{barcode}};
 }
 
 void logWrite(const QSqlDatabase& db, const QString& barcode, const QString& reference,
