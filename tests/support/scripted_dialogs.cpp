@@ -68,9 +68,10 @@ bool ScriptedDialogs::question(QWidget*, const QString& text, const QString& tit
     return yes;
 }
 
-std::optional<Dialogs::Credentials> ScriptedDialogs::authorisation(QWidget*,
-                                                                   const QString& prompt) {
-    m_messages.append({QStringLiteral("authorisation"), QString(), prompt});
+std::optional<Dialogs::Credentials> ScriptedDialogs::authorisation(QWidget*, const QString& prompt,
+                                                                   const QString& formName) {
+    // The dialog's name stands in the title's place.
+    m_messages.append({QStringLiteral("authorisation"), formName, prompt});
     if (m_credentials.empty())
         return std::nullopt;
     auto c = m_credentials.front();

@@ -41,7 +41,8 @@ public:
     void databaseError(QWidget* parent, const DbError& error) override;
     bool question(QWidget* parent, const QString& text, const QString& title,
                   bool defaultYes) override;
-    std::optional<Credentials> authorisation(QWidget* parent, const QString& prompt) override;
+    std::optional<Credentials> authorisation(QWidget* parent, const QString& prompt,
+                                             const QString& formName) override;
     std::optional<QString> textInput(QWidget* parent, const QString& title, const QString& label,
                                      const QString& text, bool password) override;
     QString openFileName(QWidget* parent, const QString& caption, const QString& dir,

@@ -60,18 +60,31 @@ QSqlDatabase openConnection(const ConnectionSettings& s, const QString& name) {
     return db;
 }
 
-QSqlDatabase cloneConnection(const QSqlDatabase& source, const QString& name) {
-    if (QSqlDatabase::contains(name))
-        QSqlDatabase::removeDatabase(name);
-    QSqlDatabase db = QSqlDatabase::cloneDatabase(source, name);
+namespace {
+QSqlDatabase openClone(QSqlDatabase db) {
     db.setNumericalPrecisionPolicy(QSql::HighPrecision);
     if (!db.open()) {
         const QSqlError err = db.lastError();
+        const QString name = db.connectionName();
+        db = QSqlDatabase();
         QSqlDatabase::removeDatabase(name);
         throw DbError(err.nativeErrorCode(), err.text());
     }
     applySessionSettings(db, engineOf(db));
     return db;
+}
+} // namespace
+
+QSqlDatabase cloneConnection(const QSqlDatabase& source, const QString& name) {
+    if (QSqlDatabase::contains(name))
+        QSqlDatabase::removeDatabase(name);
+    return openClone(QSqlDatabase::cloneDatabase(source, name));
+}
+
+QSqlDatabase cloneConnection(const QString& sourceName, const QString& name) {
+    if (QSqlDatabase::contains(name))
+        QSqlDatabase::removeDatabase(name);
+    return openClone(QSqlDatabase::cloneDatabase(sourceName, name));
 }
 
 void closeConnection(const QString& name) {

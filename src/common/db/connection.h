@@ -26,6 +26,8 @@ QSqlDatabase openConnection(const ConnectionSettings& settings, const QString& c
 
 // Opens a second connection to the same database as `db` (for a job's thread).
 QSqlDatabase cloneConnection(const QSqlDatabase& db, const QString& connectionName);
+// The same from another thread, by the source connection's name.
+QSqlDatabase cloneConnection(const QString& sourceName, const QString& connectionName);
 
 void closeConnection(const QString& connectionName);
 

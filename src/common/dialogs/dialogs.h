@@ -30,8 +30,11 @@ public:
     virtual bool question(QWidget* parent, const QString& text,
                           const QString& title = QStringLiteral("Información"),
                           bool defaultYes = false) = 0;
-    // A supervisor's user and password, or nothing when cancelled.
-    virtual std::optional<Credentials> authorisation(QWidget* parent, const QString& prompt) = 0;
+    // A supervisor's user and password, or nothing when cancelled. `formName` is the dialog's
+    // objectName.
+    virtual std::optional<Credentials>
+    authorisation(QWidget* parent, const QString& prompt,
+                  const QString& formName = QStringLiteral("frmAutorizacion")) = 0;
     virtual std::optional<QString> textInput(QWidget* parent, const QString& title,
                                              const QString& label, const QString& text = {},
                                              bool password = false) = 0;

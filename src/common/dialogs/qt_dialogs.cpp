@@ -46,10 +46,10 @@ bool QtDialogs::question(QWidget* parent, const QString& text, const QString& ti
            QMessageBox::Yes;
 }
 
-std::optional<Dialogs::Credentials> QtDialogs::authorisation(QWidget* parent,
-                                                             const QString& prompt) {
+std::optional<Dialogs::Credentials> QtDialogs::authorisation(QWidget* parent, const QString& prompt,
+                                                             const QString& formName) {
     QDialog dlg(parent);
-    dlg.setObjectName(QStringLiteral("frmAutorizacion"));
+    dlg.setObjectName(formName);
     dlg.setWindowTitle(QStringLiteral("Autorización"));
     auto* form = new QFormLayout(&dlg);
     form->addRow(new QLabel(prompt));

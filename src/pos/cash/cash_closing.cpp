@@ -5,9 +5,14 @@
 #include "common/errors/errors.h"
 #include "pos/fiscal/fiscal_printer_thread.h"
 #include "pos/fiscal/register_printer.h"
+#include "pos/payments/payment_rules.h"
+#include "shell/login/login.h"
 #include "shell/startup/app_home.h"
 #include "shell/startup/external_backup.h"
 #include "shell/startup/user_settings.h"
+#include "shell/users/roles.h"
+
+#include <algorithm>
 
 namespace orvo::pos::cash {
 
@@ -17,6 +22,7 @@ namespace {
 
 const QString kCash = QStringLiteral("1");
 const QString kCheque = QStringLiteral("2");
+constexpr int kDepositedCheque = 2; // PAGOSVENTA.Status of a cheque taken to the bank
 
 // Amounts are added here, not by SUM(): SQLite would add them in binary floating point.
 Decimal sumOf(const QSqlDatabase& db, const QString& statement,
@@ -63,6 +69,52 @@ bool dayHas(const QSqlDatabase& db, const QString& statement, const QString& ser
     return q.next();
 }
 
+// The day's sale payments. Cash (way 1) rows hold what stayed after the change they gave; a
+// change larger than them (a card or dollars over the total) came out of the local cash too, so
+// each paid invoice leaves in local cash its total less what was paid otherwise.
+void addPayments(const QSqlDatabase& db, const QString& serial, const QDate& day,
+                 ClosingFigures& f) {
+    Sql q(db, QStringLiteral("SELECT P.NumeroFactura, P.FormaPago, P.Monto, P.Status, "
+                             "F.Nombre, V.TotalMercancia, V.TotalDescuento, V.TotalImpuesto, "
+                             "V.TasaCambio FROM PAGOSVENTA P "
+                             "INNER JOIN VENTAS V ON V.NumeroFactura = P.NumeroFactura AND "
+                             "V.Serie = P.Serie "
+                             "LEFT JOIN FORMAPAGO F ON CAST(F.Codigo AS VARCHAR(10)) = P.FormaPago "
+                             "WHERE P.Serie = ? AND P.Fecha >= ? AND P.Fecha < ? "
+                             "ORDER BY P.NumeroFactura"));
+    q.bind(serial).bind(db::dayStart(day)).bind(db::nextDayStart(day)).exec();
+    long long invoice = -1;
+    Decimal left;
+    while (q.next()) {
+        const long long number = q.value(QStringLiteral("NumeroFactura")).toLongLong();
+        if (number != invoice) {
+            f.salesCash += left;
+            invoice = number;
+            left = q.decimal(QStringLiteral("TotalMercancia")) -
+                   q.decimal(QStringLiteral("TotalDescuento")) +
+                   q.decimal(QStringLiteral("TotalImpuesto"));
+        }
+        const QString way = q.text(QStringLiteral("FormaPago")).trimmed();
+        const Decimal amount = q.decimal(QStringLiteral("Monto"));
+        if (way == kCash) {
+            f.cashPayments += amount;
+            continue;
+        }
+        if (q.text(QStringLiteral("Nombre")).trimmed() == payments::kCashDollar) {
+            f.dollarPayments += amount;
+            left -= (amount * q.decimal(QStringLiteral("TasaCambio"))).rounded(2);
+            continue;
+        }
+        left -= amount;
+        if (way == kCheque) {
+            f.chequePayments += amount;
+            if (q.integer(QStringLiteral("Status")) != kDepositedCheque)
+                f.undepositedCheques += amount;
+        }
+    }
+    f.salesCash += left;
+}
+
 } // namespace
 
 std::optional<ClosingFigures> closingFigures(const QSqlDatabase& db, const QString& serial) {
@@ -75,10 +127,9 @@ std::optional<ClosingFigures> closingFigures(const QSqlDatabase& db, const QStri
     const QVariant from = db::dayStart(d), to = db::nextDayStart(d);
     f.sales = totalsOf(db, QStringLiteral("VENTAS"), serial, d);
     f.returns = totalsOf(db, QStringLiteral("DEVVENTAS"), serial, d);
-    const QString payments = QStringLiteral("SELECT Monto FROM PAGOSVENTA WHERE Serie = ? AND "
-                                            "Fecha >= ? AND Fecha < ? AND FormaPago = ?");
-    f.cashPayments = sumOf(db, payments, {serial, from, to, kCash});
-    f.chequePayments = sumOf(db, payments, {serial, from, to, kCheque});
+    f.fondoCaja = Decimal::fromVariant(
+        db::scalar(db, QStringLiteral("SELECT FondoCaja FROM CAJAS WHERE Serie = ?"), {serial}));
+    addPayments(db, serial, d, f);
     const QString receivable = QStringLiteral(
         "SELECT MontoCancelado AS Monto FROM MOVCUENTASXCOBRAR WHERE Serie = ? AND Fecha >= ? "
         "AND Fecha < ? AND TipoPago = ?");
@@ -163,6 +214,10 @@ void checkZAgainstPrinter(const QSqlDatabase& db, const QString& serial, const Q
                           const PrinterZState& printer) {
     if (!printer.answers)
         throw UserError(QStringLiteral("No existe comunicación con la impresora fiscal...!"));
+    // The Z goes on the register's own printer: a register is known by its printer's serial.
+    if (printer.serial.trimmed() != serial.trimmed())
+        throw UserError(
+            QStringLiteral("La serie de la impresora no conicide con la serie de la caja...!"));
     const QVariant highest =
         db::scalar(db,
                    QStringLiteral("SELECT MAX(NumeroReporteZ) FROM DIARIOCAJA WHERE Serie = ? "
@@ -175,9 +230,12 @@ void checkZAgainstPrinter(const QSqlDatabase& db, const QString& serial, const Q
                         QStringLiteral("VALIDAR Z ELECTRONICO"));
 }
 
-PendingQuestion nextQuestion(const ClosingFigures& f, const Decimal& countedCash,
+PendingQuestion nextQuestion(const ClosingFigures& f, const CountedCash& counted,
                              bool differenceApproved, bool confirmed) {
-    if (countedCash != f.expectedCash() && !differenceApproved)
+    const bool differs = counted.cash.rounded(2) != f.expectedCash().rounded(2) ||
+                         counted.dollars.rounded(2) != f.expectedDollars().rounded(2) ||
+                         counted.cheques.rounded(2) != f.expectedCheques().rounded(2);
+    if (differs && !differenceApproved)
         return {
             ClosingQuestion::CashDifference,
             QStringLiteral("Desea realizar el cierre con esta diferencia en el cuadre de caja?"),
@@ -268,12 +326,55 @@ QString backupFolder() {
     return shell::appHome() + QStringLiteral("/Respaldos");
 }
 
-QString backupAfterClosing(const QSqlDatabase& db, const QDate& day) {
-    const QString file = shell::backupFileName(backupFolder(), db, day);
-    shell::backupDatabase(db, file);
-    // The copy to an external device is owed again until the user makes it.
+ClosingBackupJob::ClosingBackupJob(const QSqlDatabase& db, const QDate& day, QObject* parent)
+    : jobs::Job(db, parent), m_file(shell::backupFileName(backupFolder(), db, day)) {}
+
+void ClosingBackupJob::run(const QSqlDatabase& db) {
+    const QString label = QStringLiteral("Realizando respaldo local de la base de datos..");
+    report(0, label);
+    shell::backupDatabase(db, m_file);
+    report(100, label);
+}
+
+void backupAfterClosingDone() {
     shell::settings::write(QStringLiteral("RespaldoExternoUltimoCierre"), QStringLiteral("0"));
-    return file;
+}
+
+QString backupAfterClosing(const QSqlDatabase& db, const QDate& day) {
+    ClosingBackupJob job(db, day);
+    job.start();
+    job.wait();
+    if (!job.succeeded())
+        throw UserError(job.error());
+    backupAfterClosingDone();
+    return job.file();
+}
+
+QList<CashDay> foreignRegistersToClose(const QSqlDatabase& db, const QString& thisSerial) {
+    Sql q(db, QStringLiteral("SELECT Serie FROM CAJAS WHERE Serie <> ? ORDER BY Serie"));
+    q.bind(thisSerial).exec();
+    // Read whole before the next statement: PostgreSQL streams rows one at a time.
+    QStringList serials;
+    while (q.next())
+        serials << q.text(QStringLiteral("Serie"));
+    QList<CashDay> out;
+    for (const QString& serial : serials) {
+        const auto day = latestDay(db, serial);
+        if (day && day->status != 2)
+            out << *day;
+    }
+    std::stable_sort(out.begin(), out.end(),
+                     [](const CashDay& a, const CashDay& b) { return a.fecha < b.fecha; });
+    return out;
+}
+
+QString authoriseForeignClosing(const QSqlDatabase& db, const QString& user,
+                                const QString& password) {
+    const shell::LoggedUser who = shell::checkLogin(db, user, password);
+    if (!shell::users::isAdministrator(db, who.code))
+        throw UserError(
+            QStringLiteral("Usuario no autorizado para cerrar la caja de otro equipo...!"));
+    return who.code;
 }
 
 void startExportAfterClosing(const QSqlDatabase&, const QString&, const QDate&) {}
@@ -285,7 +386,7 @@ ClosingOutcome closeDayWith(const QSqlDatabase& db, fiscal::FiscalPrinterThread&
     const PrinterZState state =
         printer.callAndWait([](fiscal::FiscalPrinter& p) { return readPrinterZState(p); });
     checkZAgainstPrinter(db, r.serial, f.day.fecha, state);
-    out.question = nextQuestion(f, r.countedCash, r.differenceApproved, r.confirmed);
+    out.question = nextQuestion(f, r.counted, r.differenceApproved, r.confirmed);
     if (out.question.question != ClosingQuestion::None)
         return out;
     const ZReservation reservation = reserveClosingZ(db, r.serial, f.day.fecha, state);

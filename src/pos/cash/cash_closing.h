@@ -1,11 +1,13 @@
 #pragma once
 
 #include "common/decimal/decimal.h"
+#include "common/jobs/job.h"
 #include "pos/cash/cash_day.h"
 #include "pos/fiscal/protocol/replies.h"
 
 #include <QDate>
 #include <QDateTime>
+#include <QList>
 #include <QSqlDatabase>
 #include <QString>
 #include <QStringList>
@@ -42,19 +44,33 @@ struct DayTotals {
 // What the closing screen shows of the register's latest day.
 struct ClosingFigures {
     CashDay day;
-    DayTotals sales;           // VENTAS
-    DayTotals returns;         // DEVVENTAS
-    Decimal cashPayments;      // PAGOSVENTA way 1
-    Decimal chequePayments;    // PAGOSVENTA way 2
-    Decimal receivableCash;    // MOVCUENTASXCOBRAR TipoPago 1
-    Decimal receivableCheques; // MOVCUENTASXCOBRAR TipoPago 2
-    Decimal withdrawals;       // SALIDASCAJA
-    Decimal depositedCash;     // DEPOSITOS.TotalEfectivo
-    Decimal depositedCheques;  // DEPOSITOS.TotalCheques
-    // Cash that must be in the drawer besides the float.
+    DayTotals sales;            // VENTAS
+    DayTotals returns;          // DEVVENTAS
+    Decimal fondoCaja;          // CAJAS.FondoCaja: the float the day started with
+    Decimal cashPayments;       // PAGOSVENTA way 1, as stored (net of the change it gave)
+    Decimal salesCash;          // what the invoices left in the drawer in local cash
+    Decimal dollarPayments;     // EFECTIVO DOLAR rows, in dollars
+    Decimal chequePayments;     // PAGOSVENTA way 2
+    Decimal undepositedCheques; // of those, not deposited yet
+    Decimal receivableCash;     // MOVCUENTASXCOBRAR TipoPago 1
+    Decimal receivableCheques;  // MOVCUENTASXCOBRAR TipoPago 2
+    Decimal withdrawals;        // SALIDASCAJA
+    Decimal depositedCash;      // DEPOSITOS.TotalEfectivo
+    Decimal depositedCheques;   // DEPOSITOS.TotalCheques
+
+    // What must be in the drawer: local cash with the float, dollars, cheques.
     Decimal expectedCash() const {
-        return cashPayments + receivableCash - withdrawals - depositedCash;
+        return fondoCaja + salesCash + receivableCash - withdrawals - depositedCash;
     }
+    Decimal expectedDollars() const { return dollarPayments; }
+    Decimal expectedCheques() const { return undepositedCheques + receivableCheques; }
+};
+
+// What the cashier counted in the drawer.
+struct CountedCash {
+    Decimal cash; // local currency, float included
+    Decimal dollars;
+    Decimal cheques;
 };
 
 // The latest day's figures; nothing before the register's first opening.
@@ -87,7 +103,7 @@ struct PendingQuestion {
     QString title;
 };
 // The next question the screen must ask before the closing goes on; None when every answer is in.
-PendingQuestion nextQuestion(const ClosingFigures& f, const Decimal& countedCash,
+PendingQuestion nextQuestion(const ClosingFigures& f, const CountedCash& counted,
                              bool differenceApproved, bool confirmed);
 
 // Step 2: reserves the day's Z number in one transaction and returns it with whether the printer
@@ -109,8 +125,24 @@ void recordClosing(const QSqlDatabase& db, const QString& serial, const QDate& d
                    const fiscal::protocol::ZReport& z, const QString& printerSerial,
                    const QDateTime& now);
 
-// Step 5: the local backup of the database, <ORVO_HOME>/Respaldos/<base>_<yyyymmdd>_RESP.BAK.
-// Returns the file written.
+// Step 5: the local backup of the database, <ORVO_HOME>/Respaldos/<base>_<yyyymmdd>_RESP.BAK,
+// made on a job's thread with its own connection. When it has worked, call
+// backupAfterClosingDone() on the screen's thread.
+class ClosingBackupJob : public jobs::Job {
+    Q_OBJECT
+public:
+    ClosingBackupJob(const QSqlDatabase& db, const QDate& day, QObject* parent = nullptr);
+    const QString& file() const { return m_file; }
+
+protected:
+    void run(const QSqlDatabase& db) override;
+
+private:
+    QString m_file;
+};
+// The copy to an external device is owed again until the user makes it.
+void backupAfterClosingDone();
+// The backup for headless use: runs the job and waits for it. Returns the file written.
 QString backupAfterClosing(const QSqlDatabase& db, const QDate& day);
 QString backupFolder();
 
@@ -118,10 +150,19 @@ QString backupFolder();
 // (a Job with its own connection). Until then it does nothing.
 void startExportAfterClosing(const QSqlDatabase& db, const QString& serial, const QDate& day);
 
+// Closing a register from another machine (frmCierreCajaForanea), when the register's own
+// machine cannot: its printer is brought to this one. The registers offered are those other
+// than `thisSerial` whose latest day is not closed, oldest day first.
+QList<CashDay> foreignRegistersToClose(const QSqlDatabase& db, const QString& thisSerial);
+// frmClaveCierreForaneo: the user and password typed must be an administrator's. Returns the
+// user's code; throws UserError otherwise.
+QString authoriseForeignClosing(const QSqlDatabase& db, const QString& user,
+                                const QString& password);
+
 struct ClosingRequest {
     QString serial;
     QDate today;
-    Decimal countedCash;
+    CountedCash counted;
     bool differenceApproved = false;
     bool confirmed = false;
     QDateTime now;

@@ -3,6 +3,7 @@
 #include "pos/cash/closing_screen.h"
 #include "pos/cash/deposit_confirmation_screen.h"
 #include "pos/cash/deposits_screen.h"
+#include "pos/cash/foreign_closing_screen.h"
 #include "pos/cash/opening_screen.h"
 #include "pos/cash/withdrawals_screen.h"
 #include "pos/fiscal/register_printer.h"
@@ -29,6 +30,10 @@ void registerCashScreens() {
     r.add(QStringLiteral("frmCierreCaja"), [](QWidget* parent) {
         return new ClosingScreen(shell::mainDb(), shell::session(), fiscal::registerPrinter(),
                                  parent);
+    });
+    r.add(QStringLiteral("frmCierreCajaForanea"), [](QWidget* parent) {
+        return new ForeignClosingScreen(shell::mainDb(), shell::session(),
+                                        fiscal::registerPrinter(), parent);
     });
 }
 

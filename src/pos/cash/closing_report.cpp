@@ -19,7 +19,7 @@ QString amountText(const Decimal& amount) {
 }
 
 QString closingReportHtml(const QSqlDatabase& db, const QString& serial, const QDate& day,
-                          const QString& companyName, const Decimal& countedCash) {
+                          const QString& companyName, const CountedCash& counted) {
     const auto f = closingFigures(db, serial);
     const auto d = dayOf(db, serial, day);
     QString html = QStringLiteral("<h2>%1</h2><h3>Cierre de caja %2 - Fecha %3</h3>")
@@ -39,16 +39,25 @@ QString closingReportHtml(const QSqlDatabase& db, const QString& serial, const Q
         html += row(QStringLiteral("Ventas: costo"), f->sales.costo);
         html += row(QStringLiteral("Devoluciones: mercancía"), f->returns.mercancia);
         html += row(QStringLiteral("Devoluciones: impuesto"), f->returns.impuesto);
+        html += row(QStringLiteral("Fondo de caja"), f->fondoCaja);
         html += row(QStringLiteral("Cobros en efectivo"), f->cashPayments);
+        html += row(QStringLiteral("Efectivo dejado por las ventas"), f->salesCash);
+        html += row(QStringLiteral("Cobros en dólares (US$)"), f->dollarPayments);
         html += row(QStringLiteral("Cobros en cheque"), f->chequePayments);
         html += row(QStringLiteral("Cobros de cuentas por cobrar"),
                     f->receivableCash + f->receivableCheques);
         html += row(QStringLiteral("Salidas de caja"), f->withdrawals);
         html += row(QStringLiteral("Depósitos en efectivo"), f->depositedCash);
         html += row(QStringLiteral("Depósitos en cheques"), f->depositedCheques);
-        html += row(QStringLiteral("Efectivo esperado"), f->expectedCash());
-        html += row(QStringLiteral("Efectivo contado"), countedCash);
-        html += row(QStringLiteral("Diferencia"), countedCash - f->expectedCash());
+        const auto drawer = [&](const QString& what, const Decimal& expected,
+                                const Decimal& count) {
+            html += row(what + QStringLiteral(" esperado"), expected);
+            html += row(what + QStringLiteral(" contado"), count);
+            html += row(QStringLiteral("Diferencia"), count - expected);
+        };
+        drawer(QStringLiteral("Efectivo"), f->expectedCash(), counted.cash);
+        drawer(QStringLiteral("Dólares (US$)"), f->expectedDollars(), counted.dollars);
+        drawer(QStringLiteral("Cheques"), f->expectedCheques(), counted.cheques);
         html += QStringLiteral("</table>");
     }
     html += QStringLiteral("<h4>Salidas de caja</h4><table width=\"100%\">");

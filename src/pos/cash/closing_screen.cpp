@@ -9,6 +9,7 @@
 
 #include <QApplication>
 #include <QFormLayout>
+#include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -28,6 +29,23 @@ QLineEdit* shown(QWidget* parent, const char* name) {
     return e;
 }
 
+QLineEdit* typed(QWidget* parent, const char* name) {
+    auto* e = new QLineEdit(parent);
+    e->setObjectName(QLatin1String(name));
+    e->setAlignment(Qt::AlignRight);
+    return e;
+}
+
+Decimal typedAmount(const QLineEdit* e) {
+    const QString text = e->text().trimmed();
+    if (text.isEmpty())
+        return Decimal();
+    const auto amount = payments::parseTypedAmount(text);
+    if (!amount)
+        throw UserError(QStringLiteral("Solo se permiten Valores numericos"));
+    return *amount;
+}
+
 struct ZOutcome {
     std::optional<fiscal::protocol::ZReport> z;
     QString error;
@@ -36,7 +54,14 @@ struct ZOutcome {
 
 ClosingScreen::ClosingScreen(QSqlDatabase db, shell::SessionContext& session,
                              fiscal::FiscalPrinterThread& printer, QWidget* parent)
-    : QWidget(parent), m_db(std::move(db)), m_session(session), m_printer(printer) {
+    : ClosingScreen(std::move(db), session, printer, session.serial, parent) {}
+
+ClosingScreen::~ClosingScreen() = default;
+
+ClosingScreen::ClosingScreen(QSqlDatabase db, shell::SessionContext& session,
+                             fiscal::FiscalPrinterThread& printer, QString serial, QWidget* parent)
+    : QWidget(parent), m_db(std::move(db)), m_session(session), m_printer(printer),
+      m_serial(std::move(serial)) {
     setObjectName(QStringLiteral("frmCierreCaja"));
     setWindowTitle(QStringLiteral("Cierre de Caja"));
     m_numero = shown(this, "txtNumero");
@@ -47,9 +72,13 @@ ClosingScreen::ClosingScreen(QSqlDatabase db, shell::SessionContext& session,
     m_totals->setObjectName(QStringLiteral("lblTotales"));
     m_efectivoEsperado = shown(this, "txtEfectivoEsperado");
     m_efectivoEsperado->setAlignment(Qt::AlignRight);
-    m_efectivoContado = new QLineEdit(this);
-    m_efectivoContado->setObjectName(QStringLiteral("txtEfectivoContado"));
-    m_efectivoContado->setAlignment(Qt::AlignRight);
+    m_efectivoContado = typed(this, "txtEfectivoContado");
+    m_dolaresEsperados = shown(this, "txtDolaresEsperados");
+    m_dolaresEsperados->setAlignment(Qt::AlignRight);
+    m_dolaresContados = typed(this, "txtDolaresContados");
+    m_chequesEsperados = shown(this, "txtChequesEsperados");
+    m_chequesEsperados->setAlignment(Qt::AlignRight);
+    m_chequesContados = typed(this, "txtChequesContados");
     m_aceptar = new QPushButton(QStringLiteral("Aceptar"), this);
     m_aceptar->setObjectName(QStringLiteral("cmdAceptar"));
     auto* salir = new QPushButton(QStringLiteral("Salir"), this);
@@ -67,8 +96,20 @@ ClosingScreen::ClosingScreen(QSqlDatabase db, shell::SessionContext& session,
     form->addRow(QStringLiteral("Factura final:"), m_facturaFinal);
     form->addRow(QStringLiteral("Estado:"), m_status);
     form->addRow(m_totals);
-    form->addRow(QStringLiteral("Efectivo esperado (sin fondo):"), m_efectivoEsperado);
-    form->addRow(QStringLiteral("Efectivo contado (sin fondo):"), m_efectivoContado);
+    // What the drawer must hold beside what the cashier counted, one row per kind of money.
+    auto* drawer = new QGridLayout;
+    drawer->addWidget(new QLabel(QStringLiteral("Esperado"), this), 0, 1);
+    drawer->addWidget(new QLabel(QStringLiteral("Contado"), this), 0, 2);
+    const auto drawerRow = [&](int row, const QString& label, QLineEdit* expected,
+                               QLineEdit* counted) {
+        drawer->addWidget(new QLabel(label, this), row, 0);
+        drawer->addWidget(expected, row, 1);
+        drawer->addWidget(counted, row, 2);
+    };
+    drawerRow(1, QStringLiteral("Efectivo (con el fondo):"), m_efectivoEsperado, m_efectivoContado);
+    drawerRow(2, QStringLiteral("Efectivo en dólares:"), m_dolaresEsperados, m_dolaresContados);
+    drawerRow(3, QStringLiteral("Cheques:"), m_chequesEsperados, m_chequesContados);
+    form->addRow(drawer);
     auto* buttons = new QHBoxLayout;
     buttons->addStretch();
     buttons->addWidget(m_aceptar);
@@ -88,7 +129,7 @@ ClosingScreen::ClosingScreen(QSqlDatabase db, shell::SessionContext& session,
 }
 
 void ClosingScreen::refresh() {
-    const auto f = closingFigures(m_db, m_session.serial);
+    const auto f = closingFigures(m_db, m_serial);
     if (!f)
         return;
     m_figures = *f;
@@ -104,22 +145,23 @@ void ClosingScreen::refresh() {
                                amountText(f->withdrawals),
                                amountText(f->depositedCash + f->depositedCheques)));
     m_efectivoEsperado->setText(amountText(f->expectedCash()));
+    m_dolaresEsperados->setText(amountText(f->expectedDollars()));
+    m_chequesEsperados->setText(amountText(f->expectedCheques()));
 }
 
-Decimal ClosingScreen::countedCash() const {
-    const QString typed = m_efectivoContado->text().trimmed();
-    if (typed.isEmpty())
-        return Decimal();
-    const auto amount = payments::parseTypedAmount(typed);
-    if (!amount)
-        throw UserError(QStringLiteral("Solo se permiten Valores numericos"));
-    return *amount;
+CountedCash ClosingScreen::counted() const {
+    CountedCash c;
+    c.cash = typedAmount(m_efectivoContado);
+    c.dollars = typedAmount(m_dolaresContados);
+    c.cheques = typedAmount(m_chequesContados);
+    return c;
 }
 
 void ClosingScreen::setBusy(bool busy) {
     m_busy = busy;
     m_aceptar->setEnabled(!busy);
-    m_efectivoContado->setEnabled(!busy);
+    for (QLineEdit* e : {m_efectivoContado, m_dolaresContados, m_chequesContados})
+        e->setEnabled(!busy);
     m_progress->setVisible(busy);
     if (!busy)
         m_progressText->clear();
@@ -145,8 +187,8 @@ void ClosingScreen::accept() {
         return;
     const bool checked = guarded(this, [this] {
         QStringList notices;
-        countedCash();
-        m_figures = checkClosing(m_db, m_session.serial, QDate::currentDate(), &notices);
+        counted();
+        m_figures = checkClosing(m_db, m_serial, QDate::currentDate(), &notices);
         for (const QString& n : notices)
             dialogs().information(this, n);
     });
@@ -174,17 +216,17 @@ void ClosingScreen::afterPrinterState(const PrinterZState& state) {
     bool confirmed = false;
     std::optional<ZReservation> reservation;
     const bool ok = guarded(this, [&] {
-        checkZAgainstPrinter(m_db, m_session.serial, m_figures.day.fecha, state);
-        const Decimal counted = countedCash();
+        checkZAgainstPrinter(m_db, m_serial, m_figures.day.fecha, state);
+        const CountedCash drawer = counted();
         for (;;) {
-            const PendingQuestion q = nextQuestion(m_figures, counted, approved, confirmed);
+            const PendingQuestion q = nextQuestion(m_figures, drawer, approved, confirmed);
             if (q.question == ClosingQuestion::None)
                 break;
             if (!dialogs().question(this, q.text, q.title, false))
                 return;
             (q.question == ClosingQuestion::CashDifference ? approved : confirmed) = true;
         }
-        reservation = reserveClosingZ(m_db, m_session.serial, m_figures.day.fecha, state);
+        reservation = reserveClosingZ(m_db, m_serial, m_figures.day.fecha, state);
     });
     if (!ok || !reservation) {
         finish(false);
@@ -215,20 +257,39 @@ void ClosingScreen::afterZ(const std::optional<fiscal::protocol::ZReport>& z,
     progress(50, {});
     const QDate day = m_figures.day.fecha;
     const bool closed = guarded(this, [&] {
-        recordClosing(m_db, m_session.serial, day, *z, m_state.serial,
-                      QDateTime::currentDateTime());
+        recordClosing(m_db, m_serial, day, *z, m_state.serial, QDateTime::currentDateTime());
     });
     if (!closed) {
         finish(false);
         return;
     }
     progress(70, QStringLiteral("Espere un momento mientras se guarda la informacion del dia."));
-    guarded(this, [&] { startExportAfterClosing(m_db, m_session.serial, day); });
-    progress(85, QStringLiteral("Realizando respaldo local de la base de datos.."));
-    guarded(this, [&] { backupAfterClosing(m_db, day); });
+    guarded(this, [&] { startExportAfterClosing(m_db, m_serial, day); });
+    const bool started = guarded(this, [&] {
+        m_backup = std::make_unique<ClosingBackupJob>(m_db, day);
+        connect(m_backup.get(), &jobs::Job::progress, this,
+                [this](int percent, const QString& label) {
+                    progress(80 + percent * 20 / 100, label);
+                });
+        connect(m_backup.get(), &jobs::Job::finished, this,
+                [this](bool ok, const QString& error) { afterBackup(ok, error); });
+        progress(80, QStringLiteral("Realizando respaldo local de la base de datos.."));
+        m_backup->start();
+    });
+    if (!started)
+        afterBackup(false, {});
+}
+
+void ClosingScreen::afterBackup(bool ok, const QString& error) {
+    // The day is closed whatever became of the copy; a failed copy is only reported.
+    if (ok)
+        backupAfterClosingDone();
+    else if (!error.isEmpty())
+        dialogs().warning(this, error);
     progress(100, {});
     dialogs().information(this,
                           QStringLiteral("El proceso de cierre de caja finalizo con exito...!"));
+    const QDate day = m_figures.day.fecha;
     if (dialogs().question(this, QStringLiteral("Desea Imprimir los Reportes del Cierre ?"),
                            QStringLiteral("Imprimir Cierre"), true)) {
         guarded(this, [&] {
@@ -236,8 +297,7 @@ void ClosingScreen::afterZ(const std::optional<fiscal::protocol::ZReport>& z,
             if (!dialogs().choosePrinter(this, printer))
                 return;
             QTextDocument doc;
-            doc.setHtml(
-                closingReportHtml(m_db, m_session.serial, day, m_session.nombre, countedCash()));
+            doc.setHtml(closingReportHtml(m_db, m_serial, day, m_session.nombre, counted()));
             doc.print(&printer);
         });
     }

@@ -4,6 +4,7 @@
 
 #include <QSqlDatabase>
 #include <QWidget>
+#include <memory>
 
 class QLabel;
 class QLineEdit;
@@ -19,16 +20,22 @@ class FiscalPrinterThread;
 
 namespace orvo::pos::cash {
 
-// frmCierreCaja: the register's latest day with its totals; "Aceptar" checks, asks, prints the Z
-// on the printer's thread (the screen shows its progress and stays alive), records and closes
-// the day, backs up, and offers the closing reports.
+// frmCierreCaja: the register's latest day with its totals and what the drawer must hold;
+// "Aceptar" checks, asks, prints the Z on the printer's thread (the screen shows its progress and
+// stays alive), records and closes the day, backs up on a job's thread, and offers the closing
+// reports. `serial` is the register closed: this machine's, or another one's when closed from
+// here (frmCierreCajaForanea).
 class ClosingScreen : public QWidget {
     Q_OBJECT
 public:
     ClosingScreen(QSqlDatabase db, shell::SessionContext& session,
                   fiscal::FiscalPrinterThread& printer, QWidget* parent = nullptr);
+    ClosingScreen(QSqlDatabase db, shell::SessionContext& session,
+                  fiscal::FiscalPrinterThread& printer, QString serial, QWidget* parent = nullptr);
+    ~ClosingScreen() override;
 
     bool busy() const { return m_busy; }
+    const QString& serial() const { return m_serial; }
 
 signals:
     void closingFinished(bool closed);
@@ -38,15 +45,18 @@ private:
     void accept();
     void afterPrinterState(const PrinterZState& state);
     void afterZ(const std::optional<fiscal::protocol::ZReport>& z, const QString& error);
+    void afterBackup(bool ok, const QString& error);
     void setBusy(bool busy);
     void progress(int percent, const QString& text);
     void finish(bool closed);
-    Decimal countedCash() const;
+    CountedCash counted() const;
 
     QSqlDatabase m_db;
     shell::SessionContext& m_session;
     fiscal::FiscalPrinterThread& m_printer;
+    QString m_serial;
     bool m_busy = false;
+    std::unique_ptr<ClosingBackupJob> m_backup;
     ClosingFigures m_figures;
     PrinterZState m_state;
 
@@ -57,6 +67,10 @@ private:
     QLabel* m_totals;
     QLineEdit* m_efectivoEsperado;
     QLineEdit* m_efectivoContado;
+    QLineEdit* m_dolaresEsperados;
+    QLineEdit* m_dolaresContados;
+    QLineEdit* m_chequesEsperados;
+    QLineEdit* m_chequesContados;
     QPushButton* m_aceptar;
     QLabel* m_progressText;
     QProgressBar* m_progress;

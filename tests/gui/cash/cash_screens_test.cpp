@@ -3,13 +3,16 @@
 #include "pos/cash/cash_fixture.h"
 #include "pos/cash/closing_screen.h"
 #include "pos/cash/deposits_screen.h"
+#include "pos/cash/foreign_closing_screen.h"
 #include "pos/cash/opening_screen.h"
 #include "pos/cash/withdrawals_screen.h"
 
+#include "common/security/scrambler.h"
 #include "shell/session/session_context.h"
 #include "support/scripted_dialogs.h"
 
 #include <QComboBox>
+#include <QDir>
 #include <QFile>
 #include <QLineEdit>
 #include <QPushButton>
@@ -90,8 +93,9 @@ TEST_F(CashScreensTest, AWholeDayFromOpeningToClosingWithItsReports) {
 
     ClosingScreen closing(db(), m_session, *m_printer);
     closing.show();
-    EXPECT_EQ(find<QLineEdit>(closing, "txtEfectivoEsperado")->text(), "50,00"); // 116-16-50
-    type(closing, "txtEfectivoContado", "50,00");
+    // The float, the cash sale, less the withdrawal and the cash deposited: 100+116-16-50.
+    EXPECT_EQ(find<QLineEdit>(closing, "txtEfectivoEsperado")->text(), "150,00");
+    type(closing, "txtEfectivoContado", "150,00");
     const QString pdf = m_home.filePath("cierre.pdf");
     dialogs.expectQuestion("Confirma el cierre de caja...?", true);
     dialogs.expectQuestion("Desea Imprimir los Reportes del Cierre ?", true);
@@ -111,6 +115,8 @@ TEST_F(CashScreensTest, AWholeDayFromOpeningToClosingWithItsReports) {
     EXPECT_EQ(scalar("SELECT Status FROM DEPOSITOS").toInt(), 1);
     EXPECT_EQ(count("DIARIOREPORTEZ"), 1);
     EXPECT_TRUE(QFile::exists(pdf));
+    // The local backup was made on its own thread before the screen finished.
+    EXPECT_EQ(QDir(m_home.filePath("Respaldos")).entryList({"*_RESP.BAK"}).size(), 1);
     EXPECT_FALSE(closing.busy());
     EXPECT_EQ(find<QLineEdit>(closing, "txtStatus")->text(), "Cerrada");
 }
@@ -144,6 +150,59 @@ TEST_F(CashScreensTest, RefusalsAreShownAndNothingIsPrinted) {
     EXPECT_EQ(dialogs.lastText(), "La apertura de Fecha " + dayText(today()) +
                                       " tiene su cierre pendiente...! No procede una nueva "
                                       "apertura...!");
+}
+
+} // namespace
+
+namespace {
+
+TEST_F(CashScreensTest, AnotherMachinesRegisterIsClosedFromHereWithAnAdministratorsKey) {
+    test::ScriptedDialogs dialogs;
+    // This machine is CAJA02; the register with the printer connected here is still selling.
+    m_session.serial = "CAJA02";
+    addDay(kSerial, today(), 0);
+    sell(1, "100.00");
+    exec("INSERT INTO GRUPOS (CodGrupo, NombreGrupo) VALUES ('ADMI', 'ADMINISTRADOR'), "
+         "('CAJERO', 'CAJEROS')");
+    exec("INSERT INTO USUARIOS (CodUsuario, NombreUsuario, Pasword, Status) VALUES "
+         "('JEFE', 'JEFE', ?, 1), ('CAJ1', 'CAJ1', ?, 1)",
+         {security::scramble("1234"), security::scramble("1234")});
+    exec("INSERT INTO USUARIOGRUPO (CodUsuario, CodGrupo) VALUES ('JEFE', 'ADMI'), "
+         "('CAJ1', 'CAJERO')");
+
+    ForeignClosingScreen screen(db(), m_session, *m_printer);
+    screen.show();
+    EXPECT_EQ(screen.objectName(), "frmCierreCajaForanea");
+    auto* registers = find<QTableWidget>(screen, "grdCajas");
+    ASSERT_EQ(registers->rowCount(), 1);
+    EXPECT_EQ(registers->item(0, 0)->text(), kSerial);
+
+    dialogs.expectAuthorisation("CAJ1", "1234");
+    click(screen, "cmdSeleccionar");
+    EXPECT_EQ(dialogs.lastText(), "Usuario no autorizado para cerrar la caja de otro equipo...!");
+    EXPECT_EQ(screen.closing(), nullptr);
+    const auto asked = std::find_if(dialogs.messages().begin(), dialogs.messages().end(),
+                                    [](const auto& m) { return m.kind == "authorisation"; });
+    ASSERT_NE(asked, dialogs.messages().end());
+    EXPECT_EQ(asked->title, "frmClaveCierreForaneo");
+
+    dialogs.expectAuthorisation("JEFE", "1234");
+    click(screen, "cmdSeleccionar");
+    ClosingScreen* closing = screen.closing();
+    ASSERT_NE(closing, nullptr) << dialogs.texts().join('|').toStdString();
+    EXPECT_EQ(closing->serial(), kSerial);
+    EXPECT_EQ(find<QLineEdit>(*closing, "txtEfectivoEsperado")->text(), "216,00");
+    type(*closing, "txtEfectivoContado", "216,00");
+    dialogs.expectQuestion("Confirma el cierre de caja...?", true);
+    dialogs.expectQuestion("Desea Imprimir los Reportes del Cierre ?", false);
+    QSignalSpy done(closing, &ClosingScreen::closingFinished);
+    click(*closing, "cmdAceptar");
+    QTRY_COMPARE_WITH_TIMEOUT(done.count(), 1, 20000);
+    EXPECT_TRUE(done.first().first().toBool()) << dialogs.texts().join('|').toStdString();
+    EXPECT_TRUE(m_emulator.hasTicket("REPORTEZ_00000001.txt"));
+    EXPECT_EQ(scalar("SELECT Status FROM DIARIOCAJA WHERE Serie = ?", {kSerial}).toInt(), 2);
+    EXPECT_EQ(scalar("SELECT SerieImpresora FROM DIARIOREPORTEZ").toString(), kSerial);
+    EXPECT_EQ(registers->rowCount(), 0);
 }
 
 } // namespace

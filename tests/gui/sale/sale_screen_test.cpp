@@ -394,8 +394,17 @@ TEST_F(RegisterDayTest, OpenSellParkCancelAndCloseWithTheZ) {
     {
         pos::cash::ClosingScreen closing(db(), ctx, *printer);
         closing.show();
-        auto* counted = child<QLineEdit>(closing, "txtEfectivoContado");
-        counted->setText(child<QLineEdit>(closing, "txtEfectivoEsperado")->text());
+        // The drawer: the float, the cash sales, less the change the dollar sale took from the
+        // local cash; the dollars apart; the card sale leaves nothing.
+        const Decimal cash = dec("SELECT FondoCaja FROM CAJAS WHERE Serie = 'Z1B0000001'") +
+                             totals[0] + (totals[1] - (dollars * rate).rounded(2)) + totals[3];
+        EXPECT_EQ(child<QLineEdit>(closing, "txtEfectivoEsperado")->text(),
+                  pos::payments::formatAmount(cash));
+        EXPECT_EQ(child<QLineEdit>(closing, "txtDolaresEsperados")->text(),
+                  pos::payments::formatAmount(dollars));
+        EXPECT_EQ(child<QLineEdit>(closing, "txtChequesEsperados")->text(), "0,00");
+        child<QLineEdit>(closing, "txtEfectivoContado")->setText(cash.toString(2));
+        child<QLineEdit>(closing, "txtDolaresContados")->setText(dollars.toString(2));
         dialogs.expectQuestion("Confirma el cierre de caja...?", true);
         dialogs.expectQuestion("Desea Imprimir los Reportes del Cierre ?", false);
         QSignalSpy done(&closing, &pos::cash::ClosingScreen::closingFinished);

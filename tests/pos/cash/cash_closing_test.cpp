@@ -4,6 +4,7 @@
 #include "cash_fixture.h"
 
 #include "common/errors/errors.h"
+#include "common/security/scrambler.h"
 #include "pos/cash/cash_closing.h"
 #include "pos/cash/cash_day.h"
 #include "pos/cash/cash_movements.h"
@@ -34,7 +35,7 @@ protected:
         ClosingRequest r;
         r.serial = kSerial;
         r.today = today();
-        r.countedCash = Decimal::fromString(u"139.78"); // 116 + 23.78
+        r.counted.cash = Decimal::fromString(u"239.78"); // the float 100, 116 and 23.78
         r.confirmed = confirmed;
         r.now = QDateTime(today(), QTime(20, 5));
         return r;
@@ -140,7 +141,7 @@ TEST_F(CashClosingTest, DayStatesAndAZNumberAboveThePrintersAreRefused) {
 
 TEST_F(CashClosingTest, QuestionsComeBeforeAnythingIsPrinted) {
     ClosingRequest r = request(false);
-    r.countedCash = Decimal(100);
+    r.counted.cash = Decimal(100);
     ClosingOutcome o = closeDayWith(db(), *m_printer, r);
     EXPECT_EQ(o.question.question, ClosingQuestion::CashDifference);
     EXPECT_EQ(o.question.text,
@@ -162,11 +163,11 @@ TEST_F(CashClosingTest, AFullClosingPrintsOneZRecordsItAndBacksUp) {
     w.monto = Decimal(10);
     addWithdrawal(db(), kSerial, today(), w, "ANA", QDateTime::currentDateTime());
     ClosingRequest r = request();
-    r.countedCash = Decimal::fromString(u"129.78");
+    r.counted.cash = Decimal::fromString(u"229.78");
     const auto figures = closingFigures(db(), kSerial);
     EXPECT_EQ(figures->sales.mercancia, Decimal::fromString(u"120.50"));
     EXPECT_EQ(figures->sales.impuesto, Decimal::fromString(u"19.28"));
-    EXPECT_EQ(figures->expectedCash(), Decimal::fromString(u"129.78"));
+    EXPECT_EQ(figures->expectedCash(), Decimal::fromString(u"229.78"));
 
     const ClosingOutcome o = closeDayWith(db(), *m_printer, r);
     ASSERT_TRUE(o.closed);
@@ -272,6 +273,119 @@ TEST_F(CashClosingTest, AnOlderOpenDayIsAnnouncedAndClosedUnderItsOwnDate) {
     } catch (const UserError& e) {
         EXPECT_EQ(e.text(), "No existe apertura de fecha " + dayText(today()) + "...!");
     }
+}
+
+} // namespace
+
+namespace {
+
+// The drawer on a day with every kind of money: the float, a dollar sale whose change came out
+// of the local cash, a card sale with cash on top, receivable payments in cash and cheque, a
+// withdrawal and a cash deposit.
+TEST_F(CashClosingTest, TheDrawerHoldsTheFloatCashLessChangeDollarsAndCheques) {
+    exec("INSERT INTO FORMAPAGO (Codigo, Nombre, Status) VALUES (1, 'EFECTIVO', 1), "
+         "(2, 'CHEQUE', 1), (3, 'TARJETA DE DEBITO', 1), (11, 'EFECTIVO DOLAR', 1)");
+    const QDateTime at(today(), QTime::currentTime());
+    const auto invoice = [&](int number, const char* total) {
+        exec("INSERT INTO VENTAS (NumeroFactura, Serie, Fecha, Cliente, FormaPago, "
+             "TotalMercancia, TotalDescuento, TotalImpuesto, TotalCosto, TasaCambio, Status) "
+             "VALUES (?, ?, ?, 'V1', '7', ?, 0, 0, 1, 40, 1)",
+             {number, kSerial, at, Decimal::fromString(QString::fromLatin1(total)).toVariant(2)});
+    };
+    const auto payment = [&](int number, int item, const char* way, const char* amount) {
+        exec("INSERT INTO PAGOSVENTA (NumeroFactura, Serie, Item, FormaPago, Fecha, Monto, "
+             "Status) VALUES (?, ?, ?, ?, ?, ?, 1)",
+             {number, kSerial, item, way, at,
+              Decimal::fromString(QString::fromLatin1(amount)).toVariant(2)});
+    };
+    // 116.00 paid with US$ 5 at 40: 84.00 of change left the local cash.
+    invoice(3, "116.00");
+    payment(3, 1, "11", "5");
+    // 58.00 paid 50.00 by card and 10.00 in cash: the cash row keeps the 8.00 that stayed.
+    invoice(4, "58.00");
+    payment(4, 1, "3", "50");
+    payment(4, 2, "1", "8");
+    exec("INSERT INTO MOVCUENTASXCOBRAR (Numero, Item, TipoPago, MontoCancelado, Fecha, Serie, "
+         "Status) VALUES (1, 1, 1, 30, ?, ?, 1), (1, 2, 2, 45, ?, ?, 1)",
+         {at, kSerial, at, kSerial});
+    Withdrawal w;
+    w.descripcion = "Agua";
+    w.monto = Decimal(10);
+    addWithdrawal(db(), kSerial, today(), w, "ANA", at);
+    exec("INSERT INTO CTABANCOS (Codigo, Nombre, PuntoVenta, Status) VALUES ('C1', 'B', 0, 1)");
+    Deposit d;
+    d.numeroDeposito = "77";
+    d.cuentaBanco = "C1";
+    d.totalEfectivo = Decimal(50);
+    addDeposit(db(), kSerial, today(), d, "ANA", at);
+
+    const auto f = closingFigures(db(), kSerial);
+    ASSERT_TRUE(f);
+    // 100 + 139.78 + (116 - 200) + 8 + 30 - 10 - 50
+    EXPECT_EQ(f->expectedCash().toString(2), "133.78");
+    EXPECT_EQ(f->expectedDollars().toString(2), "5.00");
+    EXPECT_EQ(f->expectedCheques().toString(2), "45.00");
+
+    CountedCash right{Decimal::fromString(u"133.78"), Decimal(5), Decimal(45)};
+    EXPECT_EQ(nextQuestion(*f, right, false, false).question, ClosingQuestion::Confirm);
+    for (Decimal CountedCash::*kind :
+         {&CountedCash::cash, &CountedCash::dollars, &CountedCash::cheques}) {
+        CountedCash off = right;
+        off.*kind += Decimal::fromString(u"0.01");
+        EXPECT_EQ(nextQuestion(*f, off, false, false).question, ClosingQuestion::CashDifference);
+        EXPECT_EQ(nextQuestion(*f, off, true, false).question, ClosingQuestion::Confirm);
+    }
+
+    ClosingRequest r = request();
+    r.counted = right;
+    r.backup = false;
+    EXPECT_TRUE(closeDayWith(db(), *m_printer, r).closed);
+}
+
+// Another machine's register is closed from here with its printer brought over: only registers
+// whose latest day is still open are offered, an administrator's key is needed, and the Z must
+// come from that register's own printer.
+TEST_F(CashClosingTest, AnotherMachinesRegisterIsClosedHereOnItsOwnPrinter) {
+    addDay("CAJA02", today().addDays(-1), 1);
+    exec("INSERT INTO CAJAS (Serie, Numero, UltimaFactura, UltimaDevolucion) "
+         "VALUES ('CAJA03', 5, 0, 0)");
+    addDay("CAJA03", today().addDays(-2), 2, 1);
+
+    const QList<CashDay> fromCaja02 = foreignRegistersToClose(db(), "CAJA02");
+    ASSERT_EQ(fromCaja02.size(), 1);
+    EXPECT_EQ(fromCaja02.first().serie, kSerial);
+    const QList<CashDay> fromHere = foreignRegistersToClose(db(), kSerial);
+    ASSERT_EQ(fromHere.size(), 1);
+    EXPECT_EQ(fromHere.first().serie, "CAJA02");
+
+    exec("INSERT INTO GRUPOS (CodGrupo, NombreGrupo) VALUES ('ADMI', 'ADMINISTRADOR'), "
+         "('CAJERO', 'CAJEROS')");
+    exec("INSERT INTO USUARIOS (CodUsuario, NombreUsuario, Pasword, Status) VALUES "
+         "('JEFE', 'JEFE', ?, 1), ('CAJ1', 'CAJ1', ?, 1)",
+         {security::scramble("1234"), security::scramble("1234")});
+    exec("INSERT INTO USUARIOGRUPO (CodUsuario, CodGrupo) VALUES ('JEFE', 'ADMI'), "
+         "('CAJ1', 'CAJERO')");
+    EXPECT_EQ(authoriseForeignClosing(db(), "JEFE", "1234"), "JEFE");
+    for (const auto& [user, password] :
+         {std::pair<QString, QString>{"CAJ1", "1234"}, {"JEFE", "0000"}}) {
+        EXPECT_THROW(authoriseForeignClosing(db(), user, password), UserError)
+            << user.toStdString();
+    }
+
+    // CAJA02's day cannot be closed on this register's printer.
+    ClosingRequest r = request();
+    r.serial = "CAJA02";
+    r.today = today();
+    r.counted = {};
+    r.backup = false;
+    try {
+        closeDayWith(db(), *m_printer, r);
+        ADD_FAILURE();
+    } catch (const UserError& e) {
+        EXPECT_EQ(e.text(), "La serie de la impresora no conicide con la serie de la caja...!");
+    }
+    EXPECT_EQ(m_emulator.memory().zCounter, 0);
+    EXPECT_EQ(scalar("SELECT Status FROM DIARIOCAJA WHERE Serie = 'CAJA02'").toInt(), 1);
 }
 
 } // namespace
