@@ -58,8 +58,12 @@ RegisterScreen::RegisterScreen(QSqlDatabase db, shell::SessionContext& session, 
     m_numero->setMaxLength(4);
     m_fondoCaja = edit(this, "txtFondoCaja");
     m_fondoCaja->setAlignment(Qt::AlignRight);
-    m_tipoListaPrecio = comboWithValues(
-        "cboTipoListaPrecio", {{1, QStringLiteral("Detal")}, {2, QStringLiteral("Mayor")}});
+    // Which client types each list may invoice is the sale's rule (registerAllowsLetter).
+    m_tipoListaPrecio =
+        comboWithValues("cboTipoListaPrecio", {{1, QStringLiteral("Detal")},
+                                               {2, QStringLiteral("Mayor")},
+                                               {3, QStringLiteral("Detal y mayor")},
+                                               {4, QStringLiteral("Mayor y detal")}});
     m_tipoVenta = comboWithValues("cboTipoVenta",
                                   {{1, QStringLiteral("Contado")}, {2, QStringLiteral("Crédito")}});
     m_tipoReporte = comboWithValues("cboTipoReporte", {{1, QStringLiteral("Factura fiscal")},

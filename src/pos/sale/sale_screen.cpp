@@ -354,7 +354,12 @@ void SaleScreen::enterClient() {
             }
             return;
         }
-        m_draft.setClient(*client);
+        try {
+            m_draft.setClient(*client);
+        } catch (const UserError&) {
+            showClient(); // the refused client is not taken: the field shows the sale's own
+            throw;
+        }
         showClient();
         m_seller->setFocus();
         m_seller->selectAll();
@@ -645,8 +650,10 @@ void SaleScreen::takeBack() {
                                         store::parkedCatalogSql(), {m_ctx.serial});
         if (!row)
             return;
-        if (!m_draft.isEmpty())
+        if (!m_draft.isEmpty()) {
             parkSale(m_db, m_ctx, m_draft);
+            clearForNextSale();
+        }
         takeBackParked(m_db, m_ctx, chosenNumber(*row), m_draft);
         showClient();
         refresh();
