@@ -33,10 +33,8 @@ namespace orvo::pos::sale {
 
 namespace {
 
-// The lists keep numbers as Decimal: QVariant::toLongLong() would read them as 0.
 long long chosenNumber(const QVariantMap& row) {
-    return Decimal::fromVariant(grid::CatalogDialog::valueOf(row, QStringLiteral("Numero")))
-        .toLongLong();
+    return grid::CatalogDialog::valueOf(row, QStringLiteral("Numero")).toLongLong();
 }
 
 QString money(const Decimal& d) {
