@@ -1,6 +1,7 @@
 #include "common/decimal/decimal.h"
 
 #include <QLocale>
+#include <limits>
 #include <stdexcept>
 
 namespace orvo {
@@ -40,6 +41,59 @@ QString digitsOf(Rep v) {
     }
     return s;
 }
+
+// A whole-number read of an amount with decimals fails (ok = false) rather than rounding behind
+// the caller's back, as QString("2.5").toInt() does.
+template <typename Int> bool toWholeNumber(const Decimal& d, Int* out) {
+    if (d.truncated(0) != d || d < Decimal(std::numeric_limits<Int>::min()) ||
+        d > Decimal(std::numeric_limits<Int>::max()))
+        return false;
+    *out = Int(d.toLongLong());
+    return true;
+}
+
+// Values picked from lists and grids travel in QVariants: this lets toString(), toLongLong(),
+// toInt() and toDouble() read a Decimal, and value<Decimal>() read text. Every program that
+// handles a Decimal links this file, so registering here covers them all.
+bool registerVariantConversions() {
+    const QMetaType decimal = QMetaType::fromType<Decimal>();
+    const auto from = [](const void* src) -> const Decimal& {
+        return *static_cast<const Decimal*>(src);
+    };
+    QMetaType::registerConverterFunction(
+        [from](const void* src, void* dst) {
+            *static_cast<QString*>(dst) = from(src).toString();
+            return true;
+        },
+        decimal, QMetaType::fromType<QString>());
+    QMetaType::registerConverterFunction(
+        [from](const void* src, void* dst) {
+            return toWholeNumber(from(src), static_cast<qlonglong*>(dst));
+        },
+        decimal, QMetaType::fromType<qlonglong>());
+    QMetaType::registerConverterFunction(
+        [from](const void* src, void* dst) {
+            return toWholeNumber(from(src), static_cast<int*>(dst));
+        },
+        decimal, QMetaType::fromType<int>());
+    QMetaType::registerConverterFunction(
+        [from](const void* src, void* dst) {
+            *static_cast<double*>(dst) = from(src).toDouble();
+            return true;
+        },
+        decimal, QMetaType::fromType<double>());
+    QMetaType::registerConverterFunction(
+        [](const void* src, void* dst) {
+            const auto parsed = Decimal::parse(static_cast<const QString*>(src)->trimmed());
+            if (parsed)
+                *static_cast<Decimal*>(dst) = *parsed;
+            return parsed.has_value();
+        },
+        QMetaType::fromType<QString>(), decimal);
+    return true;
+}
+
+[[maybe_unused]] const bool kVariantConversions = registerVariantConversions();
 
 } // namespace
 

@@ -179,8 +179,15 @@ int nextCode(const QSqlDatabase& db, const QString& table, const QString& column
     if (!c)
         throw std::invalid_argument("not a described column: " + table.toStdString() + "." +
                                     column.toStdString());
-    const QVariant max = db::scalar(
-        db, QStringLiteral("SELECT MAX(CAST(%1 AS BIGINT)) FROM %2").arg(c->name, t->name));
+    // A hand-typed code such as "A12" is not a number to continue from: only codes made of
+    // digits count (LTRIM with a set of characters means the same on both engines), and at most
+    // 18 of them, so the cast cannot overflow.
+    const bool text = c->type == Type::Text || c->type == Type::Memo;
+    const QString statement =
+        text ? QStringLiteral("SELECT MAX(CAST(%1 AS BIGINT)) FROM %2 WHERE %1 <> '' AND "
+                              "LTRIM(%1, '0123456789') = '' AND LENGTH(%1) <= 18")
+             : QStringLiteral("SELECT MAX(%1) FROM %2");
+    const QVariant max = db::scalar(db, statement.arg(c->name, t->name));
     if (!max.isValid() || max.isNull())
         return 1;
     return int(Decimal::fromVariant(max).toLongLong() + 1);

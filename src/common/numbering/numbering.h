@@ -11,8 +11,9 @@
 namespace orvo::common {
 
 // Highest numeric value of `column` in `table` plus one; 1 for an empty table. Codes compare as
-// numbers ("0099" gives 100). Not reserved: two callers at the same moment get the same code.
-// `table` and `column` must be described in the schema, otherwise std::invalid_argument.
+// numbers ("0099" gives 100); text codes with anything but digits ("A12") are passed over. Not
+// reserved: two callers at the same moment get the same code. `table` and `column` must be
+// described in the schema, otherwise std::invalid_argument.
 int nextCode(const QSqlDatabase& db, const QString& table, const QString& column);
 
 // PARAMETROS.ControlFactura: where the sales counters live.

@@ -7,8 +7,10 @@
 #include "pos/register/day_state.h"
 #include "pos/returns/exchange_screen.h"
 #include "pos/returns/returns.h"
+#include "pos/sale/sale_screen.h"
 #include "shell/screens/screen_registry.h"
 #include "shell/startup/app_state.h"
+#include "shell/startup/user_settings.h"
 
 #include <QCheckBox>
 #include <QFormLayout>
@@ -45,19 +47,7 @@ QTableWidgetItem* cell(const QString& text, bool right = false) {
 } // namespace
 
 bool printPaperDocument(const QString& html, bool large, long long number) {
-    const QString setting = sale::invoicePrinterSetting();
-    if (setting.isEmpty())
-        return false;
-    if (setting.endsWith(QLatin1String(".pdf"), Qt::CaseInsensitive))
-        return sale::printToPdfSetting(setting, html, large, number);
-    QPrinter printer;
-    printer.setPrinterName(setting);
-    if (!printer.isValid())
-        return false;
-    QTextDocument doc;
-    doc.setHtml(html);
-    doc.print(&printer);
-    return true;
+    return sale::printPaperInvoice(html, large, number);
 }
 
 ReturnScreen::ReturnScreen(QSqlDatabase db, const shell::SessionContext& ctx,
@@ -259,13 +249,13 @@ void ReturnScreen::accept() {
 
 void registerReturnScreens() {
     shell::ScreenRegistry::instance().add(QStringLiteral("frmDevolucion"), [](QWidget* parent) {
-        if (sale::invoicePrinterSetting().isEmpty())
+        if (shell::settings::invoicePrinter().isEmpty())
             throw UserError(QStringLiteral("Debe configurar la impresora para facturar...!"));
         return new ReturnScreen(shell::mainDb(), shell::session(), nullptr, parent);
     });
     shell::ScreenRegistry::instance().add(
         QStringLiteral("frmCambiosDeMercancia"), [](QWidget* parent) {
-            if (sale::invoicePrinterSetting().isEmpty())
+            if (shell::settings::invoicePrinter().isEmpty())
                 throw UserError(QStringLiteral("Debe configurar la impresora para facturar...!"));
             return new ExchangeScreen(shell::mainDb(), shell::session(), nullptr, parent);
         });

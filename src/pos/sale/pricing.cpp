@@ -48,6 +48,47 @@ char registerLetter(int registerListType) {
     return (registerListType == 1 || registerListType == 3) ? kRetail : kWholesale;
 }
 
+char clientLetter(const QString& clientType) {
+    const QString type = clientType.trimmed();
+    if (type == QLatin1String("2"))
+        return kAffiliate;
+    if (type == QLatin1String("3"))
+        return kSpecial;
+    if (type == QLatin1String("4"))
+        return kWholesale;
+    return 0;
+}
+
+// The codes of CAJAS.TipoListaPrecio and the letters each sells on:
+//   1 "Detal"          D, P, A
+//   2 "Mayor"          M, P, E
+//   3 "Detal y mayor"  every letter
+//   4 "Mayor y detal"  every letter
+// A retail register also serves affiliates, a wholesale one the cost-plus-margin clients; the
+// mixed ones serve everybody and differ only in the list a line falls back to. A code outside
+// these (a register saved elsewhere) restricts nothing.
+bool registerAllowsLetter(int registerListType, char letter) {
+    switch (registerListType) {
+    case 1:
+        return letter == kRetail || letter == kPromotion || letter == kAffiliate;
+    case 2:
+        return letter == kWholesale || letter == kPromotion || letter == kSpecial;
+    default:
+        return true;
+    }
+}
+
+bool registerMayInvoice(int registerListType, const QString& clientType) {
+    const char forced = clientLetter(clientType);
+    return forced == 0 || registerAllowsLetter(registerListType, forced);
+}
+
+void checkClientAllowed(int registerListType, const SaleClient& client) {
+    if (client.isSet() && !registerMayInvoice(registerListType, client.tipo))
+        throw UserError(QStringLiteral("La caja no esta configurada para facturar a ") +
+                        client.tipoDescripcion + QStringLiteral("...!"));
+}
+
 bool promotionActive(const ArticlePrices& article, const QDate& day) {
     if (!article.promocion || !article.fechaInicial.isValid() || !article.fechaFinal.isValid())
         return false;
@@ -60,13 +101,8 @@ char lineLetter(char current, const ArticlePrices& article, const PricingContext
         letter = kPromotion;
     else if (letter == kPromotion)
         letter = registerLetter(ctx.registerListType);
-    const QString type = ctx.clientType.trimmed();
-    if (type == QLatin1String("2"))
-        letter = kAffiliate;
-    else if (type == QLatin1String("3"))
-        letter = kSpecial;
-    else if (type == QLatin1String("4"))
-        letter = kWholesale;
+    if (const char forced = clientLetter(ctx.clientType))
+        letter = forced;
     return letter;
 }
 

@@ -20,6 +20,21 @@ struct PricingContext {
 // The register's own list: retail for types 1 and 3, wholesale for the others.
 char registerLetter(int registerListType);
 
+// The letter a client type forces on every line (2 "A", 3 "E", 4 "M"); 0 for the types that
+// keep the line's own letter.
+char clientLetter(const QString& clientType);
+
+// Whether a register of `registerListType` sells on list `letter`.
+bool registerAllowsLetter(int registerListType, char letter);
+
+// Whether the register may invoice a client of this type: the letter the type forces, if any,
+// must be one the register sells on.
+bool registerMayInvoice(int registerListType, const QString& clientType);
+
+// Refuses a client the register may not invoice: "La caja no esta configurada para facturar a "
+// + the type's description + "...!".
+void checkClientAllowed(int registerListType, const SaleClient& client);
+
 // Whether the article's promotion holds on `day` (both boundary days included).
 bool promotionActive(const ArticlePrices& article, const QDate& day);
 

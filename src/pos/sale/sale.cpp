@@ -201,10 +201,14 @@ void takeBackParked(const QSqlDatabase& db, const shell::SessionContext& ctx, lo
     const auto h = store::parkedHeader(db, numero, ctx.serial);
     if (!h)
         return;
+    // A client this register may not invoice leaves the sale parked.
+    const auto client = store::clientByCode(db, h->cliente);
+    if (client)
+        checkClientAllowed(ctx.tipoListaPrecio, *client);
     const QList<SaleLine> lines = withModels(db, store::parkedLines(db, numero, ctx.serial));
     draft.clear();
-    if (auto c = store::clientByCode(db, h->cliente))
-        draft.setClient(*c);
+    if (client)
+        draft.setClient(*client);
     if (auto s = store::sellerByCode(db, h->vendedor))
         draft.setSeller(*s);
     draft.setMode(h->tipoVenta == 2 ? PaymentMode::Credit : PaymentMode::Cash);
@@ -233,14 +237,16 @@ QList<DispatchOrderSummary> openDispatchOrders(const QSqlDatabase& db,
 
 void loadDispatchOrder(const QSqlDatabase& db, const shell::SessionContext& ctx, long long numero,
                        SaleDraft& draft) {
-    Q_UNUSED(ctx);
     const auto o = store::dispatchOrder(db, numero);
     if (!o)
         return;
+    const auto client = store::clientByCode(db, o->cliente);
+    if (client)
+        checkClientAllowed(ctx.tipoListaPrecio, *client);
     const QList<SaleLine> lines = withModels(db, store::dispatchOrderLines(db, numero));
     draft.clear();
-    if (auto c = store::clientByCode(db, o->cliente))
-        draft.setClient(*c);
+    if (client)
+        draft.setClient(*client);
     for (const SaleLine& l : lines)
         draft.addSavedLine(l);
     if (o->exenta)
@@ -258,6 +264,8 @@ AcceptResult acceptSale(const QSqlDatabase& db, const shell::SessionContext& ctx
     const QDate today = serverToday(db);
     registers::checkDayOpen(db, ctx.serial, today);
     draft.validate();
+    // The register as it is now: it may have been changed since the draft took its client.
+    checkClientAllowed(ctx.tipoListaPrecio, draft.client());
 
     const bool fiscal = printsFiscally(ctx) && !draft.isContingency();
     if (fiscal) {

@@ -25,8 +25,8 @@ QList<ArticlePrices> lookupArticles(const QSqlDatabase& db, const QString& text)
 const SaleLine& addArticle(SaleDraft& draft, const ArticlePrices& article,
                            const Decimal& quantity = Decimal(1));
 
-// The client by code; nullopt when not registered (the screen offers to register it). Refuses a
-// client type the register may not invoice.
+// The client by code; nullopt when not registered (the screen offers to register it). The draft
+// refuses a client type the register may not invoice when it is set (SaleDraft::setClient).
 std::optional<SaleClient> findClient(const QSqlDatabase& db, const QString& code);
 // The seller by code or identity number; refuses an inactive or unknown one.
 SaleSeller findSeller(const QSqlDatabase& db, const QString& code);
@@ -71,7 +71,8 @@ struct ParkedSale {
 // Parks the draft (HISTVENTAS/HISTMOVVENTAS) and clears it; returns the parked number.
 long long parkSale(const QSqlDatabase& db, const shell::SessionContext& ctx, SaleDraft& draft);
 QList<ParkedSale> parkedSales(const QSqlDatabase& db, const QString& serie);
-// Loads a parked sale into an empty draft and deletes the parked copy.
+// Loads a parked sale into an empty draft and deletes the parked copy. A client the register may
+// not invoice is refused and the sale stays parked.
 void takeBackParked(const QSqlDatabase& db, const shell::SessionContext& ctx, long long numero,
                     SaleDraft& draft);
 
@@ -87,7 +88,8 @@ struct DispatchOrderSummary {
 // Open orders (Status 1) of the last DiasFacturarOrdenDespacho days (all when 0).
 QList<DispatchOrderSummary> openDispatchOrders(const QSqlDatabase& db,
                                                const shell::SessionContext& ctx);
-// Fills an empty draft with the order's client, lines and exempt flag.
+// Fills an empty draft with the order's client, lines and exempt flag; refuses, leaving the draft
+// as it was, an order whose client the register may not invoice.
 void loadDispatchOrder(const QSqlDatabase& db, const shell::SessionContext& ctx, long long numero,
                        SaleDraft& draft);
 
@@ -110,9 +112,10 @@ bool printsFiscally(const shell::SessionContext& ctx);
 
 // Checks the day, the sale and the printer, then saves the invoice in one transaction: number,
 // VENTAS, MOVVENTAS (equal lines merged), stock of kept articles, payments or the receivable,
-// totals, the day's accumulated amount. Saved "pending print". `printer` may be null only for a
-// register that does not print fiscally. `alsoInTransaction` writes what belongs with the invoice
-// (the return of an exchange) right after the transaction opens.
+// totals, the day's accumulated amount. Saved "pending print". A client the register may not
+// invoice (as the register is configured now) is refused before anything is written. `printer`
+// may be null only for a register that does not print fiscally. `alsoInTransaction` writes what
+// belongs with the invoice (the return of an exchange) right after the transaction opens.
 AcceptResult acceptSale(const QSqlDatabase& db, const shell::SessionContext& ctx,
                         const SaleDraft& draft, SalePrinter* printer, bool forcedZDone = false,
                         const std::function<void()>& alsoInTransaction = {});

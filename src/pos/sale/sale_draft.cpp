@@ -133,6 +133,11 @@ void SaleDraft::setExempt(bool exempt) {
     }
 }
 
+void SaleDraft::setClient(const SaleClient& client) {
+    checkClientAllowed(m_settings.registerListType, client);
+    m_client = client;
+}
+
 void SaleDraft::setPayments(const QList<payments::PaymentRow>& rows, const Decimal& amountPaid,
                             const Decimal& exchangeRate) {
     m_payments = rows;
@@ -155,6 +160,7 @@ Decimal SaleDraft::change() const {
 void SaleDraft::validate() const {
     if (!m_client.isSet())
         throw UserError(QStringLiteral("Especifique el cliente al que se le realizó la venta...!"));
+    checkClientAllowed(m_settings.registerListType, m_client);
     if (m_lines.isEmpty())
         throw UserError(QStringLiteral("Debe especificar al menos un artículo...!"));
     if (m_mode == PaymentMode::Cash) {

@@ -46,7 +46,8 @@ public:
 
     // --- header ---
     const SaleClient& client() const { return m_client; }
-    void setClient(const SaleClient& client) { m_client = client; }
+    // Refuses (UserError) a client whose type the register may not invoice; the client stays.
+    void setClient(const SaleClient& client);
     const SaleSeller& seller() const { return m_seller; }
     void setSeller(const SaleSeller& seller) { m_seller = seller; }
     bool isExempt() const { return m_exempt; }

@@ -11,6 +11,7 @@
 #include "shell/screens/screen_registry.h"
 #include "shell/session/settings_readers.h"
 #include "shell/startup/app_state.h"
+#include "shell/startup/user_settings.h"
 #include "shell/users/roles.h"
 
 #include <QCheckBox>
@@ -32,10 +33,8 @@ namespace orvo::pos::sale {
 
 namespace {
 
-// The lists keep numbers as Decimal: QVariant::toLongLong() would read them as 0.
 long long chosenNumber(const QVariantMap& row) {
-    return Decimal::fromVariant(grid::CatalogDialog::valueOf(row, QStringLiteral("Numero")))
-        .toLongLong();
+    return grid::CatalogDialog::valueOf(row, QStringLiteral("Numero")).toLongLong();
 }
 
 QString money(const Decimal& d) {
@@ -58,24 +57,31 @@ QPushButton* button(QWidget* parent, const char* name, const QString& text) {
     return b;
 }
 
-// Paper invoices go to ImpresoraFactura: a .pdf path, or a printer by name.
-bool printPaper(const QString& html, bool large, long long number) {
-    const QString setting = invoicePrinterSetting();
+} // namespace
+
+bool printPaperInvoice(const QString& html, bool large, long long number) {
+    const QString setting = shell::settings::invoicePrinter();
     if (setting.isEmpty())
         return false;
+    const int copies = shell::settings::invoiceCopies();
     if (setting.endsWith(QLatin1String(".pdf"), Qt::CaseInsensitive))
-        return printToPdfSetting(setting, html, large, number);
+        return printToPdfSetting(setting, html, large, number, copies);
     QPrinter printer;
     printer.setPrinterName(setting);
     if (!printer.isValid())
         return false;
     QTextDocument doc;
     doc.setHtml(html);
-    doc.print(&printer);
+    // Where the driver cannot make the copies, each one is a print of its own.
+    if (printer.supportsMultipleCopies()) {
+        printer.setCopyCount(copies);
+        doc.print(&printer);
+    } else {
+        for (int i = 0; i < copies; ++i)
+            doc.print(&printer);
+    }
     return true;
 }
-
-} // namespace
 
 SaleScreen::SaleScreen(QSqlDatabase db, shell::SessionContext& ctx,
                        fiscal::FiscalPrinterThread* printer, QWidget* parent)
@@ -356,7 +362,12 @@ void SaleScreen::enterClient() {
             }
             return;
         }
-        m_draft.setClient(*client);
+        try {
+            m_draft.setClient(*client);
+        } catch (const UserError&) {
+            showClient(); // the refused client is not taken: the field shows the sale's own
+            throw;
+        }
         showClient();
         m_seller->setFocus();
         m_seller->selectAll();
@@ -595,7 +606,7 @@ SalePrinter* SaleScreen::printer() {
 
 bool SaleScreen::printInvoice(long long number, bool contingency, const Decimal& change) {
     const PrintResult r =
-        printSale(m_db, m_ctx, number, contingency, printer(), printPaper, change);
+        printSale(m_db, m_ctx, number, contingency, printer(), printPaperInvoice, change);
     if (!r.ok())
         dialogs().warning(this, r.error);
     return r.ok();
@@ -604,7 +615,7 @@ bool SaleScreen::printInvoice(long long number, bool contingency, const Decimal&
 void SaleScreen::accept() {
     guarded(this, [&] {
         // An invoice saved earlier whose print failed goes out first.
-        const PrintResult pending = printPendingSales(m_db, m_ctx, printer(), printPaper);
+        const PrintResult pending = printPendingSales(m_db, m_ctx, printer(), printPaperInvoice);
         if (!pending.ok()) {
             dialogs().warning(this, pending.error);
             return;
@@ -647,8 +658,10 @@ void SaleScreen::takeBack() {
                                         store::parkedCatalogSql(), {m_ctx.serial});
         if (!row)
             return;
-        if (!m_draft.isEmpty())
+        if (!m_draft.isEmpty()) {
             parkSale(m_db, m_ctx, m_draft);
+            clearForNextSale();
+        }
         takeBackParked(m_db, m_ctx, chosenNumber(*row), m_draft);
         showClient();
         refresh();
@@ -671,7 +684,7 @@ void SaleScreen::invoiceDispatchOrder() {
 
 void registerSaleScreens() {
     shell::ScreenRegistry::instance().add(QStringLiteral("frmFacturacion"), [](QWidget* parent) {
-        if (invoicePrinterSetting().isEmpty())
+        if (shell::settings::invoicePrinter().isEmpty())
             throw UserError(QStringLiteral("Debe configurar la impresora para facturar...!"));
         return new SaleScreen(shell::mainDb(), shell::session(), nullptr, parent);
     });

@@ -167,13 +167,14 @@ void seedRegister(const QSqlDatabase& db) {
     RowWriter(db, QStringLiteral("IMPRESORAFISCAL"),
               cols({"ID", "NombreImpresora", "IdProcesoImpresion", "MontoMaximoDiario", "Status"}))
         .insert({1, s("EMULADOR FISCAL"), 1, money(dec("50000000")), 1});
+    // List 3 ("Detal y mayor") sells retail and may invoice every demo client type.
     RowWriter(db, QStringLiteral("CAJAS"),
               cols({"Serie", "Numero", "FondoCaja", "TipoListaPrecio", "TipoVenta", "TipoReporte",
                     "PermiteDescuento", "PermiteFacturarOrdenDespacho", "UltimaFactura",
                     "PermiteFacturasExentas", "PermiteAlternarListas", "CambiarPrecios",
                     "RequerirAutorizacion", "IdImpresoraFiscal", "PermitirFacturaContingencia",
                     "MaximoZDiario", "UltimaDevolucion"}))
-        .insert({s(kDemoSerial), 1, money(dec("500")), 1, 1, 1, 1, 1, 0, 1, 1, 1, 0, 1, 0, 2, 0});
+        .insert({s(kDemoSerial), 1, money(dec("500")), 3, 1, 1, 1, 1, 0, 1, 1, 1, 0, 1, 0, 2, 0});
 }
 
 void seedSecurity(const QSqlDatabase& db) {
@@ -470,11 +471,10 @@ bool isDemoStore(const QSqlDatabase& db) {
 void bindWorkstationToDemoRegister() {
     settings::write(QStringLiteral("Serie"), s(kDemoSerial));
     // The sale screen needs somewhere to print paper invoices; a printer chosen before stays.
-    if (settings::read(QStringLiteral("ImpresoraFactura")).isEmpty()) {
+    if (settings::invoicePrinter().isEmpty()) {
         const QString folder = appHome() + QStringLiteral("/Facturas");
         QDir().mkpath(folder);
-        settings::write(QStringLiteral("ImpresoraFactura"),
-                        folder + QStringLiteral("/factura.pdf"));
+        settings::saveInvoicePrinter(folder + QStringLiteral("/factura.pdf"));
     }
 }
 

@@ -55,6 +55,32 @@ TEST(Decimal, ReadsDatabaseValues) {
     EXPECT_THROW(Decimal::fromVariant(QVariant(QStringLiteral("abc"))), std::invalid_argument);
 }
 
+TEST(Decimal, ConvertsInsideAVariant) {
+    const QVariant amount = QVariant::fromValue(Decimal::fromString(u"-1234.50"));
+    EXPECT_EQ(amount.toString(), QStringLiteral("-1234.5"));
+    EXPECT_DOUBLE_EQ(amount.toDouble(), -1234.5);
+    // Whole-number reads refuse decimals and out-of-range values instead of rounding them away.
+    bool ok = true;
+    EXPECT_EQ(amount.toLongLong(&ok), 0);
+    EXPECT_FALSE(ok);
+    ok = true;
+    EXPECT_EQ(amount.toInt(&ok), 0);
+    EXPECT_FALSE(ok);
+    const QVariant big = QVariant::fromValue(Decimal(4000000000LL));
+    EXPECT_EQ(big.toLongLong(&ok), 4000000000LL);
+    EXPECT_TRUE(ok);
+    EXPECT_EQ(big.toInt(&ok), 0);
+    EXPECT_FALSE(ok);
+    EXPECT_EQ(QVariant::fromValue(Decimal::fromString(u"-7.000")).toInt(&ok), -7);
+    EXPECT_TRUE(ok);
+
+    // And back from text.
+    EXPECT_EQ(QVariant(QStringLiteral(" 15.50 ")).value<Decimal>(), Decimal::fromString(u"15.5"));
+    EXPECT_EQ(QVariant(amount.toString()).value<Decimal>(), amount.value<Decimal>());
+    QVariant bad(QStringLiteral("12a"));
+    EXPECT_FALSE(bad.convert(QMetaType::fromType<Decimal>()));
+}
+
 TEST(Decimal, FormatsWithLocaleSeparators) {
     const QLocale ve(QLocale::Spanish, QLocale::Venezuela);
     const QLocale us(QLocale::English, QLocale::UnitedStates);

@@ -1,3 +1,4 @@
+#include "common/db/sql.h"
 #include "common/grid_ui/catalog_dialog.h"
 #include "common/grid_ui/grid_view.h"
 #include "support/scripted_dialogs.h"
@@ -178,6 +179,30 @@ TEST_F(GridGui, LookupListCountsSearchesAndHandsBackTheRow) {
                         {QString("999")});
     EXPECT_EQ(dialogs.lastText(), "No hay datos registrados.");
     EXPECT_EQ(empty.windowTitle(), "Colores (0 Registros)");
+}
+
+TEST_F(GridGui, PickedNumbersReadAsTextAndNumbers) {
+    exec("INSERT INTO INVENTARIO (CodigoBarra, Nombre, TipoImpuesto, PrecioDetal) "
+         "VALUES (?, ?, ?, ?)",
+         {"775", "CAMISA", 3, "1234.5"});
+    CatalogDialog list("Artículos", db(),
+                       "SELECT CodigoBarra, Nombre, TipoImpuesto, PrecioDetal FROM INVENTARIO");
+    list.show();
+    QTest::keyClick(list.grid(), Qt::Key_Return);
+    ASSERT_EQ(list.result(), QDialog::Accepted);
+
+    const QVariant tax = list.chosenValue("TipoImpuesto");
+    EXPECT_EQ(tax.toLongLong(), 3);
+    EXPECT_EQ(tax.toInt(), 3);
+    EXPECT_EQ(tax.toString(), "3");
+    const QVariant price = list.chosenValue("PrecioDetal");
+    EXPECT_EQ(price.toString(), "1234.5");
+    EXPECT_DOUBLE_EQ(price.toDouble(), 1234.5);
+    // The picked value goes back into a statement as it came out.
+    db::Sql q(db(), "SELECT Nombre FROM INVENTARIO WHERE TipoImpuesto = ? AND PrecioDetal = ?");
+    q.bind(tax).bind(price).exec();
+    ASSERT_TRUE(q.next());
+    EXPECT_EQ(q.value(0).toString(), "CAMISA");
 }
 
 TEST_F(GridGui, LookupListSortsByRequery) {

@@ -175,6 +175,26 @@ TEST_F(SaleScreenTest, DeletingALineAsksAndLogsIt) {
     EXPECT_EQ(count("VENTAS"), 0);
 }
 
+TEST_F(SaleScreenTest, ARetailRegisterRefusesAWholesaleClient) {
+    exec("UPDATE CAJAS SET TipoListaPrecio = 1");
+    shell::loadSession(db(), ctx);
+    SaleScreen screen(db(), ctx, printer.get());
+    screen.show();
+    typeEnter(screen, "txtCliente", "J301234567");
+    ASSERT_EQ(dialogs.messages().size(), 1);
+    EXPECT_EQ(dialogs.messages().last().text,
+              "La caja no esta configurada para facturar a MAYORISTA...!");
+    EXPECT_EQ(dialogs.messages().last().title, "Información");
+    EXPECT_FALSE(screen.draft().client().isSet());
+    EXPECT_TRUE(child<QLineEdit>(screen, "txtCliente")->text().isEmpty());
+    EXPECT_TRUE(child<QLabel>(screen, "lblCliente")->text().isEmpty());
+
+    // A retail client is taken as usual.
+    typeEnter(screen, "txtCliente", "V12345678");
+    EXPECT_EQ(screen.draft().client().codigo, "V12345678");
+    EXPECT_EQ(dialogs.messages().size(), 1);
+}
+
 TEST_F(SaleScreenTest, ChangingAPriceAsksTheNewPriceAndASupervisor) {
     SaleScreen screen(db(), ctx, printer.get());
     screen.show();

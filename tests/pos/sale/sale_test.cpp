@@ -213,6 +213,73 @@ TEST_F(SaleTest, RefusalsComeInOrderAndWriteNothing) {
     EXPECT_EQ(scalar("SELECT UltimaFactura FROM CAJAS").toInt(), 0);
 }
 
+TEST_F(SaleTest, EachRegisterListRefusesTheClientTypesItMayNotInvoice) {
+    // Demo clients by type: 1 DETAL, 2 AFILIADO, 3 ESPECIAL, 4 MAYORISTA.
+    const QList<std::pair<const char*, const char*>> clients = {{"V12345678", "DETAL"},
+                                                                {"V8765432", "AFILIADO"},
+                                                                {"V15678901", "ESPECIAL"},
+                                                                {"J301234567", "MAYORISTA"}};
+    // Per register list: the client types it refuses.
+    const QList<std::pair<int, QStringList>> refusedBy = {
+        {1, {"ESPECIAL", "MAYORISTA"}}, {2, {"AFILIADO"}}, {3, {}}, {4, {}}};
+    for (const auto& [list, refused] : refusedBy) {
+        exec("UPDATE CAJAS SET TipoListaPrecio = ?", {list});
+        loadContext();
+        for (const auto& [code, type] : clients) {
+            SaleDraft draft = newDraft(db(), ctx);
+            const QString expected =
+                refused.contains(type)
+                    ? "La caja no esta configurada para facturar a " + QString(type) + "...!"
+                    : "(no refusal)";
+            EXPECT_EQ(refusal([&] { draft.setClient(*findClient(db(), code)); }), expected)
+                << "register " << list << ", client " << code;
+            EXPECT_EQ(draft.client().isSet(), !refused.contains(type));
+        }
+    }
+}
+
+TEST_F(SaleTest, ARegisterChangedUnderTheSaleRefusesItsClientAndWritesNothing) {
+    // A special client's sale keyed and parked on a mixed register...
+    SaleDraft draft = newDraft(db(), ctx);
+    draft.setClient(*findClient(db(), "V15678901"));
+    draft.setSeller(findSeller(db(), "003"));
+    addArticle(draft, lookupArticles(db(), "T0001").at(0));
+    payCash(draft, d("500"));
+    SaleDraft parked = draft;
+    const long long number = parkSale(db(), ctx, parked);
+
+    // ...and the register is then made retail only.
+    exec("UPDATE CAJAS SET TipoListaPrecio = 1");
+    loadContext();
+    const QString refused = "La caja no esta configurada para facturar a ESPECIAL...!";
+    EXPECT_EQ(refusal([&] { acceptSale(db(), ctx, draft, nullptr); }), refused);
+    for (const char* table : {"VENTAS", "MOVVENTAS", "PAGOSVENTA", "CUENTASXCOBRAR"})
+        EXPECT_EQ(count(table), 0) << table;
+    EXPECT_EQ(scalar("SELECT UltimaFactura FROM CAJAS").toInt(), 0);
+    EXPECT_EQ(dec("SELECT Existencia FROM INVENTARIO WHERE CodigoBarra = 'T0001'"), Decimal(10));
+    EXPECT_EQ(dec("SELECT Acumulado FROM DIARIOCAJA"), Decimal(0));
+
+    // The parked sale is not taken back onto this register: it stays parked, the draft untouched.
+    SaleDraft back = newDraft(db(), ctx);
+    EXPECT_EQ(refusal([&] { takeBackParked(db(), ctx, number, back); }), refused);
+    EXPECT_EQ(count("HISTVENTAS"), 1);
+    EXPECT_EQ(count("HISTMOVVENTAS"), 1);
+    EXPECT_TRUE(back.isEmpty());
+    EXPECT_FALSE(back.client().isSet());
+
+    // Nor is a dispatch order for a wholesale client on a retail register.
+    exec("INSERT INTO ORDENDESPACHO (Numero, Serie, Fecha, Cliente, TotalMercancia, Status, "
+         "Exenta) VALUES (8, ?, ?, 'J301234567', 85, 1, 0)",
+         {serie, db::serverNow(db())});
+    exec("INSERT INTO MOVORDENDESPACHO (Numero, TipoLista, CodigoBarra, Precio, PrecioLista, "
+         "Costo, Impuesto, PorcentajeImpuesto, Cantidad, Descuento, Item) VALUES "
+         "(8, 'M', 'T0002', 85, 85, 50.5, 13.6, 16, 1, 0, 1)");
+    EXPECT_EQ(refusal([&] { loadDispatchOrder(db(), ctx, 8, back); }),
+              "La caja no esta configurada para facturar a MAYORISTA...!");
+    EXPECT_TRUE(back.isEmpty());
+    EXPECT_EQ(scalar("SELECT Status FROM ORDENDESPACHO WHERE Numero = 8").toInt(), 1);
+}
+
 TEST_F(SaleTest, AFailureInsideTheTransactionLeavesNoRowAndNoCounterMoved) {
     if (isPostgres()) {
         exec("CREATE FUNCTION orvo_refuse_pago() RETURNS trigger AS $$ BEGIN RAISE EXCEPTION "

@@ -50,6 +50,14 @@ TEST_F(RecordTableTest, NextCodeIsPaddedAndComparesAsNumber) {
     EXPECT_EQ(records::nextCode(db(), "COLORES", "Codigo", 3), "1201");
 }
 
+TEST_F(RecordTableTest, NextCodePassesOverCodesThatAreNotNumbers) {
+    for (const char* code : {"A12", "007", "10", "12B", "1E3", "-50", " 99"})
+        exec("INSERT INTO COLORES (Codigo, Nombre, Status) VALUES (?, 'TECLEADO', 1)", {code});
+    EXPECT_EQ(records::nextCode(db(), "COLORES", "Codigo", 3), "011");
+    exec("DELETE FROM COLORES WHERE Codigo IN ('007', '10')");
+    EXPECT_EQ(records::nextCode(db(), "COLORES", "Codigo", 3), "001");
+}
+
 TEST_F(RecordTableTest, SaveFindAndDeleteAColour) {
     const RecordTable t = colours();
     exec("INSERT INTO COLORES (Codigo, Nombre, Status) VALUES ('0', 'RESERVADO', 1)");
