@@ -3,12 +3,15 @@
 #include "common/dialogs/dialogs.h"
 #include "pos/register/register_config.h"
 #include "shell/session/session_context.h"
+#include "shell/startup/user_settings.h"
 
 #include <QCheckBox>
 #include <QComboBox>
 #include <QFormLayout>
+#include <QGroupBox>
 #include <QLineEdit>
 #include <QLocale>
+#include <QPrinterInfo>
 #include <QVBoxLayout>
 
 namespace orvo::pos::registers {
@@ -85,6 +88,20 @@ RegisterScreen::RegisterScreen(QSqlDatabase db, shell::SessionContext& session, 
     m_maximoZDiario = edit(this, "txtMaximoZDiario");
     m_maximoZDiario->setAlignment(Qt::AlignRight);
 
+    auto* station = new QGroupBox(QStringLiteral("Esta estación"), this);
+    station->setObjectName(QStringLiteral("fraEstacion"));
+    m_impresoraFactura = new QComboBox(station);
+    m_impresoraFactura->setObjectName(QStringLiteral("cboImpresoraFactura"));
+    // An installed printer, or whatever is typed (a .pdf path writes one file per invoice).
+    m_impresoraFactura->setEditable(true);
+    m_impresoraFactura->setInsertPolicy(QComboBox::NoInsert);
+    m_numeroCopias = edit(station, "txtNumeroCopias");
+    m_numeroCopias->setAlignment(Qt::AlignRight);
+    m_numeroCopias->setMaxLength(3);
+    auto* stationForm = new QFormLayout(station);
+    stationForm->addRow(QStringLiteral("Impresora de facturas:"), m_impresoraFactura);
+    stationForm->addRow(QStringLiteral("Número de copias:"), m_numeroCopias);
+
     auto* form = new QFormLayout;
     form->addRow(QStringLiteral("Serie:"), m_serie);
     form->addRow(QStringLiteral("Número de caja:"), m_numero);
@@ -100,6 +117,7 @@ RegisterScreen::RegisterScreen(QSqlDatabase db, shell::SessionContext& session, 
                          m_permiteFacturasExentas, m_permiteAlternarListas, m_cambiarPrecios,
                          m_requerirAutorizacion, m_permitirFacturaContingencia})
         layout->addWidget(c);
+    layout->addWidget(station);
     layout->addStretch();
 
     connect(m_maximoZDiario, &QLineEdit::textEdited, this,
@@ -107,6 +125,12 @@ RegisterScreen::RegisterScreen(QSqlDatabase db, shell::SessionContext& session, 
     connect(m_maximoZDiario, &QLineEdit::editingFinished, this, [this] {
         if (m_maximoZDiario->text().trimmed().isEmpty())
             m_maximoZDiario->setText(QStringLiteral("0"));
+    });
+    connect(m_numeroCopias, &QLineEdit::textEdited, this,
+            [this](const QString& text) { copiesEdited(text); });
+    connect(m_numeroCopias, &QLineEdit::editingFinished, this, [this] {
+        if (m_numeroCopias->text().trimmed().toInt() < 1)
+            m_numeroCopias->setText(QStringLiteral("1"));
     });
     connect(m_fondoCaja, &QLineEdit::editingFinished, this, [this] {
         if (const auto amount = parseAmount(m_fondoCaja->text()))
@@ -118,6 +142,8 @@ RegisterScreen::RegisterScreen(QSqlDatabase db, shell::SessionContext& session, 
         requery();
         if (m_loaded)
             afterNavigate();
+        else
+            loadStationSettings();
     });
     enableInputs(false, true);
 }
@@ -160,6 +186,14 @@ void RegisterScreen::loadPrinters() {
         m_impresoraFiscal->addItem(p.name, p.id);
 }
 
+void RegisterScreen::loadStationSettings() {
+    m_impresoraFactura->clear();
+    m_impresoraFactura->addItems(QPrinterInfo::availablePrinterNames());
+    m_impresoraFactura->setCurrentText(shell::settings::invoicePrinter());
+    m_numeroCopias->setText(QString::number(shell::settings::invoiceCopies()));
+    m_lastCopiesText = m_numeroCopias->text();
+}
+
 void RegisterScreen::requery() {
     m_loaded = !m_session.serial.isEmpty() && readRegisterConfig(m_db, m_session.serial);
 }
@@ -184,6 +218,7 @@ void RegisterScreen::afterNavigate() {
     m_permitirFacturaContingencia->setChecked(c->permitirFacturaContingencia);
     m_maximoZDiario->setText(QString::number(c->maximoZDiario));
     m_lastZText = m_maximoZDiario->text();
+    loadStationSettings();
 }
 
 void RegisterScreen::newRecord() {
@@ -192,6 +227,7 @@ void RegisterScreen::newRecord() {
     m_fondoCaja->setText(Decimal(0).toLocaleString(amountLocale(), 2));
     m_maximoZDiario->setText(QStringLiteral("0"));
     m_lastZText = m_maximoZDiario->text();
+    loadStationSettings();
 }
 
 void RegisterScreen::zMaximumEdited(const QString& text) {
@@ -200,6 +236,15 @@ void RegisterScreen::zMaximumEdited(const QString& text) {
         return;
     }
     m_maximoZDiario->setText(m_lastZText);
+    dialogs().information(this, QStringLiteral("Solo se permiten Valores numericos"));
+}
+
+void RegisterScreen::copiesEdited(const QString& text) {
+    if (isDigitsOnly(text.trimmed())) {
+        m_lastCopiesText = text;
+        return;
+    }
+    m_numeroCopias->setText(m_lastCopiesText);
     dialogs().information(this, QStringLiteral("Solo se permiten Valores numericos"));
 }
 
@@ -236,6 +281,8 @@ void RegisterScreen::save() {
         saveRegisterConfig(m_db, c, creating, true);
     }
     bindWorkstation(m_db, c.serie, m_session);
+    shell::settings::saveInvoicePrinter(m_impresoraFactura->currentText());
+    shell::settings::saveInvoiceCopies(m_numeroCopias->text().trimmed().toInt());
     emit registerBound();
 }
 

@@ -41,6 +41,8 @@ private:
     static void selectValue(QComboBox* combo, int value);
     void loadPrinters();
     void zMaximumEdited(const QString& text);
+    void copiesEdited(const QString& text);
+    void loadStationSettings();
 
     QSqlDatabase m_db;
     shell::SessionContext& m_session;
@@ -62,6 +64,10 @@ private:
     QCheckBox* m_permitirFacturaContingencia;
     QLineEdit* m_maximoZDiario;
     QString m_lastZText;
+    // This machine's own settings (ServidorOrvo / Orvo), saved with the register.
+    QComboBox* m_impresoraFactura;
+    QLineEdit* m_numeroCopias;
+    QString m_lastCopiesText;
 };
 
 } // namespace orvo::pos::registers

@@ -8,6 +8,7 @@
 #include "pos/returns/returns.h"
 #include "shell/screens/screen_registry.h"
 #include "shell/startup/app_state.h"
+#include "shell/startup/user_settings.h"
 
 #include <QCheckBox>
 #include <QHBoxLayout>
@@ -137,13 +138,13 @@ void ReturnScreen::accept() {
 
 void registerReturnScreens() {
     shell::ScreenRegistry::instance().add(QStringLiteral("frmDevolucion"), [](QWidget* parent) {
-        if (sale::invoicePrinterSetting().isEmpty())
+        if (shell::settings::invoicePrinter().isEmpty())
             throw UserError(QStringLiteral("Debe configurar la impresora para facturar...!"));
         return new ReturnScreen(shell::mainDb(), shell::session(), nullptr, parent);
     });
     shell::ScreenRegistry::instance().add(
         QStringLiteral("frmCambiosDeMercancia"), [](QWidget* parent) {
-            if (sale::invoicePrinterSetting().isEmpty())
+            if (shell::settings::invoicePrinter().isEmpty())
                 throw UserError(QStringLiteral("Debe configurar la impresora para facturar...!"));
             return new ExchangeScreen(shell::mainDb(), shell::session(), nullptr, parent);
         });

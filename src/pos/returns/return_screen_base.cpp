@@ -4,34 +4,21 @@
 #include "common/errors/errors.h"
 #include "pos/fiscal/register_printer.h"
 #include "pos/sale/sale.h"
+#include "pos/sale/sale_screen.h"
 
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
-#include <QPrinter>
 #include <QPushButton>
 #include <QRegularExpressionValidator>
 #include <QTableWidgetItem>
-#include <QTextDocument>
 #include <QVBoxLayout>
 
 namespace orvo::pos::returns {
 
 bool printPaperDocument(const QString& html, bool large, long long number) {
-    const QString setting = sale::invoicePrinterSetting();
-    if (setting.isEmpty())
-        return false;
-    if (setting.endsWith(QLatin1String(".pdf"), Qt::CaseInsensitive))
-        return sale::printToPdfSetting(setting, html, large, number);
-    QPrinter printer;
-    printer.setPrinterName(setting);
-    if (!printer.isValid())
-        return false;
-    QTextDocument doc;
-    doc.setHtml(html);
-    doc.print(&printer);
-    return true;
+    return sale::printPaperInvoice(html, large, number);
 }
 
 ReturnScreenBase::ReturnScreenBase(QSqlDatabase db, const shell::SessionContext& ctx,

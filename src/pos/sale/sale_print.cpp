@@ -6,12 +6,13 @@
 #include "pos/payments/payment_rules.h"
 #include "shell/session/session_context.h"
 
+#include <QAbstractTextDocumentLayout>
 #include <QEventLoop>
 #include <QFileInfo>
 #include <QFutureWatcher>
 #include <QPageSize>
+#include <QPainter>
 #include <QPdfWriter>
-#include <QSettings>
 #include <QTextDocument>
 
 namespace orvo::pos::sale {
@@ -157,7 +158,7 @@ QString paperInvoiceHtml(const QSqlDatabase& db, const shell::SessionContext& ct
     return html;
 }
 
-bool writePdf(const QString& html, const QString& path, bool largeFormat) {
+bool writePdf(const QString& html, const QString& path, bool largeFormat, int copies) {
     QPdfWriter writer(path);
     if (largeFormat)
         writer.setPageSize(QPageSize(QPageSize::Letter));
@@ -166,30 +167,41 @@ bool writePdf(const QString& html, const QString& path, bool largeFormat) {
     writer.setResolution(150);
     QTextDocument doc;
     doc.setHtml(html);
-    doc.setPageSize(QSizeF(writer.width(), writer.height()));
-    doc.print(&writer);
+    const QSizeF page(writer.width(), writer.height());
+    doc.setPageSize(page);
+    // Paged by hand so that the copies follow one another in the one file.
+    QPainter painter;
+    if (!painter.begin(&writer))
+        return false;
+    const int pages = std::max(doc.pageCount(), 1);
+    for (int copy = 0; copy < std::max(copies, 1); ++copy) {
+        for (int p = 0; p < pages; ++p) {
+            if (copy > 0 || p > 0)
+                writer.newPage();
+            const QRectF view(QPointF(0, p * page.height()), page);
+            painter.save();
+            painter.translate(0, -view.top());
+            painter.setClipRect(view);
+            // Black on paper whatever the desktop's colours are, as a printed document is.
+            QAbstractTextDocumentLayout::PaintContext context;
+            context.clip = view;
+            context.palette.setColor(QPalette::Text, Qt::black);
+            doc.documentLayout()->draw(&painter, context);
+            painter.restore();
+        }
+    }
+    painter.end();
     return QFileInfo(path).size() > 0;
 }
 
-QString invoicePrinterSetting() {
-    QSettings s(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("ServidorOrvo"));
-    return s.value(QStringLiteral("Orvo/ImpresoraFactura")).toString().trimmed();
-}
-
-void saveInvoicePrinterSetting(const QString& printer) {
-    QSettings s(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("ServidorOrvo"));
-    s.setValue(QStringLiteral("Orvo/ImpresoraFactura"), printer);
-    s.sync();
-}
-
 bool printToPdfSetting(const QString& setting, const QString& html, bool largeFormat,
-                       long long number) {
+                       long long number, int copies) {
     if (!setting.endsWith(QLatin1String(".pdf"), Qt::CaseInsensitive))
         return false;
     const QFileInfo f(setting);
     const QString path = f.absolutePath() + QLatin1Char('/') + f.completeBaseName() +
                          QStringLiteral("_%1.pdf").arg(number, 8, 10, QLatin1Char('0'));
-    return writePdf(html, path, largeFormat);
+    return writePdf(html, path, largeFormat, copies);
 }
 
 } // namespace orvo::pos::sale

@@ -55,20 +55,17 @@ inline constexpr int kZReportTimeoutMs = 60000;
 // with the payments, and the word "CONTINGENCIA" on a contingency sale.
 QString paperInvoiceHtml(const QSqlDatabase& db, const shell::SessionContext& ctx, long long number,
                          bool contingency, bool largeFormat);
-// Writes the document as a PDF file; false when the file cannot be written.
-bool writePdf(const QString& html, const QString& path, bool largeFormat);
-
-// Where paper invoices go: the per-user setting ImpresoraFactura (ServidorOrvo / Orvo), a printer
-// name or a .pdf path.
-QString invoicePrinterSetting();
-void saveInvoicePrinterSetting(const QString& printer);
+// Writes the document as a PDF file, `copies` times one after another (as many pages as a printer
+// would give); false when the file cannot be written.
+bool writePdf(const QString& html, const QString& path, bool largeFormat, int copies = 1);
 
 // Sends a paper invoice to its destination (a printer, or a PDF file).
 using PaperPrinter = std::function<bool(const QString& html, bool largeFormat, long long number)>;
-// ImpresoraFactura naming a .pdf file: one file per invoice beside it ("factura.pdf" gives
-// "factura_00000012.pdf"). False for any other setting (printers are the screen's).
+// ImpresoraFactura (shell::settings::invoicePrinter) naming a .pdf file: one file per invoice
+// beside it ("factura.pdf" gives "factura_00000012.pdf") holding its `copies`. False for any other
+// setting (printers are the screen's).
 bool printToPdfSetting(const QString& setting, const QString& html, bool largeFormat,
-                       long long number);
+                       long long number, int copies);
 
 // The customer display's two lines: "Total: " and "Cambio: ", the currency symbol and the amount,
 // padded to 20 characters.

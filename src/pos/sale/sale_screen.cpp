@@ -11,6 +11,7 @@
 #include "shell/screens/screen_registry.h"
 #include "shell/session/settings_readers.h"
 #include "shell/startup/app_state.h"
+#include "shell/startup/user_settings.h"
 #include "shell/users/roles.h"
 
 #include <QCheckBox>
@@ -56,24 +57,31 @@ QPushButton* button(QWidget* parent, const char* name, const QString& text) {
     return b;
 }
 
-// Paper invoices go to ImpresoraFactura: a .pdf path, or a printer by name.
-bool printPaper(const QString& html, bool large, long long number) {
-    const QString setting = invoicePrinterSetting();
+} // namespace
+
+bool printPaperInvoice(const QString& html, bool large, long long number) {
+    const QString setting = shell::settings::invoicePrinter();
     if (setting.isEmpty())
         return false;
+    const int copies = shell::settings::invoiceCopies();
     if (setting.endsWith(QLatin1String(".pdf"), Qt::CaseInsensitive))
-        return printToPdfSetting(setting, html, large, number);
+        return printToPdfSetting(setting, html, large, number, copies);
     QPrinter printer;
     printer.setPrinterName(setting);
     if (!printer.isValid())
         return false;
     QTextDocument doc;
     doc.setHtml(html);
-    doc.print(&printer);
+    // Where the driver cannot make the copies, each one is a print of its own.
+    if (printer.supportsMultipleCopies()) {
+        printer.setCopyCount(copies);
+        doc.print(&printer);
+    } else {
+        for (int i = 0; i < copies; ++i)
+            doc.print(&printer);
+    }
     return true;
 }
-
-} // namespace
 
 SaleScreen::SaleScreen(QSqlDatabase db, shell::SessionContext& ctx,
                        fiscal::FiscalPrinterThread* printer, QWidget* parent)
@@ -598,7 +606,7 @@ SalePrinter* SaleScreen::printer() {
 
 bool SaleScreen::printInvoice(long long number, bool contingency, const Decimal& change) {
     const PrintResult r =
-        printSale(m_db, m_ctx, number, contingency, printer(), printPaper, change);
+        printSale(m_db, m_ctx, number, contingency, printer(), printPaperInvoice, change);
     if (!r.ok())
         dialogs().warning(this, r.error);
     return r.ok();
@@ -607,7 +615,7 @@ bool SaleScreen::printInvoice(long long number, bool contingency, const Decimal&
 void SaleScreen::accept() {
     guarded(this, [&] {
         // An invoice saved earlier whose print failed goes out first.
-        const PrintResult pending = printPendingSales(m_db, m_ctx, printer(), printPaper);
+        const PrintResult pending = printPendingSales(m_db, m_ctx, printer(), printPaperInvoice);
         if (!pending.ok()) {
             dialogs().warning(this, pending.error);
             return;
@@ -676,7 +684,7 @@ void SaleScreen::invoiceDispatchOrder() {
 
 void registerSaleScreens() {
     shell::ScreenRegistry::instance().add(QStringLiteral("frmFacturacion"), [](QWidget* parent) {
-        if (invoicePrinterSetting().isEmpty())
+        if (shell::settings::invoicePrinter().isEmpty())
             throw UserError(QStringLiteral("Debe configurar la impresora para facturar...!"));
         return new SaleScreen(shell::mainDb(), shell::session(), nullptr, parent);
     });

@@ -105,6 +105,10 @@ private:
     QLineEdit* m_change = nullptr;
 };
 
+// Sends a paper invoice (or credit note) to ImpresoraFactura, a printer by name or a .pdf path,
+// in NumeroCopias copies; false when no destination is configured or the printer is unknown.
+bool printPaperInvoice(const QString& html, bool largeFormat, long long number);
+
 // Adds frmFacturacion to the ScreenRegistry.
 void registerSaleScreens();
 

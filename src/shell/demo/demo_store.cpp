@@ -471,11 +471,10 @@ bool isDemoStore(const QSqlDatabase& db) {
 void bindWorkstationToDemoRegister() {
     settings::write(QStringLiteral("Serie"), s(kDemoSerial));
     // The sale screen needs somewhere to print paper invoices; a printer chosen before stays.
-    if (settings::read(QStringLiteral("ImpresoraFactura")).isEmpty()) {
+    if (settings::invoicePrinter().isEmpty()) {
         const QString folder = appHome() + QStringLiteral("/Facturas");
         QDir().mkpath(folder);
-        settings::write(QStringLiteral("ImpresoraFactura"),
-                        folder + QStringLiteral("/factura.pdf"));
+        settings::saveInvoicePrinter(folder + QStringLiteral("/factura.pdf"));
     }
 }
 

@@ -1,6 +1,7 @@
 #include "shell/startup/user_settings.h"
 
 #include <QSettings>
+#include <algorithm>
 
 namespace orvo::shell {
 
@@ -29,6 +30,24 @@ void write(const QString& key, const QString& value) {
     s.beginGroup(QStringLiteral("Orvo"));
     s.setValue(key, value);
     s.sync();
+}
+
+QString invoicePrinter() {
+    return read(QStringLiteral("ImpresoraFactura")).trimmed();
+}
+
+void saveInvoicePrinter(const QString& printer) {
+    write(QStringLiteral("ImpresoraFactura"), printer.trimmed());
+}
+
+int invoiceCopies() {
+    bool ok = false;
+    const int copies = read(QStringLiteral("NumeroCopias")).trimmed().toInt(&ok);
+    return ok && copies > 1 ? copies : 1;
+}
+
+void saveInvoiceCopies(int copies) {
+    write(QStringLiteral("NumeroCopias"), QString::number(std::max(copies, 1)));
 }
 
 } // namespace settings

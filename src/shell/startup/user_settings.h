@@ -11,6 +11,15 @@ namespace orvo::shell {
 namespace settings {
 QString read(const QString& key, const QString& defaultValue = {});
 void write(const QString& key, const QString& value);
+
+// Where this machine prints paper invoices (ImpresoraFactura): a printer name or a .pdf path;
+// empty when not configured.
+QString invoicePrinter();
+void saveInvoicePrinter(const QString& printer);
+// How many copies of each paper invoice (NumeroCopias): 1 when unset; anything below 1 counts
+// as 1.
+int invoiceCopies();
+void saveInvoiceCopies(int copies);
 } // namespace settings
 
 // The settings read when the main window loads, with their defaults.

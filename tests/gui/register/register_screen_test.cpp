@@ -1,13 +1,17 @@
 #include "pos/register/register_screen.h"
 
 #include "pos/register/register_config.h"
+#include "pos/sale/sale_screen.h"
 #include "shell/session/session_context.h"
+#include "shell/startup/user_settings.h"
 #include "support/scripted_dialogs.h"
 #include "support/test_db.h"
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QFile>
 #include <QLineEdit>
+#include <QRegularExpression>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -177,6 +181,68 @@ TEST_F(RegisterScreenTest, ANewSerieIsCreatedWithoutAQuestion) {
     EXPECT_EQ(m_session.serial, "CAJA02");
     EXPECT_EQ(m_session.numero, 2);
     EXPECT_EQ(find<QLineEdit>(*s, "txtSerie")->text(), "CAJA02");
+}
+
+// Pages of a PDF file: its page objects.
+int pdfPages(const QString& path) {
+    QFile f(path);
+    if (!f.open(QIODevice::ReadOnly))
+        return -1;
+    const QString text = QString::fromLatin1(f.readAll());
+    return int(text.count(QRegularExpression(QStringLiteral("/Type\\s*/Page(?!s)"))));
+}
+
+TEST_F(RegisterScreenTest, ThisStationsInvoicePrinterAndCopiesAreSavedAndPrintedWith) {
+    test::ScriptedDialogs dialogs;
+    // Unset, zero or negative copies print one.
+    EXPECT_EQ(shell::settings::invoiceCopies(), 1);
+    shell::settings::write("NumeroCopias", "0");
+    EXPECT_EQ(shell::settings::invoiceCopies(), 1);
+    shell::settings::write("NumeroCopias", "-3");
+    EXPECT_EQ(shell::settings::invoiceCopies(), 1);
+
+    auto s = open("CAJA01");
+    auto* printer = find<QComboBox>(*s, "cboImpresoraFactura");
+    auto* copies = find<QLineEdit>(*s, "txtNumeroCopias");
+    EXPECT_TRUE(printer->isEditable());
+    EXPECT_EQ(copies->text(), "1");
+    ASSERT_TRUE(s->perform(Action::Modify));
+    const QString pdf = m_settingsDir.filePath("factura.pdf");
+    printer->setCurrentText(pdf);
+    retype(*s, "txtNumeroCopias", "2");
+    QTest::keyClicks(copies, "x");
+    EXPECT_EQ(dialogs.lastText(), "Solo se permiten Valores numericos");
+    EXPECT_EQ(copies->text(), "2");
+    ASSERT_TRUE(s->perform(Action::Save)) << dialogs.texts().join('|').toStdString();
+    EXPECT_EQ(shell::settings::invoicePrinter(), pdf);
+    EXPECT_EQ(shell::settings::invoiceCopies(), 2);
+    EXPECT_EQ(QSettings(QSettings::IniFormat, QSettings::UserScope, "ServidorOrvo")
+                  .value("Orvo/NumeroCopias")
+                  .toString(),
+              "2");
+    // Shown again as saved.
+    auto again = open("CAJA01");
+    EXPECT_EQ(find<QComboBox>(*again, "cboImpresoraFactura")->currentText(), pdf);
+    EXPECT_EQ(find<QLineEdit>(*again, "txtNumeroCopias")->text(), "2");
+
+    // The paper invoice follows them: the one file per invoice holds both copies, for a one-page
+    // ticket and for a document of several pages alike.
+    const QString ticket = "<html><body><p>FACTURA 12</p></body></html>";
+    QString longer = "<html><body>";
+    for (int i = 0; i < 150; ++i)
+        longer += QStringLiteral("<p>LINEA %1</p>").arg(i);
+    longer += "</body></html>";
+    ASSERT_TRUE(pos::sale::printPaperInvoice(ticket, false, 12));
+    ASSERT_TRUE(pos::sale::printPaperInvoice(longer, true, 14));
+    shell::settings::saveInvoiceCopies(1);
+    ASSERT_TRUE(pos::sale::printPaperInvoice(ticket, false, 13));
+    ASSERT_TRUE(pos::sale::printPaperInvoice(longer, true, 15));
+    const int ticketPages = pdfPages(m_settingsDir.filePath("factura_00000013.pdf"));
+    const int longPages = pdfPages(m_settingsDir.filePath("factura_00000015.pdf"));
+    EXPECT_EQ(ticketPages, 1);
+    EXPECT_GT(longPages, 1);
+    EXPECT_EQ(pdfPages(m_settingsDir.filePath("factura_00000012.pdf")), 2 * ticketPages);
+    EXPECT_EQ(pdfPages(m_settingsDir.filePath("factura_00000014.pdf")), 2 * longPages);
 }
 
 } // namespace
