@@ -4,8 +4,7 @@
 #include "common/db/transaction.h"
 #include "common/errors/errors.h"
 #include "shell/session/session_context.h"
-
-#include <QSettings>
+#include "shell/startup/user_settings.h"
 
 namespace orvo::pos::registers {
 
@@ -142,18 +141,11 @@ long long parseDailyZMaximum(const QString& text) {
 }
 
 QString workstationSerial() {
-    QSettings s(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("ServidorOrvo"));
-    return s.value(QStringLiteral("Orvo/Serie")).toString().trimmed();
+    return shell::settings::read(QStringLiteral("Serie")).trimmed();
 }
 
 bool bindWorkstation(const QSqlDatabase& db, const QString& serial, shell::SessionContext& ctx) {
-    {
-        QSettings s(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("ServidorOrvo"));
-        s.beginGroup(QStringLiteral("Orvo"));
-        s.setValue(QStringLiteral("Serie"), serial.trimmed());
-        s.endGroup();
-        s.sync();
-    }
+    shell::settings::write(QStringLiteral("Serie"), serial.trimmed());
     return shell::loadRegister(db, serial.trimmed(), ctx);
 }
 

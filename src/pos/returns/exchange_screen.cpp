@@ -5,38 +5,20 @@
 #include "pos/fiscal/register_printer.h"
 #include "pos/payments/payment_rules.h"
 #include "pos/returns/exchange.h"
-#include "pos/returns/return_screen.h"
 #include "pos/sale/sale_payments.h"
 #include "pos/sale/sale_store.h"
 
-#include <QFormLayout>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QRegularExpressionValidator>
 #include <QTableWidget>
 #include <QVBoxLayout>
 
 namespace orvo::pos::returns {
 
 namespace {
-
-QPushButton* button(QWidget* parent, const char* name, const QString& text) {
-    auto* b = new QPushButton(text, parent);
-    b->setObjectName(QString::fromLatin1(name));
-    b->setAutoDefault(false);
-    return b;
-}
-
-QTableWidgetItem* cell(const QString& text, bool right = false) {
-    auto* item = new QTableWidgetItem(text);
-    item->setFlags(item->flags() & ~Qt::ItemIsEditable);
-    if (right)
-        item->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    return item;
-}
 
 QTableWidget* grid(QWidget* parent, const char* name) {
     auto* g = new QTableWidget(0, 4, parent);
@@ -49,18 +31,11 @@ QTableWidget* grid(QWidget* parent, const char* name) {
     return g;
 }
 
-Decimal typedQuantity(const QLineEdit* edit) {
-    QString q = edit->text().trimmed();
-    q.replace(QLatin1Char(','), QLatin1Char('.'));
-    return q.isEmpty() ? Decimal(1) : Decimal::fromString(q);
-}
-
 } // namespace
 
 ExchangeScreen::ExchangeScreen(QSqlDatabase db, const shell::SessionContext& ctx,
                                fiscal::FiscalPrinterThread* printer, QWidget* parent)
-    : QWidget(parent), m_db(std::move(db)), m_ctx(ctx), m_printerThread(printer),
-      m_paper(printPaperDocument) {
+    : ReturnScreenBase(std::move(db), ctx, printer, parent) {
     setObjectName(QStringLiteral("frmCambiosDeMercancia"));
     setWindowTitle(QStringLiteral("Cambios de Mercancía"));
     buildUi();
@@ -70,18 +45,6 @@ ExchangeScreen::ExchangeScreen(QSqlDatabase db, const shell::SessionContext& ctx
 ExchangeScreen::~ExchangeScreen() = default;
 
 void ExchangeScreen::buildUi() {
-    m_invoice = new QLineEdit(this);
-    m_invoice->setObjectName(QStringLiteral("TxtFactura"));
-    m_invoice->setValidator(
-        new QRegularExpressionValidator(QRegularExpression(QStringLiteral("[0-9]{0,9}")), this));
-    m_client = new QLabel(this);
-    m_client->setObjectName(QStringLiteral("lblCliente"));
-    m_clientType = new QLabel(this);
-    m_clientType->setObjectName(QStringLiteral("lblTipoCliente"));
-    m_code = new QLineEdit(this);
-    m_code->setObjectName(QStringLiteral("txtCodigo"));
-    m_quantity = new QLineEdit(this);
-    m_quantity->setObjectName(QStringLiteral("txtCantidad"));
     m_backGrid = grid(this, "SpreadDevolucion");
     m_article = new QLineEdit(this);
     m_article->setObjectName(QStringLiteral("txtArticulo"));
@@ -90,22 +53,12 @@ void ExchangeScreen::buildUi() {
     m_total->setObjectName(QStringLiteral("lblTotal"));
     m_change = new QLabel(this);
     m_change->setObjectName(QStringLiteral("lblCambio"));
-    auto* all = button(this, "cmdDevTotal", QStringLiteral("Devolución total"));
-    auto* del = button(this, "cmdEliminar", QStringLiteral("Eliminar"));
-    auto* pay = button(this, "cmdPagos", QStringLiteral("Pagos"));
-    auto* ok = button(this, "cmdAceptar", QStringLiteral("Aceptar"));
-    auto* cancel = button(this, "cmdCancelar", QStringLiteral("Cancelar"));
+    auto* all = wholeInvoiceButton();
+    auto* del = button("cmdEliminar", QStringLiteral("Eliminar"));
+    auto* pay = button("cmdPagos", QStringLiteral("Pagos"));
+    auto* ok = button("cmdAceptar", QStringLiteral("Aceptar"));
+    auto* cancel = cancelButton();
 
-    auto* form = new QFormLayout;
-    form->addRow(QStringLiteral("Factura:"), m_invoice);
-    form->addRow(QStringLiteral("Cliente:"), m_client);
-    form->addRow(QString(), m_clientType);
-    auto* back = new QHBoxLayout;
-    back->addWidget(new QLabel(QStringLiteral("Devuelve:"), this));
-    back->addWidget(m_code, 3);
-    back->addWidget(new QLabel(QStringLiteral("Cantidad:"), this));
-    back->addWidget(m_quantity, 1);
-    back->addWidget(all);
     auto* taken = new QHBoxLayout;
     taken->addWidget(new QLabel(QStringLiteral("Lleva:"), this));
     taken->addWidget(m_article, 3);
@@ -118,46 +71,24 @@ void ExchangeScreen::buildUi() {
     buttons->addWidget(ok);
     buttons->addWidget(cancel);
     auto* layout = new QVBoxLayout(this);
-    layout->addLayout(form);
-    layout->addLayout(back);
+    addInvoiceRows(layout, QStringLiteral("Devuelve:"), all);
     layout->addWidget(m_backGrid);
     layout->addLayout(taken);
     layout->addWidget(m_takenGrid);
     layout->addLayout(buttons);
 
-    connect(m_invoice, &QLineEdit::returnPressed, this,
-            [this] { guarded(this, [this] { loadInvoice(); }); });
-    connect(m_code, &QLineEdit::returnPressed, m_quantity, [this] {
-        m_quantity->setFocus();
-        m_quantity->selectAll();
-    });
-    connect(m_quantity, &QLineEdit::returnPressed, this,
-            [this] { guarded(this, [this] { addReturned(); }); });
     connect(m_article, &QLineEdit::returnPressed, this,
             [this] { guarded(this, [this] { addTaken(); }); });
-    connect(all, &QPushButton::clicked, this,
-            [this] { guarded(this, [this] { returnEverything(); }); });
     connect(del, &QPushButton::clicked, this, [this] { guarded(this, [this] { deleteLine(); }); });
     connect(pay, &QPushButton::clicked, this,
             [this] { guarded(this, [this] { openPayments(); }); });
     connect(ok, &QPushButton::clicked, this, [this] { guarded(this, [this] { accept(); }); });
-    connect(cancel, &QPushButton::clicked, this, [this] {
-        if (parentWidget())
-            parentWidget()->close();
-        close();
-    });
 }
 
 void ExchangeScreen::clearAll() {
-    m_back = ReturnDraft();
+    clearInvoice();
     m_taken = sale::newDraft(m_db, m_ctx);
-    m_loaded = false;
-    m_invoice->clear();
-    m_client->clear();
-    m_clientType->clear();
-    m_code->clear();
     m_article->clear();
-    m_quantity->setText(QStringLiteral("1"));
     refresh();
     m_invoice->setFocus();
 }
@@ -173,31 +104,7 @@ void ExchangeScreen::loadInvoice() {
         m_taken.setClient(*client);
     if (!inv.vendedor.isEmpty())
         m_taken.setSeller(sale::findSeller(m_db, inv.vendedor));
-    m_client->setText(inv.cliente + QStringLiteral(" ") + inv.clienteNombre);
-    m_clientType->setText(QStringLiteral("CLIENTE TIPO : ") + inv.tipoCliente);
-    m_back = ReturnDraft(std::move(inv));
-    m_loaded = true;
-    refresh();
-    m_code->setFocus();
-}
-
-void ExchangeScreen::returnEverything() {
-    if (!m_loaded)
-        loadInvoice();
-    if (!m_loaded)
-        return;
-    m_back.addEverything();
-    refresh();
-}
-
-void ExchangeScreen::addReturned() {
-    if (!m_loaded || m_code->text().trimmed().isEmpty())
-        return;
-    m_back.addArticle(m_code->text(), typedQuantity(m_quantity));
-    m_code->clear();
-    m_quantity->setText(QStringLiteral("1"));
-    refresh();
-    m_code->setFocus();
+    takeInvoice(std::move(inv));
 }
 
 void ExchangeScreen::addTaken() {
@@ -223,11 +130,10 @@ void ExchangeScreen::deleteLine() {
     const int row = g->currentRow();
     if (row < 0)
         return;
-    if (!dialogs().question(this, QStringLiteral("Desea eliminar el item seleccionado?"),
-                            QStringLiteral("Eliminar item")))
+    if (!confirmDeleteLine())
         return;
-    if (g == m_backGrid && row < m_back.lines().size()) {
-        m_back.removeLine(row);
+    if (g == m_backGrid && row < m_draft.lines().size()) {
+        m_draft.removeLine(row);
     } else if (g == m_takenGrid && row < m_taken.lines().size()) {
         sale::deleteLine(m_db, m_ctx, m_taken, row, m_ctx.userCode);
         m_taken.clearPayments();
@@ -246,7 +152,7 @@ void ExchangeScreen::openPayments() {
 }
 
 void ExchangeScreen::refresh() {
-    const auto& back = m_back.lines();
+    const auto& back = m_draft.lines();
     m_backGrid->setRowCount(int(back.size()));
     for (int i = 0; i < back.size(); ++i) {
         const ReturnLine& l = back.at(i);
@@ -271,19 +177,10 @@ void ExchangeScreen::refresh() {
     m_change->setText(QStringLiteral("Cambio: ") + payments::formatAmount(m_taken.change()));
 }
 
-sale::SalePrinter* ExchangeScreen::printer() {
-    if (!sale::printsFiscally(m_ctx) || m_taken.isContingency())
-        return nullptr;
-    if (!m_printer)
-        m_printer = std::make_unique<sale::ThreadSalePrinter>(
-            m_printerThread ? *m_printerThread : fiscal::registerPrinter());
-    return m_printer.get();
-}
-
 void ExchangeScreen::accept() {
     if (m_taken.isEmpty())
         throw UserError(QStringLiteral("Debe especificar al menos un artículo...!"));
-    ExchangeResult r = acceptExchange(m_db, m_ctx, m_back, m_taken, printer());
+    ExchangeResult r = acceptExchange(m_db, m_ctx, m_draft, m_taken, printer());
     if (r.status == ExchangeResult::Status::NeedsForcedZ) {
         dialogs().information(
             this, QStringLiteral("El monto facturado mas el monto acumulado por ventas supera el "
@@ -291,7 +188,7 @@ void ExchangeScreen::accept() {
                                  "y luego la factura. Esto durara uno 10 Segundos."));
         if (!sale::forcedZ(*printer()))
             throw UserError(printer()->errorText());
-        r = acceptExchange(m_db, m_ctx, m_back, m_taken, printer(), true);
+        r = acceptExchange(m_db, m_ctx, m_draft, m_taken, printer(), true);
     }
     const bool contingency = m_taken.isContingency();
     const sale::PrintResult note =

@@ -2,6 +2,7 @@
 
 #include "common/db/sql.h"
 #include "common/db/transaction.h"
+#include "pos/sale/line_insert.h"
 
 #include <QMap>
 
@@ -102,24 +103,8 @@ void addLine(const QSqlDatabase& db, long long number, const QString& serie, con
                                   "WHERE NumeroDevolucion = ? AND Serie = ?"),
                    {number, serie})
             .toInt();
-    db::Sql(db, QStringLiteral("INSERT INTO MOVDEVVENTAS (NumeroDevolucion, Serie, Hora, "
-                               "TipoLista, CodigoBarra, Precio, PrecioLista, Costo, Impuesto, "
-                               "PorcentajeImpuesto, Cantidad, Item, PorcentajeDescuento) VALUES "
-                               "(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"))
-        .bind(number)
-        .bind(serie)
-        .bind(hora)
-        .bind(s.tipoLista)
-        .bind(s.codigoBarra)
-        .bind(s.precio, 2)
-        .bind(s.precioLista, 2)
-        .bind(s.costo, 5)
-        .bind(s.impuesto, 2)
-        .bind(s.porcentajeImpuesto, 4)
-        .bind(line.cantidad, 3)
-        .bind(item)
-        .bind(s.porcentajeDescuento, 4)
-        .exec();
+    sale::LineInsert(db, QStringLiteral("MOVDEVVENTAS"), QStringLiteral("NumeroDevolucion"))
+        .insert(number, serie, hora, sale::lineFigures(s, s.tipoLista, line.cantidad), item);
 }
 
 bool markReturned(const QSqlDatabase& db, const ReturnableInvoice& invoice, int item,

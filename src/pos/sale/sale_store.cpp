@@ -221,11 +221,7 @@ LineWriter::LineWriter(const QSqlDatabase& db, long long number, const QString& 
                                  "NumeroFactura = ? AND Serie = ? AND CodigoBarra = ? AND "
                                  "TipoLista = ? AND Precio = ? AND PrecioLista = ? AND "
                                  "PorcentajeDescuento = ?")),
-      m_insert(db, QStringLiteral("INSERT INTO MOVVENTAS (NumeroFactura, Serie, Hora, TipoLista, "
-                                  "CodigoBarra, Precio, PrecioLista, Costo, Impuesto, "
-                                  "PorcentajeImpuesto, Cantidad, CantidadDevuelta, Item, "
-                                  "PorcentajeDescuento) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, "
-                                  "0, ?, ?)")),
+      m_insert(db, QStringLiteral("MOVVENTAS"), QStringLiteral("NumeroFactura")),
       m_stock(db, QStringLiteral("UPDATE INVENTARIO SET Existencia = Existencia - ? WHERE "
                                  "CodigoBarra = ? AND Tipo = 0")) {
     db::requireTransaction(db);
@@ -251,20 +247,7 @@ int LineWriter::add(const SaleLine& l) {
             return m_written.value(key);
     }
     const int item = m_nextItem++;
-    m_insert.bind(m_number)
-        .bind(m_serie)
-        .bind(m_hora)
-        .bind(letter)
-        .bind(l.codigoBarra)
-        .bind(l.precio, 2)
-        .bind(l.precioLista, 2)
-        .bind(l.costo, 5)
-        .bind(l.impuesto, 2)
-        .bind(l.porcentajeImpuesto, 4)
-        .bind(l.cantidad, 3)
-        .bind(item)
-        .bind(l.porcentajeDescuento, 4)
-        .exec();
+    m_insert.insert(m_number, m_serie, m_hora, lineFigures(l, letter, l.cantidad), item);
     m_written.insert(key, item);
     return item;
 }

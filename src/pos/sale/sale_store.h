@@ -1,5 +1,6 @@
 #pragma once
 
+#include "pos/sale/line_insert.h"
 #include "pos/sale/sale_types.h"
 
 #include "common/db/sql.h"
@@ -76,7 +77,7 @@ private:
     QString m_serie;
     QDateTime m_hora;
     db::Sql m_merge;
-    db::Sql m_insert;
+    LineInsert m_insert;
     db::Sql m_stock;
     QHash<QString, int> m_written; // line key -> item
     int m_nextItem = 1;

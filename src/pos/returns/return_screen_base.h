@@ -1,0 +1,80 @@
+#pragma once
+
+#include "pos/returns/return_draft.h"
+#include "pos/sale/sale_print.h"
+#include "shell/session/session_context.h"
+
+#include <QSqlDatabase>
+#include <QWidget>
+#include <memory>
+
+class QLabel;
+class QLineEdit;
+class QPushButton;
+class QTableWidgetItem;
+class QVBoxLayout;
+
+namespace orvo::pos::fiscal {
+class FiscalPrinterThread;
+}
+
+namespace orvo::pos::returns {
+
+// What the return and the exchange screens share: the invoice that goods come back from, its
+// client, the keying row of the goods coming back (code, quantity, whole invoice) wired to the
+// Enter keys, and the printer the documents go to.
+class ReturnScreenBase : public QWidget {
+public:
+    ~ReturnScreenBase() override;
+
+    // Where paper documents go (tests); by default ImpresoraFactura.
+    void setPaperPrinter(sale::PaperPrinter paper) { m_paper = std::move(paper); }
+
+protected:
+    // `printer` null: the register's printer thread.
+    ReturnScreenBase(QSqlDatabase db, const shell::SessionContext& ctx,
+                     fiscal::FiscalPrinterThread* printer, QWidget* parent);
+
+    // Reads the invoice typed in TxtFactura (nothing when none is typed) and hands it to
+    // takeInvoice().
+    virtual void loadInvoice() = 0;
+    virtual void refresh() = 0;
+    // A contingency document prints on paper only.
+    virtual bool contingency() const = 0;
+
+    void takeInvoice(ReturnableInvoice invoice);
+    void returnEverything();
+    void addReturned();
+    // Empties the draft and the invoice fields; the quantity goes back to 1.
+    void clearInvoice();
+    bool confirmDeleteLine();
+    sale::SalePrinter* printer();
+
+    // Buttons are made in the order Tab visits them: the screen creates cmdDevTotal and
+    // cmdCancelar through these when their turn comes.
+    QPushButton* button(const char* name, const QString& text);
+    QPushButton* wholeInvoiceButton();
+    QPushButton* cancelButton();
+    // The invoice form and the keying row, the latter headed by `codeCaption`.
+    void addInvoiceRows(QVBoxLayout* layout, const QString& codeCaption, QPushButton* wholeInvoice);
+    static QTableWidgetItem* cell(const QString& text, bool right = false);
+
+    QSqlDatabase m_db;
+    const shell::SessionContext& m_ctx;
+    fiscal::FiscalPrinterThread* m_printerThread;
+    std::unique_ptr<sale::SalePrinter> m_printer;
+    sale::PaperPrinter m_paper;
+    ReturnDraft m_draft;
+    bool m_loaded = false;
+
+    QLineEdit* m_invoice = nullptr;
+    QLabel* m_client = nullptr;
+    QLabel* m_clientType = nullptr;
+    QLineEdit* m_code = nullptr;
+    QLineEdit* m_quantity = nullptr;
+};
+
+// Sends a paper document to ImpresoraFactura (a printer by name or a .pdf path).
+bool printPaperDocument(const QString& html, bool large, long long number);
+
+} // namespace orvo::pos::returns
