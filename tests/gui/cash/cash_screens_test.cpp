@@ -7,7 +7,6 @@
 #include "pos/cash/opening_screen.h"
 #include "pos/cash/withdrawals_screen.h"
 
-#include "common/security/scrambler.h"
 #include "shell/session/session_context.h"
 #include "support/scripted_dialogs.h"
 
@@ -162,13 +161,7 @@ TEST_F(CashScreensTest, AnotherMachinesRegisterIsClosedFromHereWithAnAdministrat
     m_session.serial = "CAJA02";
     addDay(kSerial, today(), 0);
     sell(1, "100.00");
-    exec("INSERT INTO GRUPOS (CodGrupo, NombreGrupo) VALUES ('ADMI', 'ADMINISTRADOR'), "
-         "('CAJERO', 'CAJEROS')");
-    exec("INSERT INTO USUARIOS (CodUsuario, NombreUsuario, Pasword, Status) VALUES "
-         "('JEFE', 'JEFE', ?, 1), ('CAJ1', 'CAJ1', ?, 1)",
-         {security::scramble("1234"), security::scramble("1234")});
-    exec("INSERT INTO USUARIOGRUPO (CodUsuario, CodGrupo) VALUES ('JEFE', 'ADMI'), "
-         "('CAJ1', 'CAJERO')");
+    addAdministratorAndCashier();
 
     ForeignClosingScreen screen(db(), m_session, *m_printer);
     screen.show();

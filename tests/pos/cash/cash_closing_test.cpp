@@ -4,7 +4,6 @@
 #include "cash_fixture.h"
 
 #include "common/errors/errors.h"
-#include "common/security/scrambler.h"
 #include "pos/cash/cash_closing.h"
 #include "pos/cash/cash_day.h"
 #include "pos/cash/cash_movements.h"
@@ -358,13 +357,7 @@ TEST_F(CashClosingTest, AnotherMachinesRegisterIsClosedHereOnItsOwnPrinter) {
     ASSERT_EQ(fromHere.size(), 1);
     EXPECT_EQ(fromHere.first().serie, "CAJA02");
 
-    exec("INSERT INTO GRUPOS (CodGrupo, NombreGrupo) VALUES ('ADMI', 'ADMINISTRADOR'), "
-         "('CAJERO', 'CAJEROS')");
-    exec("INSERT INTO USUARIOS (CodUsuario, NombreUsuario, Pasword, Status) VALUES "
-         "('JEFE', 'JEFE', ?, 1), ('CAJ1', 'CAJ1', ?, 1)",
-         {security::scramble("1234"), security::scramble("1234")});
-    exec("INSERT INTO USUARIOGRUPO (CodUsuario, CodGrupo) VALUES ('JEFE', 'ADMI'), "
-         "('CAJ1', 'CAJERO')");
+    addAdministratorAndCashier();
     EXPECT_EQ(authoriseForeignClosing(db(), "JEFE", "1234"), "JEFE");
     for (const auto& [user, password] :
          {std::pair<QString, QString>{"CAJ1", "1234"}, {"JEFE", "0000"}}) {

@@ -5,6 +5,7 @@
 #include "pos/fiscal/serial_fiscal_printer.h"
 
 #include "common/db/sql.h"
+#include "common/security/scrambler.h"
 #include "support/test_db.h"
 
 #include <QDateTime>
@@ -58,6 +59,17 @@ protected:
              "HoraApertura, Status, ReporteZTexto, NumeroReporteZ, Acumulado) "
              "VALUES (?, ?, 1, 0, 0, ?, ?, '', ?, 0)",
              {serial, QDateTime(day, QTime(0, 0)), QDateTime(day, QTime(8, 0)), status, zNumber});
+    }
+
+    // JEFE, an administrator, and CAJ1, a cashier, both with the password "1234".
+    void addAdministratorAndCashier() const {
+        exec("INSERT INTO GRUPOS (CodGrupo, NombreGrupo) VALUES ('ADMI', 'ADMINISTRADOR'), "
+             "('CAJERO', 'CAJEROS')");
+        exec("INSERT INTO USUARIOS (CodUsuario, NombreUsuario, Pasword, Status) VALUES "
+             "('JEFE', 'JEFE', ?, 1), ('CAJ1', 'CAJ1', ?, 1)",
+             {security::scramble("1234"), security::scramble("1234")});
+        exec("INSERT INTO USUARIOGRUPO (CodUsuario, CodGrupo) VALUES ('JEFE', 'ADMI'), "
+             "('CAJ1', 'CAJERO')");
     }
 
     // One cash invoice printed on the software printer and saved as the sale would save it.
