@@ -23,6 +23,8 @@ ExchangeResult acceptExchange(const QSqlDatabase& db, const shell::SessionContex
     // on either side leaves neither.
     const sale::AcceptResult sold = sale::acceptSale(db, ctx, taken, printer, forcedZDone, [&] {
         saved = writeReturn(db, ctx, back, store::NegativeStockLastCost::ListPrice);
+        // The goods brought back are paid out like any return: the new invoice is paid whole.
+        settleRefund(db, ctx, back.invoice(), saved);
     });
     result.invoiceTotal = sold.total;
     result.change = sold.change;
@@ -32,6 +34,8 @@ ExchangeResult acceptExchange(const QSqlDatabase& db, const shell::SessionContex
     }
     result.returnNumber = saved.number;
     result.returnTotal = saved.totals.total();
+    result.cashRefund = saved.cashRefund;
+    result.reminder = saved.reminder;
     result.invoiceNumber = sold.number;
     return result;
 }

@@ -19,7 +19,13 @@ struct ExchangeResult {
     long long invoiceNumber = 0;
     Decimal returnTotal;
     Decimal invoiceTotal;
-    Decimal change;
+    Decimal change;           // of the new invoice's payments
+    long long cashRefund = 0; // SALIDASCAJA.Numero of the return's refund, 0 when none
+    QString reminder;         // what the screen must tell the cashier afterwards, if anything
+
+    // What the cashier hands back: the payments' change and, when it was paid out of the drawer,
+    // the value of the goods brought back.
+    Decimal handedBack() const { return cashRefund ? change + returnTotal : change; }
 };
 
 // The invoice being exchanged: this register's, paid in cash, with something left.

@@ -197,13 +197,15 @@ void ExchangeScreen::accept() {
         dialogs().warning(this, note.error);
     dialogs().information(this, QStringLiteral("Presione ENTER al terminar de imprimir la nota de "
                                                "credito para imprimir la factura...!"));
-    const sale::PrintResult invoice =
-        sale::printSale(m_db, m_ctx, r.invoiceNumber, contingency, printer(), m_paper, r.change);
+    const sale::PrintResult invoice = sale::printSale(m_db, m_ctx, r.invoiceNumber, contingency,
+                                                      printer(), m_paper, r.handedBack());
     if (!invoice.ok())
         dialogs().warning(this, invoice.error);
+    if (!r.reminder.isEmpty())
+        dialogs().information(this, r.reminder);
     clearAll();
     m_total->setText(QStringLiteral("Total: ") + payments::formatAmount(r.invoiceTotal));
-    m_change->setText(QStringLiteral("Cambio: ") + payments::formatAmount(r.change));
+    m_change->setText(QStringLiteral("Cambio: ") + payments::formatAmount(r.handedBack()));
 }
 
 } // namespace orvo::pos::returns

@@ -69,6 +69,32 @@ SavedReturn writeReturn(const QSqlDatabase& db, const shell::SessionContext& ctx
     return saved;
 }
 
+void settleRefund(const QSqlDatabase& db, const shell::SessionContext& ctx,
+                  const ReturnableInvoice& invoice, SavedReturn& saved) {
+    db::requireTransaction(db);
+    if (invoice.tipoVenta == kCreditSale) {
+        saved.reminder =
+            QStringLiteral("Debe registrar un abono por devolución a la cuenta por cobrar...!");
+        return;
+    }
+    // The refund leaves the drawer as a cash withdrawal on the refunds account; without that
+    // account the cashier records the withdrawal by hand.
+    const QString account = store::refundsAccount(db);
+    if (account.isEmpty()) {
+        saved.reminder = QStringLiteral("Debe registrar la salida de caja...!");
+        return;
+    }
+    store::CashRefund r;
+    r.serie = ctx.serial;
+    r.fecha = db::serverNow(db);
+    r.account = account;
+    r.creditor = invoice.clienteNombre.isEmpty() ? invoice.cliente : invoice.clienteNombre;
+    r.document = QString::number(saved.number);
+    r.amount = saved.totals.total();
+    r.usuario = ctx.userCode;
+    saved.cashRefund = store::insertCashRefund(db, r);
+}
+
 SavedReturn saveReturn(const QSqlDatabase& db, const shell::SessionContext& ctx,
                        const ReturnDraft& draft, sale::SalePrinter* printer) {
     const QDate today = db::serverNow(db).date();
@@ -86,27 +112,7 @@ SavedReturn saveReturn(const QSqlDatabase& db, const shell::SessionContext& ctx,
     db::Transaction tx(db);
     SavedReturn saved = writeReturn(db, ctx, draft, store::NegativeStockLastCost::LineCost);
     const ReturnableInvoice& invoice = draft.invoice();
-    if (invoice.tipoVenta == kCreditSale) {
-        saved.reminder =
-            QStringLiteral("Debe registrar un abono por devolución a la cuenta por cobrar...!");
-    } else {
-        // The refund leaves the drawer as a cash withdrawal on the refunds account; without that
-        // account the cashier records the withdrawal by hand.
-        const QString account = store::refundsAccount(db);
-        if (account.isEmpty()) {
-            saved.reminder = QStringLiteral("Debe registrar la salida de caja...!");
-        } else {
-            store::CashRefund r;
-            r.serie = ctx.serial;
-            r.fecha = db::serverNow(db);
-            r.account = account;
-            r.creditor = invoice.clienteNombre.isEmpty() ? invoice.cliente : invoice.clienteNombre;
-            r.document = QString::number(saved.number);
-            r.amount = saved.totals.total();
-            r.usuario = ctx.userCode;
-            saved.cashRefund = store::insertCashRefund(db, r);
-        }
-    }
+    settleRefund(db, ctx, invoice, saved);
     tx.commit();
     qCInfo(lcReturns) << "return" << saved.number << "of invoice" << invoice.number << "saved,"
                       << saved.totals.total().toString(2);

@@ -36,6 +36,13 @@ struct SavedReturn {
 SavedReturn writeReturn(const QSqlDatabase& db, const shell::SessionContext& ctx,
                         const ReturnDraft& draft, store::NegativeStockLastCost negative);
 
+// Inside the caller's transaction: what the client gets back for a saved return. A cash invoice's
+// return is paid out of the drawer as a withdrawal on the refunds account (or, without that
+// account, the cashier is reminded to record it); a credit invoice's is a reminder to credit the
+// client's account.
+void settleRefund(const QSqlDatabase& db, const shell::SessionContext& ctx,
+                  const ReturnableInvoice& invoice, SavedReturn& saved);
+
 // Checks the day, the draft and the printer, then saves the return and its cash refund in one
 // transaction, pending print. `printer` may be null for a register without fiscal printer or a
 // contingency return.

@@ -249,6 +249,8 @@ void seedMoney(const QSqlDatabase& db) {
     ledger.insert({s("6.1.01"), s("GASTOS DE LIMPIEZA"), 1, 1, 0, 1});
     ledger.insert({s("6.1.02"), s("VIATICOS Y TRANSPORTE"), 1, 0, 0, 1});
     ledger.insert({s("6.1.03"), s("PAPELERIA"), 1, 1, 0, 1});
+    // Cash refunds of returns and exchanges leave the drawer on this one.
+    ledger.insert({s("4.1.10"), s("DEVOLUCIONES EN VENTAS"), 1, 1, 1, 1});
 }
 
 void seedPeople(const QSqlDatabase& db) {

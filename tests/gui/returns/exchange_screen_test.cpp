@@ -182,5 +182,10 @@ TEST_F(ExchangeScreenTest, AShirtForTrousersPaidInThePaymentsDialogPrintsNoteThe
     // The screen is cleared and shows what was charged.
     EXPECT_EQ(find<QTableWidget>(s, "SpreadDevolucion")->rowCount(), 0);
     EXPECT_EQ(find<QLabel>(s, "lblTotal")->text(), "Total: 139,20");
-    EXPECT_EQ(find<QLabel>(s, "lblCambio")->text(), "Cambio: 10,80");
+    // The change of the payment and the shirt's value, paid out on the refunds account.
+    const Decimal refund =
+        dec("SELECT TotalMercancia - TotalDescuento + TotalImpuesto FROM DEVVENTAS");
+    EXPECT_EQ(dec("SELECT Monto FROM SALIDASCAJA"), refund);
+    EXPECT_EQ(find<QLabel>(s, "lblCambio")->text(),
+              "Cambio: " + pos::payments::formatAmount(Decimal::fromString(u"10.80") + refund));
 }

@@ -136,8 +136,13 @@ TEST_F(ExchangeTest, AServiceIsExchangedForGoodsAndBothDocumentsArePrinted) {
     EXPECT_EQ(dec("SELECT CantidadDevuelta FROM MOVVENTAS WHERE NumeroFactura = ?", {invoice}),
               d("1"));
     EXPECT_EQ(count("PAGOSVENTA", "NumeroFactura = 2"), 1);
-    // No cash leaves the drawer: the returned goods pay part of the new invoice.
-    EXPECT_EQ(count("SALIDASCAJA"), 0);
+    // The new invoice is paid whole; the goods brought back are paid out of the drawer on the
+    // refunds account, so the cashier hands back the change and their value.
+    ASSERT_EQ(count("SALIDASCAJA"), 1);
+    EXPECT_EQ(dec("SELECT Monto FROM SALIDASCAJA WHERE CodigoContable = '4.1.10'"), d("69.60"));
+    EXPECT_EQ(scalar("SELECT Numero FROM SALIDASCAJA").toLongLong(), r.cashRefund);
+    EXPECT_TRUE(r.reminder.isEmpty());
+    EXPECT_EQ(r.handedBack(), d("103.60"));
     EXPECT_EQ(stock("T0009"), d("0"));
     EXPECT_EQ(stock("T0001"), d("9"));
 
