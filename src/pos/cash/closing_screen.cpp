@@ -1,5 +1,8 @@
 #include "pos/cash/closing_screen.h"
 
+#include "common/dialogs/field_chain.h"
+#include "pos/cash/cash_widgets.h"
+
 #include "common/dialogs/dialogs.h"
 #include "pos/cash/closing_report.h"
 #include "pos/fiscal/fiscal_printer_thread.h"
@@ -22,20 +25,6 @@
 namespace orvo::pos::cash {
 
 namespace {
-QLineEdit* shown(QWidget* parent, const char* name) {
-    auto* e = new QLineEdit(parent);
-    e->setObjectName(QLatin1String(name));
-    e->setReadOnly(true);
-    return e;
-}
-
-QLineEdit* typed(QWidget* parent, const char* name) {
-    auto* e = new QLineEdit(parent);
-    e->setObjectName(QLatin1String(name));
-    e->setAlignment(Qt::AlignRight);
-    return e;
-}
-
 Decimal typedAmount(const QLineEdit* e) {
     const QString text = e->text().trimmed();
     if (text.isEmpty())
@@ -64,25 +53,22 @@ ClosingScreen::ClosingScreen(QSqlDatabase db, shell::SessionContext& session,
       m_serial(std::move(serial)) {
     setObjectName(QStringLiteral("frmCierreCaja"));
     setWindowTitle(QStringLiteral("Cierre de Caja"));
-    m_numero = shown(this, "txtNumero");
-    m_fecha = shown(this, "txtFecha");
-    m_facturaFinal = shown(this, "txtFacturaFinal");
-    m_status = shown(this, "txtStatus");
+    m_numero = shownField(this, "txtNumero");
+    m_fecha = shownField(this, "txtFecha");
+    m_facturaFinal = shownField(this, "txtFacturaFinal");
+    m_status = shownField(this, "txtStatus");
     m_totals = new QLabel(this);
     m_totals->setObjectName(QStringLiteral("lblTotales"));
-    m_efectivoEsperado = shown(this, "txtEfectivoEsperado");
-    m_efectivoEsperado->setAlignment(Qt::AlignRight);
-    m_efectivoContado = typed(this, "txtEfectivoContado");
-    m_dolaresEsperados = shown(this, "txtDolaresEsperados");
-    m_dolaresEsperados->setAlignment(Qt::AlignRight);
-    m_dolaresContados = typed(this, "txtDolaresContados");
-    m_chequesEsperados = shown(this, "txtChequesEsperados");
-    m_chequesEsperados->setAlignment(Qt::AlignRight);
-    m_chequesContados = typed(this, "txtChequesContados");
-    m_aceptar = new QPushButton(QStringLiteral("Aceptar"), this);
-    m_aceptar->setObjectName(QStringLiteral("cmdAceptar"));
-    auto* salir = new QPushButton(QStringLiteral("Salir"), this);
-    salir->setObjectName(QStringLiteral("cmdSalir"));
+    m_efectivoEsperado = shownField(this, "txtEfectivoEsperado", true);
+    m_efectivoContado = inputField(this, "txtEfectivoContado", true);
+    m_dolaresEsperados = shownField(this, "txtDolaresEsperados", true);
+    m_dolaresContados = inputField(this, "txtDolaresContados", true);
+    m_chequesEsperados = shownField(this, "txtChequesEsperados", true);
+    m_chequesContados = inputField(this, "txtChequesContados", true);
+    m_aceptar = actionButton(this, "cmdAceptar", QStringLiteral("Aceptar"));
+    auto* salir = actionButton(this, "cmdSalir", QStringLiteral("Salir"));
+    chainFields({m_efectivoContado, m_dolaresContados, m_chequesContados}, m_aceptar);
+    setFocusProxy(m_efectivoContado);
     m_progressText = new QLabel(this);
     m_progressText->setObjectName(QStringLiteral("lblProgreso"));
     m_progress = new QProgressBar(this);

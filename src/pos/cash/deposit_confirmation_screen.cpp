@@ -1,5 +1,8 @@
 #include "pos/cash/deposit_confirmation_screen.h"
 
+#include "common/dialogs/field_chain.h"
+#include "pos/cash/cash_widgets.h"
+
 #include "common/dialogs/dialogs.h"
 #include "pos/cash/cash_movements.h"
 #include "pos/cash/closing_report.h"
@@ -25,11 +28,6 @@ QDateEdit* dateEdit(QWidget* parent, const char* name, const QDate& date) {
     d->setCalendarPopup(true);
     return d;
 }
-QPushButton* button(QWidget* parent, const char* name, const QString& text) {
-    auto* b = new QPushButton(text, parent);
-    b->setObjectName(QLatin1String(name));
-    return b;
-}
 QString stateText(const DepositRow& r) {
     if (!r.confirmationStatus)
         return QStringLiteral("Pendiente");
@@ -46,25 +44,19 @@ DepositConfirmationScreen::DepositConfirmationScreen(QSqlDatabase db,
     const QDate today = QDate::currentDate();
     m_desde = dateEdit(this, "dtpDesde", today.addDays(-7));
     m_hasta = dateEdit(this, "dtpHasta", today);
-    m_grid = new QTableWidget(0, 7, this);
-    m_grid->setObjectName(QStringLiteral("grdDepositos"));
-    m_grid->setHorizontalHeaderLabels({QStringLiteral("Fecha"), QStringLiteral("Caja"),
-                                       QStringLiteral("Depósito"), QStringLiteral("Cuenta"),
-                                       QStringLiteral("Monto"), QStringLiteral("Estado"),
-                                       QStringLiteral("Monto banco")});
-    m_grid->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    m_grid->setSelectionBehavior(QAbstractItemView::SelectRows);
-    m_grid->horizontalHeader()->setStretchLastSection(true);
+    m_grid = listTable(this, "grdDepositos",
+                       {QStringLiteral("Fecha"), QStringLiteral("Caja"), QStringLiteral("Depósito"),
+                        QStringLiteral("Cuenta"), QStringLiteral("Monto"), QStringLiteral("Estado"),
+                        QStringLiteral("Monto banco")});
     m_fechaDeposito = dateEdit(this, "dtpFechaDeposito", today);
-    m_monto = new QLineEdit(this);
-    m_monto->setObjectName(QStringLiteral("txtMonto"));
-    m_monto->setAlignment(Qt::AlignRight);
-    m_nota = new QLineEdit(this);
-    m_nota->setObjectName(QStringLiteral("txtNota"));
-    auto* buscar = button(this, "cmdBuscar", QStringLiteral("Buscar"));
-    auto* confirmar = button(this, "cmdConfirmar", QStringLiteral("Confirmar"));
-    auto* anular = button(this, "cmdAnular", QStringLiteral("Anular"));
-    auto* salir = button(this, "cmdSalir", QStringLiteral("Salir"));
+    m_monto = inputField(this, "txtMonto", true);
+    m_nota = inputField(this, "txtNota");
+    auto* buscar = actionButton(this, "cmdBuscar", QStringLiteral("Buscar"));
+    auto* confirmar = actionButton(this, "cmdConfirmar", QStringLiteral("Confirmar"));
+    auto* anular = actionButton(this, "cmdAnular", QStringLiteral("Anular"));
+    auto* salir = actionButton(this, "cmdSalir", QStringLiteral("Salir"));
+    chainFields({m_desde, m_hasta}, buscar);
+    chainFields({m_fechaDeposito, m_monto, m_nota}, confirmar);
 
     auto* range = new QHBoxLayout;
     range->addWidget(m_desde);

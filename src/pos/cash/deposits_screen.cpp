@@ -1,5 +1,8 @@
 #include "pos/cash/deposits_screen.h"
 
+#include "common/dialogs/field_chain.h"
+#include "pos/cash/cash_widgets.h"
+
 #include "common/dialogs/dialogs.h"
 #include "pos/cash/cash_movements.h"
 #include "pos/cash/closing_report.h"
@@ -18,43 +21,25 @@
 
 namespace orvo::pos::cash {
 
-namespace {
-QLineEdit* edit(QWidget* parent, const char* name) {
-    auto* e = new QLineEdit(parent);
-    e->setObjectName(QLatin1String(name));
-    return e;
-}
-QTableWidget* table(QWidget* parent, const char* name, const QStringList& headers) {
-    auto* t = new QTableWidget(0, int(headers.size()), parent);
-    t->setObjectName(QLatin1String(name));
-    t->setHorizontalHeaderLabels(headers);
-    t->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    t->setSelectionBehavior(QAbstractItemView::SelectRows);
-    t->horizontalHeader()->setStretchLastSection(true);
-    return t;
-}
-} // namespace
-
 DepositsScreen::DepositsScreen(QSqlDatabase db, shell::SessionContext& session, QWidget* parent)
     : QWidget(parent), m_db(std::move(db)), m_session(session) {
     setObjectName(QStringLiteral("frmDepositos"));
     setWindowTitle(QStringLiteral("Depósitos"));
-    m_numero = edit(this, "txtNumeroDeposito");
+    m_numero = inputField(this, "txtNumeroDeposito");
     m_cuenta = new QComboBox(this);
     m_cuenta->setObjectName(QStringLiteral("cboCuentaBanco"));
-    m_efectivo = edit(this, "txtEfectivo");
-    m_efectivo->setAlignment(Qt::AlignRight);
-    m_observacion = edit(this, "txtObservacion");
-    m_cheques = table(this, "grdCheques",
-                      {QStringLiteral("Factura"), QStringLiteral("Cheque"), QStringLiteral("Banco"),
-                       QStringLiteral("Monto")});
-    m_depositos = table(this, "grdDepositos",
-                        {QStringLiteral("Depósito"), QStringLiteral("Cuenta"),
-                         QStringLiteral("Efectivo"), QStringLiteral("Cheques")});
-    auto* guardar = new QPushButton(QStringLiteral("Guardar"), this);
-    guardar->setObjectName(QStringLiteral("cmdGuardar"));
-    auto* salir = new QPushButton(QStringLiteral("Salir"), this);
-    salir->setObjectName(QStringLiteral("cmdSalir"));
+    m_efectivo = inputField(this, "txtEfectivo", true);
+    m_observacion = inputField(this, "txtObservacion");
+    m_cheques = listTable(this, "grdCheques",
+                          {QStringLiteral("Factura"), QStringLiteral("Cheque"),
+                           QStringLiteral("Banco"), QStringLiteral("Monto")});
+    m_depositos = listTable(this, "grdDepositos",
+                            {QStringLiteral("Depósito"), QStringLiteral("Cuenta"),
+                             QStringLiteral("Efectivo"), QStringLiteral("Cheques")});
+    auto* guardar = actionButton(this, "cmdGuardar", QStringLiteral("Guardar"));
+    auto* salir = actionButton(this, "cmdSalir", QStringLiteral("Salir"));
+    chainFields({m_numero, m_cuenta, m_efectivo, m_observacion}, guardar);
+    setFocusProxy(m_numero);
 
     auto* form = new QFormLayout;
     form->addRow(QStringLiteral("Número de depósito:"), m_numero);
@@ -134,6 +119,7 @@ void DepositsScreen::save() {
     m_efectivo->clear();
     m_observacion->clear();
     refresh();
+    m_numero->setFocus();
 }
 
 } // namespace orvo::pos::cash

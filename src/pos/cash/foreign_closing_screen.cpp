@@ -2,6 +2,7 @@
 
 #include "common/dialogs/dialogs.h"
 #include "pos/cash/cash_closing.h"
+#include "pos/cash/cash_widgets.h"
 #include "pos/cash/closing_screen.h"
 #include "shell/session/session_context.h"
 
@@ -28,21 +29,16 @@ ForeignClosingScreen::ForeignClosingScreen(QSqlDatabase db, shell::SessionContex
     setObjectName(QStringLiteral("frmCierreCajaForanea"));
     setWindowTitle(QStringLiteral("Cierre de Caja Foránea"));
 
-    m_registers = new QTableWidget(0, 5, this);
-    m_registers->setObjectName(QStringLiteral("grdCajas"));
-    m_registers->setHorizontalHeaderLabels(
-        {QStringLiteral("Serie"), QStringLiteral("Caja Nº"), QStringLiteral("Fecha"),
-         QStringLiteral("Factura final"), QStringLiteral("Estado")});
-    m_registers->setSelectionBehavior(QAbstractItemView::SelectRows);
+    m_registers =
+        listTable(this, "grdCajas",
+                  {QStringLiteral("Serie"), QStringLiteral("Caja Nº"), QStringLiteral("Fecha"),
+                   QStringLiteral("Factura final"), QStringLiteral("Estado")});
     m_registers->setSelectionMode(QAbstractItemView::SingleSelection);
-    m_registers->setEditTriggers(QAbstractItemView::NoEditTriggers);
     m_registers->verticalHeader()->setVisible(false);
-    m_registers->horizontalHeader()->setStretchLastSection(true);
+    setFocusProxy(m_registers);
 
-    m_choose = new QPushButton(QStringLiteral("Cerrar caja seleccionada"), this);
-    m_choose->setObjectName(QStringLiteral("cmdSeleccionar"));
-    auto* update = new QPushButton(QStringLiteral("Actualizar"), this);
-    update->setObjectName(QStringLiteral("cmdActualizar"));
+    m_choose = actionButton(this, "cmdSeleccionar", QStringLiteral("Cerrar caja seleccionada"));
+    auto* update = actionButton(this, "cmdActualizar", QStringLiteral("Actualizar"));
 
     auto* buttons = new QHBoxLayout;
     buttons->addStretch();

@@ -1,5 +1,8 @@
 #include "pos/cash/opening_screen.h"
 
+#include "common/dialogs/field_chain.h"
+#include "pos/cash/cash_widgets.h"
+
 #include "common/dialogs/dialogs.h"
 #include "pos/cash/cash_day.h"
 #include "pos/fiscal/fiscal_printer_thread.h"
@@ -16,38 +19,26 @@
 
 namespace orvo::pos::cash {
 
-namespace {
-QLineEdit* shown(QWidget* parent, const char* name) {
-    auto* e = new QLineEdit(parent);
-    e->setObjectName(QLatin1String(name));
-    e->setReadOnly(true);
-    return e;
-}
-} // namespace
-
 OpeningScreen::OpeningScreen(QSqlDatabase db, shell::SessionContext& session,
                              fiscal::FiscalPrinterThread& printer, QWidget* parent)
     : QWidget(parent), m_db(std::move(db)), m_session(session), m_printer(printer) {
     setObjectName(QStringLiteral("frmAperturaCaja"));
     setWindowTitle(QStringLiteral("Apertura de Caja"));
-    m_serie = shown(this, "txtSerie");
-    m_fecha = shown(this, "txtFecha");
-    m_numero = shown(this, "txtNumero");
-    m_facturaInicial = shown(this, "txtFacturaInicial");
-    m_facturaFinal = shown(this, "txtFacturaFinal");
-    m_horaApertura = shown(this, "txtHoraApertura");
-    m_horaCierre = shown(this, "txtHoraCierre");
-    m_status = shown(this, "txtStatus");
+    m_serie = shownField(this, "txtSerie");
+    m_fecha = shownField(this, "txtFecha");
+    m_numero = shownField(this, "txtNumero");
+    m_facturaInicial = shownField(this, "txtFacturaInicial");
+    m_facturaFinal = shownField(this, "txtFacturaFinal");
+    m_horaApertura = shownField(this, "txtHoraApertura");
+    m_horaCierre = shownField(this, "txtHoraCierre");
+    m_status = shownField(this, "txtStatus");
     m_nuevaFecha = new QDateEdit(QDate::currentDate(), this);
     m_nuevaFecha->setObjectName(QStringLiteral("dtpFecha"));
     m_nuevaFecha->setDisplayFormat(QStringLiteral("dd/MM/yyyy"));
     m_nuevaFecha->setCalendarPopup(true);
-    m_aperturar = new QPushButton(QStringLiteral("Aperturar"), this);
-    m_aperturar->setObjectName(QStringLiteral("cmdAperturar"));
-    m_eliminar = new QPushButton(QStringLiteral("Eliminar"), this);
-    m_eliminar->setObjectName(QStringLiteral("cmdEliminar"));
-    auto* salir = new QPushButton(QStringLiteral("Salir"), this);
-    salir->setObjectName(QStringLiteral("cmdSalir"));
+    m_aperturar = actionButton(this, "cmdAperturar", QStringLiteral("Aperturar"));
+    m_eliminar = actionButton(this, "cmdEliminar", QStringLiteral("Eliminar"));
+    auto* salir = actionButton(this, "cmdSalir", QStringLiteral("Salir"));
     m_progress = new QLabel(this);
     m_progress->setObjectName(QStringLiteral("lblProgreso"));
 
@@ -71,6 +62,8 @@ OpeningScreen::OpeningScreen(QSqlDatabase db, shell::SessionContext& session,
     layout->addWidget(m_progress);
     layout->addLayout(buttons);
 
+    chainFields({m_nuevaFecha}, m_aperturar);
+    setFocusProxy(m_nuevaFecha);
     connect(m_aperturar, &QPushButton::clicked, this, [this] { openDay(); });
     connect(m_eliminar, &QPushButton::clicked, this, [this] { deleteDay(); });
     connect(salir, &QPushButton::clicked, this, [this] { close(); });

@@ -1,5 +1,8 @@
 #include "pos/cash/withdrawals_screen.h"
 
+#include "common/dialogs/field_chain.h"
+#include "pos/cash/cash_widgets.h"
+
 #include "common/dialogs/dialogs.h"
 #include "pos/cash/cash_movements.h"
 #include "pos/cash/closing_report.h"
@@ -16,41 +19,25 @@
 
 namespace orvo::pos::cash {
 
-namespace {
-QLineEdit* edit(QWidget* parent, const char* name) {
-    auto* e = new QLineEdit(parent);
-    e->setObjectName(QLatin1String(name));
-    return e;
-}
-QPushButton* button(QWidget* parent, const char* name, const QString& text) {
-    auto* b = new QPushButton(text, parent);
-    b->setObjectName(QLatin1String(name));
-    return b;
-}
-} // namespace
-
 WithdrawalsScreen::WithdrawalsScreen(QSqlDatabase db, shell::SessionContext& session,
                                      QWidget* parent)
     : QWidget(parent), m_db(std::move(db)), m_session(session) {
     setObjectName(QStringLiteral("frmSalidasCaja"));
     setWindowTitle(QStringLiteral("Salidas de Caja"));
-    m_codigoContable = edit(this, "txtCodigoContable");
-    m_acreedor = edit(this, "txtAcreedor");
-    m_documento = edit(this, "txtDocumento");
-    m_descripcion = edit(this, "txtDescripcion");
-    m_monto = edit(this, "txtMonto");
-    m_monto->setAlignment(Qt::AlignRight);
-    m_grid = new QTableWidget(0, 5, this);
-    m_grid->setObjectName(QStringLiteral("grdSalidas"));
-    m_grid->setHorizontalHeaderLabels({QStringLiteral("Número"), QStringLiteral("Descripción"),
-                                       QStringLiteral("Acreedor"), QStringLiteral("Documento"),
-                                       QStringLiteral("Monto")});
-    m_grid->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    m_grid->setSelectionBehavior(QAbstractItemView::SelectRows);
-    m_grid->horizontalHeader()->setStretchLastSection(true);
-    auto* agregar = button(this, "cmdAgregar", QStringLiteral("Agregar"));
-    auto* eliminar = button(this, "cmdEliminar", QStringLiteral("Eliminar"));
-    auto* salir = button(this, "cmdSalir", QStringLiteral("Salir"));
+    m_codigoContable = inputField(this, "txtCodigoContable");
+    m_acreedor = inputField(this, "txtAcreedor");
+    m_documento = inputField(this, "txtDocumento");
+    m_descripcion = inputField(this, "txtDescripcion");
+    m_monto = inputField(this, "txtMonto", true);
+    m_grid = listTable(this, "grdSalidas",
+                       {QStringLiteral("Número"), QStringLiteral("Descripción"),
+                        QStringLiteral("Acreedor"), QStringLiteral("Documento"),
+                        QStringLiteral("Monto")});
+    auto* agregar = actionButton(this, "cmdAgregar", QStringLiteral("Agregar"));
+    auto* eliminar = actionButton(this, "cmdEliminar", QStringLiteral("Eliminar"));
+    auto* salir = actionButton(this, "cmdSalir", QStringLiteral("Salir"));
+    chainFields({m_codigoContable, m_acreedor, m_documento, m_descripcion, m_monto}, agregar);
+    setFocusProxy(m_codigoContable);
 
     auto* form = new QFormLayout;
     form->addRow(QStringLiteral("Cuenta contable:"), m_codigoContable);
@@ -102,6 +89,7 @@ void WithdrawalsScreen::add() {
     for (QLineEdit* e : {m_codigoContable, m_acreedor, m_documento, m_descripcion, m_monto})
         e->clear();
     refresh();
+    m_codigoContable->setFocus();
 }
 
 void WithdrawalsScreen::remove() {
