@@ -143,16 +143,7 @@ QString paperReturnHtml(const QSqlDatabase& db, const shell::SessionContext& ctx
     h.bind(number).bind(ctx.serial).exec();
     if (!h.next())
         return {};
-    const Decimal merchandise = h.decimal(QStringLiteral("TotalMercancia"));
-    const Decimal discount = h.decimal(QStringLiteral("TotalDescuento"));
-    const Decimal tax = h.decimal(QStringLiteral("TotalImpuesto"));
-    QString html = QStringLiteral("<html><body style=\"font-family: monospace; font-size: %1pt\">")
-                       .arg(largeFormat ? 10 : 8);
-    html +=
-        QStringLiteral("<p><b>%1</b><br>%2 %3<br>%4</p>")
-            .arg(esc(ctx.nombre), esc(ctx.nombreIdFiscal), esc(ctx.idEmpresa), esc(ctx.direccion));
-    if (contingency)
-        html += QStringLiteral("<h3>CONTINGENCIA</h3>");
+    QString html = sale::paperHeadHtml(ctx, contingency, largeFormat);
     html +=
         QStringLiteral("<p>NOTA DE CREDITO: %1 &nbsp; SERIE: %2<br>FACTURA: %3<br>FECHA: %4"
                        "<br>CLIENTE: %5 %6</p>")
@@ -161,28 +152,12 @@ QString paperReturnHtml(const QSqlDatabase& db, const shell::SessionContext& ctx
                  h.dateTime(QStringLiteral("Fecha")).toString(QStringLiteral("dd/MM/yyyy hh:mm")),
                  esc(h.text(QStringLiteral("Cliente")).trimmed()),
                  esc(h.text(QStringLiteral("Nombre")).trimmed()));
-    html += QStringLiteral("<table width=\"100%\" cellspacing=\"0\"><tr><th align=\"left\">"
-                           "DESCRIPCION</th><th align=\"right\">CANT</th><th align=\"right\">"
-                           "PRECIO</th><th align=\"right\">TOTAL</th></tr>");
-    db::Sql l(db, QStringLiteral("SELECT M.PrecioLista, M.Cantidad, I.Nombre FROM MOVDEVVENTAS M "
-                                 "LEFT JOIN INVENTARIO I ON I.CodigoBarra = M.CodigoBarra "
-                                 "WHERE M.NumeroDevolucion = ? AND M.Serie = ? ORDER BY M.Item"));
-    l.bind(number).bind(ctx.serial).exec();
-    while (l.next()) {
-        const Decimal price = l.decimal(QStringLiteral("PrecioLista"));
-        const Decimal qty = l.decimal(QStringLiteral("Cantidad"));
-        html += QStringLiteral("<tr><td>%1</td><td align=\"right\">%2</td><td align=\"right\">%3"
-                               "</td><td align=\"right\">%4</td></tr>")
-                    .arg(esc(l.text(QStringLiteral("Nombre")).trimmed()), qty.toString(),
-                         payments::formatAmount(price),
-                         payments::formatAmount((price * qty).rounded(2)));
-    }
-    html +=
-        QStringLiteral("</table><p>SUBTOTAL: %1<br>DESCUENTO: %2<br>IMPUESTO: %3<br>"
-                       "<b>TOTAL: %4</b></p></body></html>")
-            .arg(payments::formatAmount(merchandise), payments::formatAmount(discount),
-                 payments::formatAmount(tax), payments::formatAmount(merchandise - discount + tax));
-    return html;
+    html += sale::paperLinesHtml(db, QStringLiteral("MOVDEVVENTAS"),
+                                 QStringLiteral("NumeroDevolucion"), number, ctx.serial);
+    html += sale::paperTotalsHtml(h.decimal(QStringLiteral("TotalMercancia")),
+                                  h.decimal(QStringLiteral("TotalDescuento")),
+                                  h.decimal(QStringLiteral("TotalImpuesto")));
+    return html + QStringLiteral("</body></html>");
 }
 
 QList<long long> pendingReturnPrints(const QSqlDatabase& db, const QString& serie) {

@@ -91,41 +91,28 @@ QString displayLine(const QString& label, const QString& symbol, const Decimal& 
     return (label + symbol + payments::formatAmount(amount)).leftJustified(20, QLatin1Char(' '));
 }
 
-QString paperInvoiceHtml(const QSqlDatabase& db, const shell::SessionContext& ctx, long long number,
-                         bool contingency, bool largeFormat) {
-    const QString serie = ctx.serial;
-    db::Sql h(db, QStringLiteral("SELECT V.Fecha, V.Cliente, V.TotalMercancia, V.TotalDescuento, "
-                                 "V.TotalImpuesto, C.Nombre, C.Direccion FROM VENTAS V LEFT JOIN "
-                                 "CLIENTES C ON C.Codigo = V.Cliente "
-                                 "WHERE V.NumeroFactura = ? AND V.Serie = ?"));
-    h.bind(number).bind(serie).exec();
-    if (!h.next())
-        return {};
-    const Decimal merchandise = h.decimal(QStringLiteral("TotalMercancia"));
-    const Decimal discount = h.decimal(QStringLiteral("TotalDescuento"));
-    const Decimal tax = h.decimal(QStringLiteral("TotalImpuesto"));
-    QString html;
-    html += QStringLiteral("<html><body style=\"font-family: monospace; font-size: %1pt\">")
-                .arg(largeFormat ? 10 : 8);
+QString paperHeadHtml(const shell::SessionContext& ctx, bool contingency, bool largeFormat) {
+    QString html = QStringLiteral("<html><body style=\"font-family: monospace; font-size: %1pt\">")
+                       .arg(largeFormat ? 10 : 8);
     html +=
         QStringLiteral("<p><b>%1</b><br>%2 %3<br>%4</p>")
             .arg(esc(ctx.nombre), esc(ctx.nombreIdFiscal), esc(ctx.idEmpresa), esc(ctx.direccion));
     if (contingency)
         html += QStringLiteral("<h3>CONTINGENCIA</h3>");
-    html +=
-        QStringLiteral("<p>FACTURA: %1 &nbsp; SERIE: %2<br>FECHA: %3<br>CLIENTE: %4 %5<br>%6</p>")
-            .arg(QString::number(number).rightJustified(8, QLatin1Char('0')), esc(serie),
-                 h.dateTime(QStringLiteral("Fecha")).toString(QStringLiteral("dd/MM/yyyy hh:mm")),
-                 esc(h.text(QStringLiteral("Cliente")).trimmed()),
-                 esc(h.text(QStringLiteral("Nombre")).trimmed()),
-                 esc(h.text(QStringLiteral("Direccion")).trimmed()));
-    html += QStringLiteral("<table width=\"100%\" cellspacing=\"0\"><tr><th align=\"left\">"
-                           "DESCRIPCION</th><th align=\"right\">CANT</th><th align=\"right\">"
-                           "PRECIO</th><th align=\"right\">TOTAL</th></tr>");
-    db::Sql l(db, QStringLiteral("SELECT M.CodigoBarra, M.PrecioLista, M.Cantidad, I.Nombre FROM "
-                                 "MOVVENTAS M LEFT JOIN INVENTARIO I ON I.CodigoBarra = "
-                                 "M.CodigoBarra WHERE M.NumeroFactura = ? AND M.Serie = ? "
-                                 "ORDER BY M.Item"));
+    return html;
+}
+
+QString paperLinesHtml(const QSqlDatabase& db, const QString& linesTable,
+                       const QString& numberColumn, long long number, const QString& serie) {
+    QString html =
+        QStringLiteral("<table width=\"100%\" cellspacing=\"0\"><tr><th align=\"left\">"
+                       "DESCRIPCION</th><th align=\"right\">CANT</th><th align=\"right\">"
+                       "PRECIO</th><th align=\"right\">TOTAL</th></tr>");
+    // Table and column names come from the callers, never from the user.
+    db::Sql l(db, QStringLiteral("SELECT M.PrecioLista, M.Cantidad, I.Nombre FROM %1 M "
+                                 "LEFT JOIN INVENTARIO I ON I.CodigoBarra = M.CodigoBarra "
+                                 "WHERE M.%2 = ? AND M.Serie = ? ORDER BY M.Item")
+                      .arg(linesTable, numberColumn));
     l.bind(number).bind(serie).exec();
     while (l.next()) {
         const Decimal price = l.decimal(QStringLiteral("PrecioLista"));
@@ -136,11 +123,39 @@ QString paperInvoiceHtml(const QSqlDatabase& db, const shell::SessionContext& ct
                          payments::formatAmount(price),
                          payments::formatAmount((price * qty).rounded(2)));
     }
+    return html + QStringLiteral("</table>");
+}
+
+QString paperTotalsHtml(const Decimal& merchandise, const Decimal& discount, const Decimal& tax) {
+    return QStringLiteral(
+               "<p>SUBTOTAL: %1<br>DESCUENTO: %2<br>IMPUESTO: %3<br><b>TOTAL: %4</b></p>")
+        .arg(payments::formatAmount(merchandise), payments::formatAmount(discount),
+             payments::formatAmount(tax), payments::formatAmount(merchandise - discount + tax));
+}
+
+QString paperInvoiceHtml(const QSqlDatabase& db, const shell::SessionContext& ctx, long long number,
+                         bool contingency, bool largeFormat) {
+    const QString serie = ctx.serial;
+    db::Sql h(db, QStringLiteral("SELECT V.Fecha, V.Cliente, V.TotalMercancia, V.TotalDescuento, "
+                                 "V.TotalImpuesto, C.Nombre, C.Direccion FROM VENTAS V LEFT JOIN "
+                                 "CLIENTES C ON C.Codigo = V.Cliente "
+                                 "WHERE V.NumeroFactura = ? AND V.Serie = ?"));
+    h.bind(number).bind(serie).exec();
+    if (!h.next())
+        return {};
+    QString html = paperHeadHtml(ctx, contingency, largeFormat);
     html +=
-        QStringLiteral("</table><p>SUBTOTAL: %1<br>DESCUENTO: %2<br>IMPUESTO: %3<br>"
-                       "<b>TOTAL: %4</b></p>")
-            .arg(payments::formatAmount(merchandise), payments::formatAmount(discount),
-                 payments::formatAmount(tax), payments::formatAmount(merchandise - discount + tax));
+        QStringLiteral("<p>FACTURA: %1 &nbsp; SERIE: %2<br>FECHA: %3<br>CLIENTE: %4 %5<br>%6</p>")
+            .arg(QString::number(number).rightJustified(8, QLatin1Char('0')), esc(serie),
+                 h.dateTime(QStringLiteral("Fecha")).toString(QStringLiteral("dd/MM/yyyy hh:mm")),
+                 esc(h.text(QStringLiteral("Cliente")).trimmed()),
+                 esc(h.text(QStringLiteral("Nombre")).trimmed()),
+                 esc(h.text(QStringLiteral("Direccion")).trimmed()));
+    html += paperLinesHtml(db, QStringLiteral("MOVVENTAS"), QStringLiteral("NumeroFactura"), number,
+                           serie);
+    html += paperTotalsHtml(h.decimal(QStringLiteral("TotalMercancia")),
+                            h.decimal(QStringLiteral("TotalDescuento")),
+                            h.decimal(QStringLiteral("TotalImpuesto")));
     // The payments (crpPagosVentas).
     db::Sql p(
         db, QStringLiteral(

@@ -55,6 +55,13 @@ inline constexpr int kZReportTimeoutMs = 60000;
 // with the payments, and the word "CONTINGENCIA" on a contingency sale.
 QString paperInvoiceHtml(const QSqlDatabase& db, const shell::SessionContext& ctx, long long number,
                          bool contingency, bool largeFormat);
+// The parts the paper invoice and the paper credit note share: the opening with the company
+// (and "CONTINGENCIA"), the lines of `linesTable` (MOVVENTAS, MOVDEVVENTAS) whose `numberColumn`
+// is `number`, and the totals.
+QString paperHeadHtml(const shell::SessionContext& ctx, bool contingency, bool largeFormat);
+QString paperLinesHtml(const QSqlDatabase& db, const QString& linesTable,
+                       const QString& numberColumn, long long number, const QString& serie);
+QString paperTotalsHtml(const Decimal& merchandise, const Decimal& discount, const Decimal& tax);
 // Writes the document as a PDF file, `copies` times one after another (as many pages as a printer
 // would give); false when the file cannot be written.
 bool writePdf(const QString& html, const QString& path, bool largeFormat, int copies = 1);
