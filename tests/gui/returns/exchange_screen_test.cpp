@@ -1,8 +1,8 @@
 // frmCambiosDeMercancia on a fiscal register: goods back, goods taken, paid in frmPagosVenta, both
 // documents on the software printer.
 #include "../../pos/fiscal/running_emulator.h"
+#include "../../pos/sale/till_fixture.h"
 #include "support/scripted_dialogs.h"
-#include "support/test_db.h"
 
 #include "common/db/sql.h"
 #include "pos/fiscal/fiscal_printer_thread.h"
@@ -37,26 +37,11 @@ public:
     }
 };
 
-class ExchangeScreenTest : public test::DbTest {
+class ExchangeScreenTest : public test::TillTest {
 protected:
     void SetUp() override {
-        DbTest::SetUp();
-        shell::demo::seedDemoStore(db());
-        exec("UPDATE PARAMETROS SET UsaImpresoraFiscal = 1, ItemsPorFactura = 0");
-        exec("UPDATE CAJAS SET Serie = ?", {serie});
-        exec("INSERT INTO DIARIOCAJA (Serie, Fecha, Numero, FacturaInicial, FacturaFinal, Status, "
-             "Acumulado) VALUES (?, ?, 1, 0, 0, 0, 0)",
-             {serie, db::dayStart(db::serverNow(db()).date())});
-        const QString insert = QStringLiteral(
-            "INSERT INTO INVENTARIO (CodigoBarra, Nombre, Referencia, CodigoMarca, Talla, "
-            "CodigoColor, TipoImpuesto, PrecioDetal, PrecioMayor, PrecioAfiliado, Promocion, "
-            "PrecioPromocion, Existencia, CostoPromedio, UltimoCosto, Tipo, Status) VALUES (?, ?, "
-            "?, '001', ?, '001', 1, ?, ?, ?, 0, 0, ?, ?, 0, 0, 1)");
-        exec(insert, {"T0001", "CAMISA PRUEBA T:S", "TST-1", "S", "100", "80", "90", "10", "50.5"});
-        exec(insert, {"T0002", "PANTALON PRUEBA", "TST-2", "M", "120", "85", "95", "5", "50.5"});
-        ctx.serial = serie;
-        shell::loadSession(db(), ctx);
-        ctx.userCode = QStringLiteral("CAJERO1");
+        TillTest::SetUp();
+        setUpTill({.fiscal = true, .trousers = true});
         const QString device = emulator.device();
         thread = std::make_unique<pos::fiscal::FiscalPrinterThread>([device] {
             auto p = std::make_unique<pos::fiscal::SerialFiscalPrinter>(test::fastTiming());
@@ -65,14 +50,8 @@ protected:
         });
 
         // Invoice 1: one shirt, paid cash and printed.
-        pos::sale::SaleDraft draft = pos::sale::newDraft(db(), ctx);
-        draft.setClient(*pos::sale::findClient(db(), QStringLiteral("V12345678")));
-        draft.setSeller(pos::sale::findSeller(db(), QStringLiteral("003")));
-        pos::sale::addArticle(draft, pos::sale::lookupArticles(db(), "T0001").at(0), Decimal(1));
-        pos::payments::PaymentRow cash;
-        cash.way = QStringLiteral("EFECTIVO");
-        cash.amount = draft.totals().total;
-        draft.setPayments({cash}, draft.totals().total, Decimal(36));
+        pos::sale::SaleDraft draft = draftOf({"T0001"});
+        payCash(draft, draft.totals().total);
         pos::sale::ThreadSalePrinter printer(*thread);
         const auto sold = pos::sale::acceptSale(db(), ctx, draft, &printer);
         ASSERT_TRUE(pos::sale::printSale(db(), ctx, sold.number, false, &printer, {}).ok());
@@ -93,12 +72,6 @@ protected:
         QTest::keyClicks(e, text);
         QTest::keyClick(e, Qt::Key_Return);
     }
-    Decimal dec(const char* sql, std::initializer_list<QVariant> values = {}) const {
-        return Decimal::fromVariant(scalar(sql, values));
-    }
-
-    QString serie = QStringLiteral("Z1B0000001");
-    shell::SessionContext ctx;
     test::RunningEmulator emulator{50};
     std::unique_ptr<pos::fiscal::FiscalPrinterThread> thread;
 };

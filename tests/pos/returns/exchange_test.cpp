@@ -1,6 +1,6 @@
 // The exchange of goods: the return and the new invoice together, on the software printer.
 #include "../fiscal/running_emulator.h"
-#include "support/test_db.h"
+#include "../sale/till_fixture.h"
 
 #include "common/db/sql.h"
 #include "common/errors/errors.h"
@@ -15,41 +15,14 @@ namespace sale = orvo::pos::sale;
 
 namespace {
 
-Decimal d(const char* text) {
-    return Decimal::fromString(QString::fromLatin1(text));
-}
+using test::d;
+using test::refusal;
 
-QString refusal(const std::function<void()>& f) {
-    try {
-        f();
-    } catch (const UserError& e) {
-        return e.text();
-    }
-    return QStringLiteral("(no refusal)");
-}
-
-class ExchangeTest : public test::DbTest {
+class ExchangeTest : public test::TillTest {
 protected:
     void SetUp() override {
-        DbTest::SetUp();
-        shell::demo::seedDemoStore(db());
-        exec("UPDATE PARAMETROS SET UsaImpresoraFiscal = 1, ItemsPorFactura = 0");
-        exec("UPDATE CAJAS SET Serie = ?", {serie});
-        exec("INSERT INTO DIARIOCAJA (Serie, Fecha, Numero, FacturaInicial, FacturaFinal, Status, "
-             "Acumulado) VALUES (?, ?, 1, 0, 0, 0, 0)",
-             {serie, db::dayStart(db::serverNow(db()).date())});
-        const QString insert = QStringLiteral(
-            "INSERT INTO INVENTARIO (CodigoBarra, Nombre, Referencia, CodigoMarca, Talla, "
-            "CodigoColor, TipoImpuesto, PrecioDetal, PrecioMayor, PrecioAfiliado, Promocion, "
-            "PrecioPromocion, Existencia, CostoPromedio, UltimoCosto, Tipo, Status) VALUES (?, ?, "
-            "?, '001', ?, '001', 1, ?, ?, ?, 0, 0, ?, ?, 0, ?, 1)");
-        exec(insert,
-             {"T0001", "CAMISA PRUEBA T:S", "TST-1", "S", "100", "80", "90", "10", "50.5", 0});
-        exec(insert, {"T0002", "PANTALON PRUEBA", "TST-2", "M", "120", "85", "95", "5", "50.5", 0});
-        exec(insert, {"T0009", "ENVOLTURA", "TST-9", "U", "60", "60", "60", "0", "10", 1});
-        ctx.serial = serie;
-        shell::loadSession(db(), ctx);
-        ctx.userCode = QStringLiteral("CAJERO1");
+        TillTest::SetUp();
+        setUpTill({.fiscal = true, .trousers = true});
         const QString device = emulator.device();
         thread = std::make_unique<pos::fiscal::FiscalPrinterThread>([device] {
             auto p = std::make_unique<pos::fiscal::SerialFiscalPrinter>(test::fastTiming());
@@ -64,24 +37,6 @@ protected:
         DbTest::TearDown();
     }
 
-    sale::SaleDraft draftOf(std::initializer_list<const char*> codes, bool credit = false) {
-        sale::SaleDraft draft = sale::newDraft(db(), ctx);
-        draft.setClient(*sale::findClient(db(), QStringLiteral("V12345678")));
-        draft.setSeller(sale::findSeller(db(), QStringLiteral("003")));
-        for (const char* code : codes)
-            sale::addArticle(draft, sale::lookupArticles(db(), QString::fromLatin1(code)).at(0));
-        if (credit) {
-            draft.setMode(sale::PaymentMode::Credit);
-            draft.setCreditDays(30);
-        }
-        return draft;
-    }
-    static void payCash(sale::SaleDraft& draft, const Decimal& amount) {
-        pos::payments::PaymentRow cash;
-        cash.way = QStringLiteral("EFECTIVO");
-        cash.amount = amount;
-        draft.setPayments({cash}, amount, d("36.5"));
-    }
     long long sellPrinted(std::initializer_list<const char*> codes, bool credit = false) {
         sale::SaleDraft draft = draftOf(codes, credit);
         if (!credit)
@@ -99,15 +54,7 @@ protected:
             sale::printSale(db(), ctx, r.invoiceNumber, false, printer.get(), {}, r.change);
         ASSERT_TRUE(inv.ok()) << inv.error.toStdString();
     }
-    Decimal dec(const QString& sql, std::initializer_list<QVariant> values = {}) const {
-        return Decimal::fromVariant(scalar(sql, values));
-    }
-    Decimal stock(const char* code) const {
-        return dec("SELECT Existencia FROM INVENTARIO WHERE CodigoBarra = ?", {code});
-    }
 
-    QString serie = QStringLiteral("Z1B0000001");
-    shell::SessionContext ctx;
     test::RunningEmulator emulator{50};
     std::unique_ptr<pos::fiscal::FiscalPrinterThread> thread;
     std::unique_ptr<sale::ThreadSalePrinter> printer;

@@ -1,6 +1,6 @@
 // Returns at the till against a real database, and the credit note on the software printer.
 #include "../fiscal/running_emulator.h"
-#include "support/test_db.h"
+#include "../sale/till_fixture.h"
 
 #include "common/db/sql.h"
 #include "common/errors/errors.h"
@@ -19,69 +19,24 @@ namespace sale = orvo::pos::sale;
 
 namespace {
 
-Decimal d(const char* text) {
-    return Decimal::fromString(QString::fromLatin1(text));
-}
+using test::d;
+using test::refusal;
 
-QString refusal(const std::function<void()>& f) {
-    try {
-        f();
-    } catch (const UserError& e) {
-        return e.text();
-    }
-    return QStringLiteral("(no refusal)");
-}
-
-class ReturnsTest : public test::DbTest {
+class ReturnsTest : public test::TillTest {
 protected:
     void SetUp() override {
-        DbTest::SetUp();
-        shell::demo::seedDemoStore(db());
-        exec("UPDATE PARAMETROS SET UsaImpresoraFiscal = 0, ItemsPorFactura = 0");
-        const QDate today = db::serverNow(db()).date();
-        exec("INSERT INTO DIARIOCAJA (Serie, Fecha, Numero, FacturaInicial, FacturaFinal, Status, "
-             "Acumulado) VALUES (?, ?, 1, 0, 0, 0, 0)",
-             {QString::fromLatin1(shell::demo::kDemoSerial), db::dayStart(today)});
+        TillTest::SetUp();
+        setUpTill({});
         exec("INSERT INTO CTACONTABLE (Codigo, Nombre, ManejaDocumentos, TieneAcreedor, "
              "CuentaDevolucion, Status) VALUES ('4.1.09', 'DEVOLUCIONES EN VENTAS', 1, 1, 1, 1)");
-        // One model in two sizes and a service.
-        const QString insert = QStringLiteral(
-            "INSERT INTO INVENTARIO (CodigoBarra, Nombre, Referencia, CodigoMarca, Talla, "
-            "CodigoColor, TipoImpuesto, PrecioDetal, PrecioMayor, PrecioAfiliado, Promocion, "
-            "PrecioPromocion, Existencia, CostoPromedio, UltimoCosto, Tipo, Status) VALUES (?, ?, "
-            "?, '001', ?, '001', 1, ?, ?, ?, 0, 0, ?, ?, 0, ?, 1)");
-        exec(insert,
-             {"T0001", "CAMISA PRUEBA T:S", "TST-1", "S", "100", "80", "90", "10", "50.5", 0});
-        exec(insert,
-             {"T0002", "CAMISA PRUEBA T:M", "TST-1", "M", "120", "85", "95", "5", "50.5", 0});
-        exec(insert, {"T0009", "ENVOLTURA", "TST-9", "U", "60", "60", "60", "0", "10", 1});
-        loadContext();
-    }
-
-    void loadContext() {
-        ctx = {};
-        ctx.serial = serie;
-        shell::loadSession(db(), ctx);
-        ctx.userCode = QStringLiteral("CAJERO1");
     }
 
     // An invoice made by the sale itself: T0001 × 2 and T0002 at 120 each, tax 16 %.
     long long sell(std::initializer_list<const char*> codes, bool credit = false,
                    sale::SalePrinter* printer = nullptr) {
-        sale::SaleDraft draft = sale::newDraft(db(), ctx);
-        draft.setClient(*sale::findClient(db(), QStringLiteral("V12345678")));
-        draft.setSeller(sale::findSeller(db(), QStringLiteral("003")));
-        for (const char* code : codes)
-            sale::addArticle(draft, sale::lookupArticles(db(), QString::fromLatin1(code)).at(0));
-        if (credit) {
-            draft.setMode(sale::PaymentMode::Credit);
-            draft.setCreditDays(30);
-        } else {
-            pos::payments::PaymentRow cash;
-            cash.way = QStringLiteral("EFECTIVO");
-            cash.amount = draft.totals().total;
-            draft.setPayments({cash}, draft.totals().total, d("36.5"));
-        }
+        sale::SaleDraft draft = draftOf(codes, credit);
+        if (!credit)
+            payCash(draft, draft.totals().total);
         const auto r = sale::acceptSale(db(), ctx, draft, printer);
         EXPECT_EQ(r.status, sale::AcceptResult::Status::Saved);
         if (printer) {
@@ -91,12 +46,6 @@ protected:
         return r.number;
     }
 
-    Decimal dec(const QString& sql, std::initializer_list<QVariant> values = {}) const {
-        return Decimal::fromVariant(scalar(sql, values));
-    }
-    Decimal stock(const char* code) const {
-        return dec("SELECT Existencia FROM INVENTARIO WHERE CodigoBarra = ?", {code});
-    }
     Decimal averageCost(const char* code) const {
         return dec("SELECT CostoPromedio FROM INVENTARIO WHERE CodigoBarra = ?", {code});
     }
@@ -108,9 +57,6 @@ protected:
                    "CodigoBarra = ?",
                    {invoice, code});
     }
-
-    QString serie = QString::fromLatin1(shell::demo::kDemoSerial);
-    shell::SessionContext ctx;
 };
 
 } // namespace

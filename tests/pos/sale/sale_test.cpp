@@ -1,6 +1,6 @@
 // Saving a sale against a real database, and printing it on the software printer.
 #include "../fiscal/running_emulator.h"
-#include "support/test_db.h"
+#include "till_fixture.h"
 
 #include "common/db/sql.h"
 #include "common/errors/errors.h"
@@ -19,58 +19,14 @@ using orvo::pos::payments::PaymentRow;
 
 namespace {
 
-Decimal d(const char* text) {
-    return Decimal::fromString(QString::fromLatin1(text));
-}
+using test::d;
+using test::refusal;
 
-class SaleTest : public test::DbTest {
+class SaleTest : public test::TillTest {
 protected:
     void SetUp() override {
-        DbTest::SetUp();
-        shell::demo::seedDemoStore(db());
-        exec("UPDATE PARAMETROS SET UsaImpresoraFiscal = 0, ItemsPorFactura = 0");
-        today = db::serverNow(db()).date();
-        exec("INSERT INTO DIARIOCAJA (Serie, Fecha, Numero, FacturaInicial, FacturaFinal, Status, "
-             "Acumulado) VALUES (?, ?, 1, 0, 0, 0, 0)",
-             {QString::fromLatin1(shell::demo::kDemoSerial), db::dayStart(today)});
-        // A model in two sizes (the larger one dearer), and a service.
-        const QString insert = QStringLiteral(
-            "INSERT INTO INVENTARIO (CodigoBarra, Nombre, Referencia, CodigoMarca, Talla, "
-            "CodigoColor, TipoImpuesto, PrecioDetal, PrecioMayor, PrecioAfiliado, Promocion, "
-            "PrecioPromocion, Existencia, CostoPromedio, Tipo, Status) VALUES (?, ?, ?, '001', ?, "
-            "'001', 1, ?, ?, ?, 0, 0, ?, ?, ?, 1)");
-        exec(insert,
-             {"T0001", "CAMISA PRUEBA T:S", "TST-1", "S", "100", "80", "90", "10", "50.5", 0});
-        exec(insert,
-             {"T0002", "CAMISA PRUEBA T:M", "TST-1", "M", "120", "85", "95", "5", "50.5", 0});
-        exec(insert, {"T0009", "ENVOLTURA", "TST-9", "U", "60", "60", "60", "0", "10", 1});
-        loadContext();
-    }
-
-    void loadContext() {
-        ctx = {};
-        ctx.serial = serie;
-        shell::loadSession(db(), ctx);
-        ctx.userCode = QStringLiteral("CAJERO1");
-    }
-
-    SaleDraft draftWith(std::initializer_list<const char*> barcodes) {
-        SaleDraft draft = newDraft(db(), ctx);
-        draft.setClient(*findClient(db(), QStringLiteral("V12345678")));
-        draft.setSeller(findSeller(db(), QStringLiteral("003")));
-        for (const char* code : barcodes) {
-            const auto found = lookupArticles(db(), QString::fromLatin1(code));
-            EXPECT_EQ(found.size(), 1) << code;
-            addArticle(draft, found.at(0));
-        }
-        return draft;
-    }
-
-    static void payCash(SaleDraft& draft, const Decimal& amount) {
-        PaymentRow cash;
-        cash.way = QStringLiteral("EFECTIVO");
-        cash.amount = amount;
-        draft.setPayments({cash}, amount, d("36.5"));
+        TillTest::SetUp();
+        setUpTill({});
     }
 
     // Paper invoices are kept as their document text (PDF needs the GUI application; the GUI
@@ -86,29 +42,13 @@ protected:
         return f.open(QIODevice::ReadOnly) ? QString::fromUtf8(f.readAll()) : QString();
     }
 
-    Decimal dec(const QString& sql, std::initializer_list<QVariant> values = {}) const {
-        return Decimal::fromVariant(scalar(sql, values));
-    }
-
-    QString serie = QString::fromLatin1(shell::demo::kDemoSerial);
-    shell::SessionContext ctx;
-    QDate today;
     QTemporaryDir pdfDir;
 };
-
-QString refusal(const std::function<void()>& f) {
-    try {
-        f();
-    } catch (const UserError& e) {
-        return e.text();
-    }
-    return QStringLiteral("(no refusal)");
-}
 
 } // namespace
 
 TEST_F(SaleTest, CashSaleMergesEqualLinesKeepsServicesOutOfStockAndPrintsAfterCommit) {
-    SaleDraft draft = draftWith({"T0001", "T0009", "T0001", "T0002"});
+    SaleDraft draft = draftOf({"T0001", "T0009", "T0001", "T0002"});
     // The model sells at its highest retail price, 120.
     EXPECT_EQ(draft.lines().at(0).precio, d("120.00"));
     // 4 lines: 120 + 60 + 120 + 120 = 420, tax 16 % = 67.20, total 487.20
@@ -162,7 +102,7 @@ TEST_F(SaleTest, CashSaleMergesEqualLinesKeepsServicesOutOfStockAndPrintsAfterCo
 }
 
 TEST_F(SaleTest, CreditSaleWritesTheReceivableInsteadOfPayments) {
-    SaleDraft draft = draftWith({"T0009"});
+    SaleDraft draft = draftOf({"T0009"});
     draft.setMode(PaymentMode::Credit);
     draft.setCreditDays(30);
     ASSERT_EQ(acceptSale(db(), ctx, draft, nullptr).status, AcceptResult::Status::Saved);
@@ -188,7 +128,7 @@ TEST_F(SaleTest, RefusalsComeInOrderAndWriteNothing) {
     empty.setClient(*findClient(db(), "V12345678"));
     EXPECT_EQ(refusal([&] { acceptSale(db(), ctx, empty, nullptr); }),
               "Debe especificar al menos un artículo...!");
-    SaleDraft draft = draftWith({"T0001"});
+    SaleDraft draft = draftOf({"T0001"});
     draft.setSeller({});
     EXPECT_EQ(refusal([&] { acceptSale(db(), ctx, draft, nullptr); }),
               "Debe Especificar el pago del cliente...!");
@@ -290,7 +230,7 @@ TEST_F(SaleTest, AFailureInsideTheTransactionLeavesNoRowAndNoCounterMoved) {
         exec("CREATE TRIGGER TR_REFUSE_PAGO BEFORE INSERT ON PAGOSVENTA BEGIN SELECT "
              "RAISE(ABORT, 'pago rechazado'); END");
     }
-    SaleDraft draft = draftWith({"T0001", "T0002"});
+    SaleDraft draft = draftOf({"T0001", "T0002"});
     payCash(draft, d("278.40"));
     EXPECT_THROW(acceptSale(db(), ctx, draft, nullptr), DbError);
     for (const char* table : {"VENTAS", "MOVVENTAS", "PAGOSVENTA", "CUENTASXCOBRAR"})
@@ -304,7 +244,7 @@ TEST_F(SaleTest, AFailureInsideTheTransactionLeavesNoRowAndNoCounterMoved) {
 }
 
 TEST_F(SaleTest, ExemptInvoiceStoresNoTax) {
-    SaleDraft draft = draftWith({"T0001", "T0009"});
+    SaleDraft draft = draftOf({"T0001", "T0009"});
     draft.setExempt(true);
     payCash(draft, d("180"));
     ASSERT_EQ(acceptSale(db(), ctx, draft, nullptr).status, AcceptResult::Status::Saved);
@@ -314,7 +254,7 @@ TEST_F(SaleTest, ExemptInvoiceStoresNoTax) {
 }
 
 TEST_F(SaleTest, DeletedLinesAndCancelledSalesAreLoggedWithWhoAuthorised) {
-    SaleDraft draft = draftWith({"T0001", "T0009", "T0002"});
+    SaleDraft draft = draftOf({"T0001", "T0009", "T0002"});
     deleteLine(db(), ctx, draft, 1, QStringLiteral("ADMIN"));
     EXPECT_EQ(draft.lines().size(), 2);
     EXPECT_EQ(draft.lines().at(1).codigoBarra, "T0002");
@@ -339,7 +279,7 @@ TEST_F(SaleTest, DeletedLinesAndCancelledSalesAreLoggedWithWhoAuthorised) {
 TEST_F(SaleTest, PriceChangeNeedsTheRegisterAndAnAdministratorAndKeepsTheTotalsRight) {
     const QString refused = QStringLiteral("Caja ó Usuario no autorizado para cambiar precios...!");
     const Supervisor admin{QStringLiteral("ADMIN"), QStringLiteral("1234")};
-    SaleDraft draft = draftWith({"T0001", "T0009"});
+    SaleDraft draft = draftOf({"T0001", "T0009"});
 
     exec("UPDATE CAJAS SET CambiarPrecios = 0, RequerirAutorizacion = 0");
     EXPECT_EQ(refusal([&] { changeLinePrice(db(), ctx, draft, 0, d("100"), admin); }), refused);
@@ -398,7 +338,7 @@ TEST_F(SaleTest, PriceChangeNeedsTheRegisterAndAnAdministratorAndKeepsTheTotalsR
 }
 
 TEST_F(SaleTest, ParkedSaleComesBackWholeAndLeavesNoCopy) {
-    SaleDraft draft = draftWith({"T0001", "T0009"});
+    SaleDraft draft = draftOf({"T0001", "T0009"});
     draft.setExempt(true);
     const long long parked = parkSale(db(), ctx, draft);
     EXPECT_TRUE(draft.isEmpty());
@@ -427,7 +367,7 @@ TEST_F(SaleTest, ParkedSaleComesBackWholeAndLeavesNoCopy) {
 
 TEST_F(SaleTest, ReferenceLimitCountsModelsNotSizes) {
     ctx.itemsPorFactura = 1;
-    SaleDraft draft = draftWith({"T0001", "T0002"}); // one model
+    SaleDraft draft = draftOf({"T0001", "T0002"}); // one model
     EXPECT_EQ(refusal([&] { addArticle(draft, lookupArticles(db(), "T0009").at(0)); }),
               "Alcanzo el tope permitido de referencias por factura...!");
     EXPECT_EQ(draft.lines().size(), 2);
@@ -497,7 +437,7 @@ protected:
 TEST_F(FiscalSaleTest, DailyMaximumForcesAZBeforeTheInvoice) {
     exec("UPDATE IMPRESORAFISCAL SET MontoMaximoDiario = 500");
     exec("UPDATE DIARIOCAJA SET Acumulado = 400");
-    SaleDraft draft = draftWith({"T0001"});
+    SaleDraft draft = draftOf({"T0001"});
     payCash(draft, d("139.20"));
     AcceptResult r = acceptSale(db(), ctx, draft, printer.get());
     ASSERT_EQ(r.status, AcceptResult::Status::NeedsForcedZ);
@@ -522,7 +462,7 @@ TEST_F(FiscalSaleTest, DailyMaximumForcesAZBeforeTheInvoice) {
 
 TEST_F(FiscalSaleTest, ContingencySaleGoesOnPaperWithoutAskingThePrinter) {
     emulator.fault("silence");
-    SaleDraft draft = draftWith({"T0009"});
+    SaleDraft draft = draftOf({"T0009"});
     draft.setContingency(true);
     payCash(draft, d("69.60"));
     const AcceptResult r = acceptSale(db(), ctx, draft, printer.get());
@@ -535,7 +475,7 @@ TEST_F(FiscalSaleTest, ContingencySaleGoesOnPaperWithoutAskingThePrinter) {
 }
 
 TEST_F(FiscalSaleTest, PaperOutAfterTheCommitLeavesOneReprintableInvoice) {
-    SaleDraft draft = draftWith({"T0001", "T0009"});
+    SaleDraft draft = draftOf({"T0001", "T0009"});
     payCash(draft, d("208.80"));
     emulator.fault("paper-out");
     const AcceptResult r = acceptSale(db(), ctx, draft, printer.get());
@@ -548,7 +488,7 @@ TEST_F(FiscalSaleTest, PaperOutAfterTheCommitLeavesOneReprintableInvoice) {
     EXPECT_FALSE(emulator.hasTicket("FACTURA_00000001.txt"));
 
     // The next sale is held back by the printer check until the invoice is out.
-    SaleDraft next = draftWith({"T0002"});
+    SaleDraft next = draftOf({"T0002"});
     payCash(next, d("139.20"));
     EXPECT_EQ(refusal([&] { acceptSale(db(), ctx, next, printer.get()); }),
               "El numero de factura no concuerda con el numero de factura de la impresora...!");
