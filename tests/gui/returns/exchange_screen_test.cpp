@@ -1,6 +1,6 @@
 // frmCambiosDeMercancia on a fiscal register: goods back, goods taken, paid in frmPagosVenta, both
 // documents on the software printer.
-#include "../../pos/fiscal/running_emulator.h"
+#include "../../pos/fiscal/printer_on_emulator.h"
 #include "../../pos/sale/till_fixture.h"
 #include "support/scripted_dialogs.h"
 
@@ -42,12 +42,7 @@ protected:
     void SetUp() override {
         TillTest::SetUp();
         setUpTill({.fiscal = true, .trousers = true});
-        const QString device = emulator.device();
-        thread = std::make_unique<pos::fiscal::FiscalPrinterThread>([device] {
-            auto p = std::make_unique<pos::fiscal::SerialFiscalPrinter>(test::fastTiming());
-            p->open(device);
-            return p;
-        });
+        thread = test::printerThreadOn(emulator);
 
         // Invoice 1: one shirt, paid cash and printed.
         pos::sale::SaleDraft draft = draftOf({"T0001"});

@@ -1,5 +1,5 @@
 // frmFacturacion on the demo store: scanning, paying cash with change, the fiscal ticket.
-#include "../../pos/fiscal/running_emulator.h"
+#include "../../pos/fiscal/printer_on_emulator.h"
 #include "support/scripted_dialogs.h"
 #include "support/test_db.h"
 
@@ -43,12 +43,7 @@ protected:
         ctx.serial = QStringLiteral("Z1B0000001");
         shell::loadSession(db(), ctx);
         ctx.userCode = QStringLiteral("CAJERO1");
-        const QString device = emulator.device();
-        printer = std::make_unique<pos::fiscal::FiscalPrinterThread>([device] {
-            auto p = std::make_unique<pos::fiscal::SerialFiscalPrinter>(test::fastTiming());
-            p->open(device);
-            return p;
-        });
+        printer = test::printerThreadOn(emulator);
     }
     void TearDown() override {
         printer.reset();

@@ -1,5 +1,5 @@
 // The exchange of goods: the return and the new invoice together, on the software printer.
-#include "../fiscal/running_emulator.h"
+#include "../fiscal/printer_on_emulator.h"
 #include "../sale/till_fixture.h"
 
 #include "common/db/sql.h"
@@ -23,12 +23,7 @@ protected:
     void SetUp() override {
         TillTest::SetUp();
         setUpTill({.fiscal = true, .trousers = true});
-        const QString device = emulator.device();
-        thread = std::make_unique<pos::fiscal::FiscalPrinterThread>([device] {
-            auto p = std::make_unique<pos::fiscal::SerialFiscalPrinter>(test::fastTiming());
-            p->open(device);
-            return p;
-        });
+        thread = test::printerThreadOn(emulator);
         printer = std::make_unique<sale::ThreadSalePrinter>(*thread);
     }
     void TearDown() override {

@@ -1,5 +1,5 @@
 // Returns at the till against a real database, and the credit note on the software printer.
-#include "../fiscal/running_emulator.h"
+#include "../fiscal/printer_on_emulator.h"
 #include "../sale/till_fixture.h"
 
 #include "common/db/sql.h"
@@ -254,12 +254,7 @@ protected:
         exec("UPDATE PARAMETROS SET UsaImpresoraFiscal = 1");
         serie = QStringLiteral("Z1B0000001");
         loadContext();
-        const QString device = emulator.device();
-        thread = std::make_unique<pos::fiscal::FiscalPrinterThread>([device] {
-            auto p = std::make_unique<pos::fiscal::SerialFiscalPrinter>(test::fastTiming());
-            p->open(device);
-            return p;
-        });
+        thread = test::printerThreadOn(emulator);
         printer = std::make_unique<sale::ThreadSalePrinter>(*thread);
     }
     void TearDown() override {

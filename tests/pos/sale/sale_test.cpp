@@ -1,5 +1,5 @@
 // Saving a sale against a real database, and printing it on the software printer.
-#include "../fiscal/running_emulator.h"
+#include "../fiscal/printer_on_emulator.h"
 #include "till_fixture.h"
 
 #include "common/db/sql.h"
@@ -415,12 +415,7 @@ protected:
         exec("UPDATE PARAMETROS SET UsaImpresoraFiscal = 1");
         serie = QStringLiteral("Z1B0000001");
         loadContext();
-        const QString device = emulator.device();
-        thread = std::make_unique<pos::fiscal::FiscalPrinterThread>([device] {
-            auto p = std::make_unique<pos::fiscal::SerialFiscalPrinter>(test::fastTiming());
-            p->open(device);
-            return p;
-        });
+        thread = test::printerThreadOn(emulator);
         printer = std::make_unique<ThreadSalePrinter>(*thread);
     }
     void TearDown() override {
