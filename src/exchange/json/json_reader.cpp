@@ -139,18 +139,20 @@ JsonValue JsonReader::parseValue() {
     return parseNumber();
 }
 
-JsonValue JsonReader::parseObject() {
-    auto object = std::make_shared<JsonObject>();
-    const JsonValue result = JsonValue::object(object);
-    if (current() != u'{') {
-        addError(
-            QStringLiteral("Invalid Object at position %1 : %2").arg(position()).arg(restOfText()));
+template <class ReadElement>
+JsonValue JsonReader::parseCollection(JsonValue result, QChar open, QChar close,
+                                      const QString& kind, ReadElement readElement) {
+    if (current() != open) {
+        addError(QStringLiteral("Invalid %1 at position %2 : %3")
+                     .arg(kind)
+                     .arg(position())
+                     .arg(restOfText()));
         return result;
     }
     ++m_pos;
     for (;;) {
         skipBlanks();
-        if (current() == u'}') {
+        if (current() == close) {
             ++m_pos;
             return result;
         }
@@ -159,48 +161,37 @@ JsonValue JsonReader::parseObject() {
             skipBlanks();
         }
         if (atEnd()) {
-            addError(QStringLiteral("Missing '}': ") + m_text.right(20));
+            addError(QStringLiteral("Missing '%1': ").arg(close) + m_text.right(20));
             return result;
         }
+        if (!readElement())
+            return result;
+    }
+}
+
+JsonValue JsonReader::parseObject() {
+    auto object = std::make_shared<JsonObject>();
+    return parseCollection(JsonValue::object(object), u'{', u'}', QStringLiteral("Object"), [&] {
         const QString key = parseKey();
         JsonValue value = parseValue();
-        if (!object->add(key, std::move(value))) {
-            addError(QStringLiteral("This key is already associated with an element of this "
-                                    "collection: ") +
-                     key);
-            return result;
-        }
-    }
+        if (object->add(key, std::move(value)))
+            return true;
+        addError(QStringLiteral("This key is already associated with an element of this "
+                                "collection: ") +
+                 key);
+        return false;
+    });
 }
 
 JsonValue JsonReader::parseArray() {
     auto array = std::make_shared<JsonArray>();
-    const JsonValue result = JsonValue::array(array);
-    if (current() != u'[') {
-        addError(
-            QStringLiteral("Invalid Array at position %1 : %2").arg(position()).arg(restOfText()));
-        return result;
-    }
-    ++m_pos;
-    for (;;) {
-        skipBlanks();
-        if (current() == u']') {
-            ++m_pos;
-            return result;
-        }
-        if (current() == u',') {
-            ++m_pos;
-            skipBlanks();
-        }
-        if (atEnd()) {
-            addError(QStringLiteral("Missing ']': ") + m_text.right(20));
-            return result;
-        }
+    return parseCollection(JsonValue::array(array), u'[', u']', QStringLiteral("Array"), [&] {
         const qsizetype before = m_pos;
         array->append(parseValue());
         if (m_pos == before)
             ++m_pos; // a stray delimiter such as '}' or ':' in a list: never read it twice
-    }
+        return true;
+    });
 }
 
 QString JsonReader::parseKey() {

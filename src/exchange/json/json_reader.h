@@ -38,6 +38,12 @@ private:
     JsonValue parseValue();
     JsonValue parseObject();
     JsonValue parseArray();
+    // The frame both share: the opening character, elements separated by commas (a missing or
+    // doubled comma is forgiven), the closing one. `readElement` reads one element and returns
+    // false to stop at an error it reported.
+    template <class ReadElement>
+    JsonValue parseCollection(JsonValue result, QChar open, QChar close, const QString& kind,
+                              ReadElement readElement);
     QString parseKey();
     JsonValue parseText();
     JsonValue parseNumber();
