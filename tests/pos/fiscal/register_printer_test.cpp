@@ -2,6 +2,7 @@
 // stays on its port and every fiscal action opens it again on its own.
 #include "../sale/till_fixture.h"
 #include "printer_on_emulator.h"
+#include "support/app_home_guard.h"
 
 #include "pos/cash/cash_closing.h"
 #include "pos/cash/cash_day.h"
@@ -24,8 +25,7 @@ class RegisterPrinterTest : public test::TillTest {
 protected:
     void SetUp() override {
         TillTest::SetUp();
-        m_oldHome = qgetenv("ORVO_HOME");
-        qputenv("ORVO_HOME", m_home.path().toUtf8());
+        m_home = std::make_unique<test::AppHomeGuard>();
         setUpTill({.fiscal = true});
         // The register takes the software printer's serial; its day is opened by the program.
         exec("UPDATE CAJAS SET Serie = 'Z1B0000001'");
@@ -36,10 +36,7 @@ protected:
     }
     void TearDown() override {
         m_printer.reset();
-        if (m_oldHome.isEmpty())
-            qunsetenv("ORVO_HOME");
-        else
-            qputenv("ORVO_HOME", m_oldHome);
+        m_home.reset();
         TillTest::TearDown();
     }
 
@@ -68,8 +65,7 @@ protected:
         return r.number;
     }
 
-    QTemporaryDir m_home;
-    QByteArray m_oldHome;
+    std::unique_ptr<test::AppHomeGuard> m_home;
     QTemporaryDir m_printerDir;
     std::unique_ptr<test::RunningEmulator> m_emulator =
         std::make_unique<test::RunningEmulator>(m_printerDir.path(), 50);
