@@ -29,9 +29,10 @@ namespace store {
 
 namespace {
 
-// Column scales: prices NUMERIC(18,2), costs (18,5), quantities (18,3).
+// Column scales: prices NUMERIC(18,4) (a before-tax price keeps the four decimals that bring
+// back the tax-included price typed), costs (18,5), quantities (18,3).
 QVariant price(const Decimal& d) {
-    return QVariant::fromValue(d.rounded(2));
+    return QVariant::fromValue(d.rounded(4));
 }
 QVariant costOf(const Decimal& d) {
     return QVariant::fromValue(d.rounded(5));

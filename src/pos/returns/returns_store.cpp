@@ -89,8 +89,8 @@ void addLine(const QSqlDatabase& db, long long number, const QString& serie, con
         .bind(serie)
         .bind(s.codigoBarra)
         .bind(s.tipoLista)
-        .bind(s.precio, 2)
-        .bind(s.precioLista, 2)
+        .bind(s.precio, 4)
+        .bind(s.precioLista, 4)
         .bind(s.porcentajeDescuento, 4)
         .exec();
     if (merge.rowsAffected() > 0)

@@ -88,7 +88,7 @@ void SaleDraft::switchList(int index, bool allowed) {
         throw UserError(
             QStringLiteral("Solo puede alternar entre la listas de precios detal y mayor...!"));
     const Decimal price =
-        (next == kRetail ? line.article.precioDetal : line.article.precioMayor).rounded(2);
+        (next == kRetail ? line.article.precioDetal : line.article.precioMayor).rounded(4);
     if (price.isZero())
         throw UserError(QStringLiteral("No se puede vender el artículo con precio cero..."));
     SaleLine repriced = priceLine(line.article, next, line.cantidad, pricingContext());

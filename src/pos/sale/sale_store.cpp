@@ -229,8 +229,8 @@ LineWriter::LineWriter(const QSqlDatabase& db, long long number, const QString& 
 
 int LineWriter::add(const SaleLine& l) {
     const QString letter(QLatin1Char(l.tipoLista));
-    const QString key = QStringList{l.codigoBarra, letter, l.precio.toString(2),
-                                    l.precioLista.toString(2), l.porcentajeDescuento.toString(4)}
+    const QString key = QStringList{l.codigoBarra, letter, l.precio.toString(4),
+                                    l.precioLista.toString(4), l.porcentajeDescuento.toString(4)}
                             .join(QLatin1Char('\x1f'));
     // Only a key already written can match: the update runs for those alone.
     if (m_written.contains(key)) {
@@ -239,8 +239,8 @@ int LineWriter::add(const SaleLine& l) {
             .bind(m_serie)
             .bind(l.codigoBarra)
             .bind(letter)
-            .bind(l.precio, 2)
-            .bind(l.precioLista, 2)
+            .bind(l.precio, 4)
+            .bind(l.precioLista, 4)
             .bind(l.porcentajeDescuento, 4)
             .exec();
         if (m_merge.rowsAffected() > 0)
@@ -391,8 +391,8 @@ void insertDeletedLine(const QSqlDatabase& db, const DeletedLineContext& c, int 
         .bind(db::serverNow(db))
         .bind(QString(QLatin1Char(l.tipoLista)))
         .bind(l.codigoBarra)
-        .bind(l.precio, 2)
-        .bind(l.precioLista, 2)
+        .bind(l.precio, 4)
+        .bind(l.precioLista, 4)
         .bind(l.costo, 5)
         .bind(l.impuesto, 2)
         .bind(l.porcentajeImpuesto, 4)
@@ -490,8 +490,8 @@ void insertParkedLine(const QSqlDatabase& db, long long numero, const QString& s
         .bind(hora)
         .bind(QString(QLatin1Char(l.tipoLista)))
         .bind(l.codigoBarra)
-        .bind(l.precio, 2)
-        .bind(l.precioLista, 2)
+        .bind(l.precio, 4)
+        .bind(l.precioLista, 4)
         .bind(l.costo, 5)
         .bind(l.impuesto, 2)
         .bind(l.porcentajeImpuesto, 4)

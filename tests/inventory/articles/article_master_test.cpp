@@ -131,15 +131,24 @@ TEST_F(ArticleMaster, CreatesAModelAndSavingAgainUpdatesWithoutDuplicates) {
     EXPECT_EQ(scalar("SELECT Talla FROM INVENTARIO WHERE CodigoBarra = '7721'").toString(), "40");
     EXPECT_EQ(scalar("SELECT CodigoColor FROM INVENTARIO WHERE CodigoBarra = '7721'").toString(),
               "02");
-    // Prices are kept to the cent, costs to five decimals.
+    // Prices are kept to four decimals, costs to five.
     EXPECT_EQ(Decimal::fromVariant(
                   scalar("SELECT PrecioDetal FROM INVENTARIO WHERE CodigoBarra = '7700'")),
-              Decimal::fromString(u"100.01"));
+              Decimal::fromString(u"100.005"));
     EXPECT_EQ(Decimal::fromVariant(
                   scalar("SELECT CostoPromedio FROM INVENTARIO WHERE CodigoBarra = '7700'")),
               Decimal::fromString(u"41.12346"));
     EXPECT_EQ(count("LOG_ARTICULOS"), 6);
     EXPECT_EQ(count("LOG_ARTICULOS", "SQL LIKE 'INSERT INTO INVENTARIO%'"), 6);
+
+    // A tax-included 9,97 at 16 % comes back as 9,97, not 9,96.
+    ArticleModel typed = model();
+    typed.wholesalePrice = rules::withoutTax(Decimal::fromString(u"9.97"), Decimal(16));
+    saveModel(db(), typed, g, false, writer());
+    EXPECT_EQ(rules::withTax(loadModel(db(), "REF-1", "N1")->model.wholesalePrice, Decimal(16))
+                  .rounded(2),
+              Decimal::fromString(u"9.97"));
+    EXPECT_EQ(count("LOG_ARTICULOS"), 12);
 
     ArticleModel changed = model();
     changed.retailPrice = Decimal(120);
@@ -149,15 +158,15 @@ TEST_F(ArticleMaster, CreatesAModelAndSavingAgainUpdatesWithoutDuplicates) {
     EXPECT_EQ(count("INVENTARIO", "PrecioDetal = 120"), 6);
     EXPECT_EQ(scalar("SELECT Nombre FROM INVENTARIO WHERE CodigoBarra = '7710'").toString(),
               "ZAPATO NUEVO T:38 NEGRO");
-    EXPECT_EQ(count("LOG_ARTICULOS"), 12);
-    EXPECT_EQ(count("LOG_ARTICULOS", "SQL LIKE 'UPDATE INVENTARIO%'"), 6);
+    EXPECT_EQ(count("LOG_ARTICULOS"), 18);
+    EXPECT_EQ(count("LOG_ARTICULOS", "SQL LIKE 'UPDATE INVENTARIO%'"), 12);
 
     // A size taken out of the grid keeps its variants in the table.
     ModelGrid smaller = g;
     smaller.removeSize(0);
     saveModel(db(), changed, smaller, false, writer());
     EXPECT_EQ(count("INVENTARIO"), 6);
-    EXPECT_EQ(count("LOG_ARTICULOS"), 16);
+    EXPECT_EQ(count("LOG_ARTICULOS"), 22);
 
     // Other writers of INVENTARIO log through the same writer, inside their own transaction.
     {
@@ -197,7 +206,7 @@ TEST_F(ArticleMaster, EachStatementIsLoggedWithItsValuesAndWorkstation) {
     const QString sql = q.text("SQL");
     EXPECT_TRUE(sql.contains("'5001', 'ZAPATO TROTE T:38 NEGRO', 'REF-1', 'N1', '38', '01'"))
         << sql.toStdString();
-    EXPECT_TRUE(sql.contains("100.01000000, 80.00000000, 90.00000000")) << sql.toStdString();
+    EXPECT_TRUE(sql.contains("100.00500000, 80.00000000, 90.00000000")) << sql.toStdString();
     EXPECT_TRUE(sql.contains("'O''Neil'")) << sql.toStdString();
     EXPECT_FALSE(sql.contains('?'));
     EXPECT_FALSE(q.next());
@@ -319,7 +328,7 @@ TEST_F(ArticleMaster, BrowserListsVisibleModelsAndShowsPricesOnlyToWhoMaySee) {
     const ModelList full = listModels(db(), "JEFE");
     EXPECT_TRUE(full.withPrices);
     EXPECT_FALSE(full.withCosts);
-    EXPECT_EQ(full.rows[0].retailPrice, Decimal::fromString(u"100.01"));
+    EXPECT_EQ(full.rows[0].retailPrice, Decimal::fromString(u"100.005"));
     member("SIS", "SISTEMAS", "SISTEMAS");
     EXPECT_EQ(listModels(db(), "SIS").rows[0].averageCost, Decimal::fromString(u"41.12346"));
 
@@ -339,7 +348,7 @@ TEST_F(ArticleMaster, FindsArticlesByBarcodeAndByReference) {
     EXPECT_EQ(a->size, "40");
     EXPECT_EQ(a->colour, "02");
     EXPECT_EQ(a->taxRate, Decimal(16));
-    EXPECT_EQ(a->retailPrice, Decimal::fromString(u"100.01"));
+    EXPECT_EQ(a->retailPrice, Decimal::fromString(u"100.005"));
     EXPECT_FALSE(findArticleByBarcode(db(), "NOEXISTE"));
     const QList<Article> all = findArticlesByReference(db(), "REF-1");
     ASSERT_EQ(all.size(), 12);

@@ -152,3 +152,22 @@ TEST_F(RegisterPrinterTest, APrinterPulledOutAndPluggedBackIsOpenedAgain) {
     EXPECT_EQ(sellPrinted({"T0002"}), 2);
     EXPECT_EQ(m_emulator->memory().lastInvoice, 2);
 }
+
+TEST_F(RegisterPrinterTest, ATaxIncludedPriceSellsAndPrintsToTheCent) {
+    // 9,97 at 16 % is 8,5948 before tax: two decimals would sell and print 9,96.
+    exec("UPDATE INVENTARIO SET PrecioDetal = 8.5948 WHERE CodigoBarra = 'T0009'");
+    openDay();
+    EXPECT_EQ(sellPrinted({"T0009"}), 1);
+    EXPECT_EQ(dec("SELECT TotalMercancia + TotalImpuesto FROM VENTAS"), d("9.97"));
+    EXPECT_EQ(dec("SELECT Precio FROM MOVVENTAS"), d("8.5948"));
+    const QString ticket = m_emulator->ticket("FACTURA_00000001.txt");
+    EXPECT_TRUE(ticket.contains("TOTAL 9,97")) << ticket.toStdString();
+    // Returned, the credit note gives back the same 9,97.
+    returns::ReturnDraft back(returns::loadInvoice(db(), ctx, 1));
+    back.addArticle("T0009", d("1"));
+    const auto saved = returns::saveReturn(db(), ctx, back, m_thread.get());
+    ASSERT_TRUE(
+        returns::printReturn(db(), ctx, saved.number, false, m_thread.get(), {}).fiscalPrinted);
+    EXPECT_EQ(dec("SELECT TotalMercancia + TotalImpuesto FROM DEVVENTAS"), d("9.97"));
+    EXPECT_TRUE(m_emulator->ticket("NOTACREDITO_00000001.txt").contains("TOTAL 9,97"));
+}

@@ -18,9 +18,9 @@ ArticlePrices shirt() {
     a.nombre = QStringLiteral("CAMISA");
     a.referencia = QStringLiteral("CAM-01");
     a.codigoMarca = QStringLiteral("001");
-    a.precioDetal = d("100.0049");
+    a.precioDetal = d("100.00");
     a.precioMayor = d("80.00");
-    a.precioAfiliado = d("90.00");
+    a.precioAfiliado = d("8.5948"); // 9,97 with 16 % of tax
     a.costoPromedio = d("50.12345");
     a.porcentajeImpuesto = d("16");
     a.promocion = true;
@@ -82,8 +82,8 @@ TEST(Pricing, EachListLetterPricesFromItsColumn) {
         char letter;
         const char* price;
     };
-    // Prices are kept to four decimals in the catalogue and charged in cents.
-    for (const Case& k : {Case{'D', "100.00"}, Case{'M', "80.00"}, Case{'A', "90.00"},
+    // Prices keep the catalogue's four decimals; only the special price is charged in cents.
+    for (const Case& k : {Case{'D', "100.00"}, Case{'M', "80.00"}, Case{'A', "8.5948"},
                           // 50.12345 + 25 % = 62.6543125 -> 62.65
                           Case{'E', "62.65"}}) {
         const SaleLine l = priceLine(a, k.letter, 2, c);
@@ -169,7 +169,7 @@ TEST(Pricing, DiscountRecomputesPriceAndTaxOnTheChargedPrice) {
     a.porcentajeImpuesto = d("8");
     SaleLine l = priceNewLine(a, d("1.5"), on(QDate(2026, 1, 1)));
     applyDiscount(l, d("12.5"), false);
-    EXPECT_EQ(l.precioLista, d("29.16")); // 29.16375
+    EXPECT_EQ(l.precioLista, d("29.1638")); // 29.16375
     EXPECT_EQ(l.porcentajeDescuento, d("12.5"));
     EXPECT_EQ(l.impuesto, d("2.33")); // 2.3328
     // A promotion line is discounted from its promotion price.
