@@ -2,6 +2,7 @@
 
 #include "common/db/sql.h"
 #include "common/db/transaction.h"
+#include "common/errors/errors.h"
 #include "inventory/articles/article_rules.h"
 
 #include <QHostAddress>
@@ -192,6 +193,31 @@ bool barcodeExists(const QSqlDatabase& db, const QString& barcode) {
     return db::execute(
                db, QStringLiteral("UPDATE INVENTARIO SET Status = Status WHERE CodigoBarra = ?"),
                {barcode}) > 0;
+}
+
+std::optional<QString> variantBarcodeAt(const QSqlDatabase& db, const QString& reference,
+                                        const QString& brand, const QString& size,
+                                        const QString& colour) {
+    db::Sql q(db, QStringLiteral("SELECT CodigoBarra FROM INVENTARIO WHERE Referencia = ? AND "
+                                 "CodigoMarca = ? AND Talla = ? AND CodigoColor = ?"));
+    q.bind(reference).bind(brand).bind(size).bind(colour).exec();
+    if (!q.next())
+        return std::nullopt;
+    return q.text("CodigoBarra").trimmed();
+}
+
+bool changeBarcode(const QSqlDatabase& db, const QString& oldBarcode, const QString& newBarcode,
+                   const QString& reference, const QString& brand, const ArticleWriter& writer) {
+    if (barcodeExists(db, newBarcode))
+        throw UserError(QStringLiteral(" El Código: ") + newBarcode +
+                        QStringLiteral(" ya existe...!"));
+    const Statement st{
+        QStringLiteral("UPDATE INVENTARIO SET CodigoBarra = ? WHERE CodigoBarra = ?"),
+        {newBarcode, oldBarcode}};
+    if (run(db, st) == 0)
+        return false;
+    logWrite(db, newBarcode, reference, brand, st, writer);
+    return true;
 }
 
 std::optional<LoadedModel> loadModel(const QSqlDatabase& db, const QString& reference,

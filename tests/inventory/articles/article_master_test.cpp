@@ -370,3 +370,53 @@ TEST_F(ArticleMaster, CataloguesForTheForm) {
     ASSERT_EQ(taxCodes(db()).size(), 1);
     EXPECT_EQ(taxCodes(db())[0].rate, Decimal(16));
 }
+
+TEST(ArticleRules, EanCodesNeedTheirCheckDigitAndNoCodeIsLongerThanTheColumn) {
+    const auto why = [](const char* code) {
+        return refusal([&] { rules::checkBarcodeFormat(QString::fromLatin1(code)); });
+    };
+    EXPECT_EQ(why("7591234000018"), "<no refusal>"); // EAN-13
+    EXPECT_EQ(why("96385074"), "<no refusal>");      // EAN-8
+    EXPECT_EQ(why(" T0001 "), "<no refusal>");       // the store's own codes are taken as they are
+    EXPECT_EQ(why("759123400001"), "<no refusal>");
+    EXPECT_EQ(why("7591234000017"),
+              "El código EAN-13 7591234000017 no es válido: su dígito de control debe ser 8...!");
+    EXPECT_EQ(why("96385070"),
+              "El código EAN-8 96385070 no es válido: su dígito de control debe ser 4...!");
+    EXPECT_EQ(why("7591234000018001"),
+              "El código de barras 7591234000018001 tiene 16 caracteres: no puede tener más de "
+              "15...!");
+}
+
+TEST_F(ArticleMaster, ABarcodeTypedOverAVariantsChangesThatVariant) {
+    ModelGrid g = grid();
+    saveModel(db(), model(), g, true, writer());
+    exec("UPDATE INVENTARIO SET Existencia = 7 WHERE CodigoBarra = '7710'");
+
+    // 38 NEGRO gets an EAN: the same row, its stock kept, the change logged.
+    g.setBarcode(1, 0, "7591234000018");
+    saveModel(db(), model(), g, false, writer());
+    EXPECT_EQ(count("INVENTARIO"), 6);
+    EXPECT_EQ(count("INVENTARIO", "CodigoBarra = '7710'"), 0);
+    EXPECT_EQ(scalar("SELECT Existencia FROM INVENTARIO WHERE CodigoBarra = '7591234000018' AND "
+                     "Talla = '38' AND CodigoColor = '01'")
+                  .toInt(),
+              7);
+    EXPECT_EQ(count("LOG_ARTICULOS", "SQL = 'UPDATE INVENTARIO SET CodigoBarra = "
+                                     "''7591234000018'' WHERE CodigoBarra = ''7710'''"),
+              1);
+    EXPECT_EQ(findArticlesByReference(db(), "REF-1").size(), 6);
+
+    // A malformed EAN, or the barcode of another variant of the model, changes nothing.
+    const int logged = count("LOG_ARTICULOS");
+    g.setBarcode(1, 0, "7591234000017");
+    EXPECT_EQ(refusal([&] { saveModel(db(), model(), g, false, writer()); }),
+              "El código EAN-13 7591234000017 no es válido: su dígito de control debe ser 8...!");
+    g.setBarcode(1, 0, "7720");
+    g.setBarcode(2, 0, "7591234000018");
+    EXPECT_EQ(refusal([&] { saveModel(db(), model(), g, false, writer()); }),
+              " El Código: 7720 ya existe...!");
+    EXPECT_EQ(count("INVENTARIO", "CodigoBarra = '7591234000018' AND Talla = '38'"), 1);
+    EXPECT_EQ(count("INVENTARIO", "CodigoBarra = '7720' AND Talla = '40'"), 1);
+    EXPECT_EQ(count("LOG_ARTICULOS"), logged);
+}
