@@ -330,6 +330,30 @@ TEST_F(MainWindowTest, LeavingAsksAboutEditingScreensThenAboutLeaving) {
     EXPECT_TRUE(m_dialogs.allAnswered());
 }
 
+TEST_F(MainWindowTest, ClosingOneEditingScreenAsksFirst) {
+    EXPECT_TRUE(window().windowState() & Qt::WindowMaximized);
+    login(QStringLiteral("CAJERO1"), QStringLiteral("1234"));
+    QTRY_VERIFY(isLoggedIn());
+    QWidget* screen = window().openForm(QStringLiteral("frmPruebaFacturacion"));
+    ASSERT_NE(screen, nullptr);
+    screen->setProperty("orvoEditing", true);
+    screen->setProperty("orvoMode", QStringLiteral("modifying"));
+
+    // Escape that the screen does not use, then Ctrl+F4: each asks; "No" keeps the screen.
+    m_dialogs.expectQuestion(QStringLiteral("Esta modificando un registro en Facturacion ¿Desea "
+                                            "cancelar la operación?"),
+                             false);
+    QTest::keyClick(screen, Qt::Key_Escape);
+    EXPECT_EQ(openScreens(), 1);
+    window().activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window()));
+    screen->setFocus();
+    m_dialogs.expectQuestion(QStringLiteral("Esta modificando"), true);
+    QTest::keySequence(window().windowHandle(), QKeySequence(Qt::CTRL | Qt::Key_F4));
+    QTRY_COMPARE(openScreens(), 0);
+    EXPECT_TRUE(m_dialogs.allAnswered());
+}
+
 TEST_F(MainWindowTest, PendingFilesLightTheirButtons) {
     MainWindow& w = window();
     login(QStringLiteral("CAJERO1"), QStringLiteral("1234"));
