@@ -593,6 +593,19 @@ QList<DocumentSummary> listReturns(const QSqlDatabase& db) {
 
 // --- Catalogues ---
 
+QString approvedOrdersCatalogSql() {
+    return QStringLiteral("SELECT O.Numero, O.Fecha, O.Proveedor, P.Nombre AS NombreProveedor, "
+                          "O.TotalMercancia FROM ORDENCOMPRAS O LEFT JOIN PROVEEDORES P ON "
+                          "P.Codigo = O.Proveedor WHERE O.Status <> 0 ORDER BY O.Fecha DESC, "
+                          "O.Numero DESC");
+}
+
+QString approvedPurchasesCatalogSql() {
+    return QStringLiteral("SELECT C.Documento, C.Proveedor, P.Nombre AS NombreProveedor, C.Fecha "
+                          "FROM COMPRAS C LEFT JOIN PROVEEDORES P ON P.Codigo = C.Proveedor "
+                          "WHERE C.Documento = ? AND C.Status >= 1 ORDER BY C.Proveedor");
+}
+
 QList<Supplier> activeSuppliers(const QSqlDatabase& db) {
     db::Sql q(db, QStringLiteral("SELECT Codigo, Nombre FROM PROVEEDORES WHERE Status = 1 ORDER BY "
                                  "Nombre"));

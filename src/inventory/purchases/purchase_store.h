@@ -72,6 +72,10 @@ std::optional<PurchaseReturn> loadReturn(const QSqlDatabase& db, long long numbe
 QList<DocumentSummary> listReturns(const QSqlDatabase& db);
 
 // --- Catalogues ---
+// For the lookup list: approved orders, newest first.
+QString approvedOrdersCatalogSql();
+// For the lookup list: approved purchases with this invoice number (bound), by supplier.
+QString approvedPurchasesCatalogSql();
 struct Supplier {
     QString code;
     QString name;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/db/sql.h"
+#include "common/errors/errors.h"
 #include "inventory/purchases/purchase_types.h"
 #include "support/test_db.h"
 
