@@ -6,8 +6,11 @@
 #include "inventory/articles/articles.h"
 #include "inventory/purchases/purchase_rules.h"
 #include "inventory/purchases/purchases.h"
+#include "shell/startup/app_home.h"
 
 #include <QDateEdit>
+#include <QDesktopServices>
+#include <QDir>
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -22,6 +25,7 @@
 #include <QSplitter>
 #include <QTableWidget>
 #include <QTextDocument>
+#include <QUrl>
 #include <QVBoxLayout>
 
 namespace orvo::inventory::purchases {
@@ -62,6 +66,26 @@ QPushButton* screenButton(QWidget* screen, const QString& name, const QString& t
         });
     }
     return b;
+}
+
+QList<DocumentLine> loadPackingList(QWidget* parent, const QSqlDatabase& db, PackingCheck check) {
+    const QString path =
+        dialogs().openFileName(parent, QStringLiteral("Cargar Datos Desde Archivo (MOVITRAN.DBF)"),
+                               QDir(shell::appHome()).filePath(QStringLiteral("Recibe")),
+                               QStringLiteral("Tablas dBase (*.dbf *.DBF)"));
+    if (path.isEmpty())
+        return {};
+    const PackingList list = readPackingList(db, path, check);
+    if (!list.missing.isEmpty()) {
+        const QString file = writeMissingArticles(list.missing);
+        if (dialogs().question(parent,
+                               QStringLiteral("No se cargaron ") +
+                                   QString::number(list.missing.size()) +
+                                   QStringLiteral(" articulos...! Desea visualizarlos...?"),
+                               QStringLiteral("Información"), false))
+            QDesktopServices::openUrl(QUrl::fromLocalFile(file));
+    }
+    return list.lines;
 }
 
 void printDocument(QWidget* parent, const PrintedDocument& document) {

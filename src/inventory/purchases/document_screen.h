@@ -1,5 +1,6 @@
 #pragma once
 
+#include "inventory/purchases/line_sources.h"
 #include "inventory/purchases/purchase_print.h"
 #include "inventory/purchases/purchase_types.h"
 #include "shell/record_form/record_screen.h"
@@ -132,6 +133,10 @@ private:
 
 // A screen button outside the Enter chain, pressed by `key` (0: none) anywhere on `screen`.
 QPushButton* screenButton(QWidget* screen, const QString& name, const QString& text, int key = 0);
+// Asks for a packing list (MOVITRAN.DBF, from Recibe/ by default) and reads it; the articles it
+// may not bring are written to "Articulos no existentes.txt" and offered for viewing. Nothing when
+// no file is chosen.
+QList<DocumentLine> loadPackingList(QWidget* parent, const QSqlDatabase& db, PackingCheck check);
 // Prints a purchase document on the printer the user chooses (or a PDF file).
 void printDocument(QWidget* parent, const PrintedDocument& document);
 // Writes it to a PDF file the user names.

@@ -3,13 +3,17 @@
 #include "common/db/sql.h"
 #include "common/db/transaction.h"
 #include "common/errors/errors.h"
+#include "exchange/package/dbf.h"
 #include "inventory/articles/article_rules.h"
 #include "inventory/articles/articles.h"
 #include "inventory/stock/model_prices.h"
+#include "shell/startup/app_home.h"
 
 #include <QDir>
 #include <QFileInfo>
+#include <QSaveFile>
 #include <QSet>
+#include <QTextStream>
 
 namespace orvo::inventory::purchases {
 
@@ -176,6 +180,72 @@ LoadedLines loadSisterInvoice(const QSqlDatabase& own, const QSqlDatabase& siste
     }
     tx.commit();
     return out;
+}
+
+PackingList readPackingList(const QSqlDatabase& db, const QString& path, PackingCheck check) {
+    const exchange::package::DbfTable table(
+        path, {QStringLiteral("CodBarra"), QStringLiteral("Cantidad")});
+    const bool named = table.hasField(QStringLiteral("Nombre"));
+    const bool valued = table.hasField(QStringLiteral("Valor"));
+    struct Row {
+        QString barcode, name;
+        Decimal quantity, value;
+    };
+    QList<Row> rows;
+    QHash<QString, int> at;
+    for (int i = 0; i < table.recordCount(); ++i) {
+        if (table.isDeleted(i))
+            continue;
+        const QString barcode = table.text(i, QStringLiteral("CodBarra")).trimmed();
+        if (barcode.isEmpty())
+            continue;
+        const Decimal quantity = table.decimal(i, QStringLiteral("Cantidad"));
+        if (const auto it = at.constFind(barcode); it != at.constEnd()) {
+            rows[*it].quantity += quantity;
+            continue;
+        }
+        at.insert(barcode, int(rows.size()));
+        rows.append({barcode, named ? table.text(i, QStringLiteral("Nombre")) : QString(), quantity,
+                     valued ? table.decimal(i, QStringLiteral("Valor")) : Decimal()});
+    }
+    PackingList out;
+    // The reception's test is the no-op update: an article must be active and have a cost.
+    db::Transaction tx(db);
+    db::Sql usable(db, QStringLiteral("UPDATE INVENTARIO SET Status = Status WHERE CodigoBarra = "
+                                      "? AND CostoPromedio > 0 AND Status <> 0"));
+    for (const Row& r : rows) {
+        const auto article = findArticleByBarcode(db, r.barcode);
+        bool ok = article.has_value();
+        if (ok && check == PackingCheck::ActiveWithCost) {
+            usable.bind(r.barcode).exec();
+            ok = usable.rowsAffected() > 0;
+        }
+        if (ok)
+            out.lines.append(
+                {article->barcode, article->name, r.quantity, r.value, article->taxRate});
+        else
+            out.missing.append({r.barcode, r.name, r.quantity});
+    }
+    tx.rollback(); // the tests wrote nothing
+    return out;
+}
+
+QString writeMissingArticles(const QList<PackingList::Missing>& missing) {
+    const QString path =
+        QDir(shell::appHome()).filePath(QStringLiteral("Articulos no existentes.txt"));
+    QDir().mkpath(shell::appHome());
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Text))
+        throw UserError(QStringLiteral("No se pudo escribir el archivo ") + path +
+                        QStringLiteral("...!"));
+    QTextStream out(&file);
+    for (const PackingList::Missing& m : missing)
+        out << m.barcode << '\t' << m.name << '\t' << m.quantity.toString() << '\n';
+    out.flush();
+    if (!file.commit())
+        throw UserError(QStringLiteral("No se pudo escribir el archivo ") + path +
+                        QStringLiteral("...!"));
+    return path;
 }
 
 } // namespace orvo::inventory::purchases

@@ -5,8 +5,9 @@
 
 #include <QSqlDatabase>
 
-// Where a purchase's lines come from besides the keyboard: an approved order (purchases.h), and
-// the invoices a sister company issued to this one from its own database.
+// Where a purchase's or a box's lines come from besides the keyboard: an approved order
+// (purchases.h), the invoices a sister company issued to this one from its own database, and a
+// packing list (MOVITRAN.DBF) another store exported.
 namespace orvo::inventory::purchases {
 
 // EMPRESAS: a sister company whose database lives on the same server.
@@ -49,5 +50,26 @@ struct LoadedLines {
 // transaction.
 LoadedLines loadSisterInvoice(const QSqlDatabase& own, const QSqlDatabase& sister,
                               const SisterInvoice& invoice, const ArticleWriter& writer);
+
+// What a packing list may bring: any article of the catalogue (a purchase), or only active
+// articles with a positive average cost (a reception box).
+enum class PackingCheck { Exists, ActiveWithCost };
+
+struct PackingList {
+    QList<DocumentLine> lines; // summed by barcode, in the order they first appear
+    struct Missing {
+        QString barcode;
+        QString name; // as the packing list names it
+        Decimal quantity;
+    };
+    QList<Missing> missing; // left out by the check
+};
+// Reads a packing list (CodBarra, Cantidad; Nombre and Valor when present), checked before
+// anything is used: a missing, truncated or foreign file is refused. The quantities of a barcode
+// are summed; its price is the Valor of its first record.
+PackingList readPackingList(const QSqlDatabase& db, const QString& path, PackingCheck check);
+// Writes "Articulos no existentes.txt" in the application folder, one barcode a line with its
+// name and quantity; returns its path.
+QString writeMissingArticles(const QList<PackingList::Missing>& missing);
 
 } // namespace orvo::inventory::purchases

@@ -119,7 +119,11 @@ PurchaseScreen::PurchaseScreen(QSqlDatabase db, QString userCode, QWidget* paren
                                  QStringLiteral("Cargar factura de empresa"), Qt::Key_F6);
     connect(sister, &QPushButton::clicked, this,
             [this] { guarded(this, [&] { loadFromSisterCompany(); }); });
-    for (QPushButton* b : {price, order, sister}) {
+    QPushButton* packing = button(QStringLiteral("cmdCargarArchivo"),
+                                  QStringLiteral("Cargar MOVITRAN.DBF"), Qt::Key_F8);
+    connect(packing, &QPushButton::clicked, this,
+            [this] { guarded(this, [&] { loadFromPackingList(); }); });
+    for (QPushButton* b : {price, order, sister, packing}) {
         buttons->addWidget(b);
         m_editButtons << b;
     }
@@ -306,6 +310,12 @@ void PurchaseScreen::loadFromSisterCompany() {
                       QStringLiteral(" articulos: ") + loaded.notFound.join(QStringLiteral(", ")));
 }
 
+void PurchaseScreen::loadFromPackingList() {
+    if (!isEditing())
+        return;
+    appendLines(loadPackingList(this, m_db, PackingCheck::Exists));
+}
+
 void PurchaseScreen::changePriceOfModel(int row) {
     if (!isEditing() || row < 0 || row >= keyedLines().size())
         return;
@@ -358,9 +368,10 @@ void PurchaseScreen::gridMenu(const QPoint& pos) {
     QAction* search = menu.addAction(QStringLiteral("&Buscar Valor"));
     QAction* go = menu.addAction(QStringLiteral("&Ir a Fila"));
     menu.addSeparator();
+    QAction* file = menu.addAction(QStringLiteral("Cargar Datos Desde Archivo (MOVITRAN.DBF)"));
     QAction* order = menu.addAction(QStringLiteral("Cargar Datos Desde Orden de Compra"));
     QAction* sister = menu.addAction(QStringLiteral("Cargar Factura Desde Telmar (Orvo)"));
-    for (QAction* a : {order, sister})
+    for (QAction* a : {file, order, sister})
         a->setEnabled(isEditing());
     QAction* chosen = menu.exec(m_grid->viewport()->mapToGlobal(pos));
     guarded(this, [&] {
@@ -368,6 +379,8 @@ void PurchaseScreen::gridMenu(const QPoint& pos) {
             searchValue();
         else if (chosen == go)
             goToRow();
+        else if (chosen == file)
+            loadFromPackingList();
         else if (chosen == order)
             loadFromOrder();
         else if (chosen == sister)

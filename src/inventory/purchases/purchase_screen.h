@@ -17,6 +17,7 @@ public:
     // The grid's pop-up menu and the buttons, also reachable by tests.
     void loadFromOrder();
     void loadFromSisterCompany();
+    void loadFromPackingList();
     void changePriceOfModel(int row);
     void chooseLot();
     void searchValue();

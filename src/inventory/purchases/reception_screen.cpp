@@ -168,6 +168,8 @@ ReceptionScreen::ReceptionScreen(QSqlDatabase db, QString userCode, QWidget* par
     add("cmdFinalizar", QStringLiteral("Cerrar caja"), Qt::Key_F10, &ReceptionScreen::closeBox);
     add("cmdEliminarCaja", QStringLiteral("Eliminar caja"), 0, &ReceptionScreen::deleteBox);
     add("cmdImprimirCaja", QStringLiteral("Imprimir caja"), 0, &ReceptionScreen::printBox);
+    add("cmdCargarLista", QStringLiteral("Cargar lista de empaque"), Qt::Key_F8,
+        &ReceptionScreen::loadPackingList);
     add("cmdAprobar", QStringLiteral("Aprobar"), Qt::Key_F12, &ReceptionScreen::approve);
     QPushButton* pdf = screenButton(this, QStringLiteral("cmdPDF"), QStringLiteral("PDF"));
     connect(pdf, &QPushButton::clicked, this, [this] {
@@ -492,6 +494,20 @@ void ReceptionScreen::approve() {
     approveReception(m_db, m_reception.number);
     requery();
     afterNavigate();
+}
+
+void ReceptionScreen::loadPackingList() {
+    if (!current() || m_reception.status != kOpen)
+        return;
+    const QList<DocumentLine> lines =
+        purchases::loadPackingList(this, m_db, PackingCheck::ActiveWithCost);
+    for (const DocumentLine& l : lines)
+        countInto(m_box, {l.barcode, l.name, l.quantity});
+    if (lines.isEmpty())
+        return;
+    m_boxDirty = true;
+    backUp();
+    showBox();
 }
 
 void ReceptionScreen::printBox() {

@@ -37,6 +37,8 @@ public:
     void deleteBox();
     void approve() override;
     void printBox();
+    // A packing list counted into the box instead of scanning.
+    void loadPackingList();
     const Box& box() const { return m_box; }
 
 protected:

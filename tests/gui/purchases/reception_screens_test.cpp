@@ -6,6 +6,7 @@
 #include <QFileInfo>
 #include <QLabel>
 #include <QTableWidget>
+#include <QTemporaryDir>
 
 using namespace orvo;
 using namespace orvo::inventory::purchases;
@@ -123,4 +124,24 @@ TEST_F(ReceptionScreensTest, ABoxLostWithTheScreenComesBackFromItsBackup) {
     EXPECT_TRUE(dialogs.allAnswered());
     EXPECT_FALSE(QFileInfo::exists(boxBackupPath()));
     EXPECT_EQ(count("MOVRECEPCION"), 0);
+}
+
+TEST_F(ReceptionScreensTest, APackingListIsCountedIntoTheBoxInsteadOfScanning) {
+    exec("UPDATE INVENTARIO SET Status = 1"); // received, with their cost
+    QTemporaryDir folder;
+    const QString path = test::writePackingList(
+        folder.path(), {{"A1", "6", "7"}, {"NOPE", "1", "1"}, {"A1", "4", "7"}, {"A2", "4", "5"}});
+    auto s = open("frmRecepcion");
+    newReception(*s);
+    dialogs.expectFileName(path);
+    dialogs.expectQuestion("No se cargaron 1 articulos...! Desea visualizarlos...?", false);
+    pressOn(*s, Qt::Key_F8);
+    EXPECT_TRUE(dialogs.allAnswered()) << dialogs.lastText().toStdString();
+    auto* box = child<QTableWidget>(*s, "SpreadCaja");
+    ASSERT_EQ(box->rowCount(), 2);
+    EXPECT_EQ(box->item(0, 2)->text(), QLocale().toString(10.0, 'f', 2));
+    EXPECT_TRUE(QFileInfo::exists(QString::fromUtf8(qgetenv("ORVO_HOME")) +
+                                  "/Articulos no existentes.txt"));
+    pressOn(*s, Qt::Key_F9);
+    EXPECT_EQ(dec("SELECT SUM(Cantidad) FROM MOVRECEPCION"), d("14"));
 }

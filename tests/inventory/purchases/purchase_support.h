@@ -2,6 +2,8 @@
 
 #include "common/db/sql.h"
 #include "common/errors/errors.h"
+#include "exchange/package/dbf.h"
+#include "exchange/package/templates.h"
 #include "inventory/purchases/purchase_types.h"
 #include "support/test_db.h"
 
@@ -93,6 +95,29 @@ protected:
         }
     }
 };
+
+// A MOVITRAN.DBF in `folder`, written from the shipped template as another store exports it:
+// (barcode, quantity, value) per record.
+inline QString
+writePackingList(const QString& folder,
+                 std::initializer_list<std::tuple<const char*, const char*, const char*>> records) {
+    const QString templates = folder + "/Estructura";
+    exchange::package::installTemplates(templates);
+    const QString path = folder + "/MOVITRAN.DBF";
+    auto out = exchange::package::DbfWriter::fromTemplate(
+        exchange::package::findTemplate("MOVITRAN", templates), path);
+    int item = 0;
+    for (const auto& [code, quantity, value] : records)
+        out.append(QVariantHash{{"NumTra", 31},
+                                {"CajaNum", 1},
+                                {"Item", ++item},
+                                {"CodBarra", QString::fromLatin1(code)},
+                                {"Nombre", QStringLiteral("ARTÍCULO ") + code},
+                                {"Cantidad", QVariant::fromValue(d(quantity))},
+                                {"Valor", QVariant::fromValue(d(value))}});
+    out.close();
+    return path;
+}
 
 // Runs `action` and returns the text it was refused with (empty when it went through).
 template <class F> QString refusal(F&& action) {
