@@ -1,11 +1,12 @@
 #include "inventory/purchases/line_sources.h"
 
-#include "common/db/sql.h"
+#include "common/db/connection.h"
 #include "common/db/transaction.h"
 #include "common/errors/errors.h"
 #include "exchange/package/dbf.h"
 #include "inventory/articles/article_rules.h"
 #include "inventory/articles/articles.h"
+#include "inventory/purchases/source_store.h"
 #include "inventory/stock/model_prices.h"
 #include "shell/startup/app_home.h"
 
@@ -24,57 +25,15 @@ QString plainRif(QString rif) {
     return rif.remove(QLatin1Char('-')).remove(QLatin1Char(' ')).toUpper();
 }
 
-// This store's tax code of a rate; code 1 (the general rate) when none has it.
-int taxCodeOf(const QSqlDatabase& db, const Decimal& rate) {
-    const QVariant code = db::scalar(
-        db,
-        QStringLiteral("SELECT Codigo FROM IMPUESTOS WHERE PorcentajeImpuesto = ? ORDER BY "
-                       "Codigo"),
-        {rate.toVariant(4)});
-    return code.isValid() ? code.toInt() : 1;
-}
-
-// Creates `barcode` here from the sister's INVENTARIO row; false when the sister has none.
+// Creates `barcode` here from the sister's catalogue; false when the sister has it not either.
 bool createFromSister(const QSqlDatabase& own, const QSqlDatabase& sister, const QString& barcode,
                       const Decimal& taxRate, const ArticleWriter& writer) {
-    db::Sql s(sister, QStringLiteral("SELECT CodigoBarra, Nombre, Referencia, CodigoMarca, Talla, "
-                                     "CodigoColor, Categoria, Fabricante, PrecioDetal, "
-                                     "PrecioMayor, PrecioAfiliado, Tipo FROM INVENTARIO WHERE "
-                                     "CodigoBarra = ?"));
-    s.bind(barcode).exec();
-    if (!s.next())
+    const auto article = store::catalogueArticle(sister, barcode);
+    if (!article)
         return false;
-    const QString reference = s.text(QStringLiteral("Referencia"));
-    const QString brand = s.text(QStringLiteral("CodigoMarca"));
-    const QString sql =
-        QStringLiteral("INSERT INTO INVENTARIO (CodigoBarra, Nombre, Referencia, "
-                       "CodigoMarca, Talla, CodigoColor, Categoria, Fabricante, "
-                       "TipoImpuesto, UltimaActualizacion, FechaPrimerMovimiento, "
-                       "PuntoReorden, PrecioDetal, PrecioMayor, PrecioAfiliado, Promocion, "
-                       "PrecioPromocion, ExistenciaInicial, Existencia, CostoInicial, "
-                       "CostoPromedio, UltimoCosto, CostoDolar, Tipo, Status, Serializado, "
-                       "CodigoBarraAnt) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ") +
-        db::nowExpression(own) + QStringLiteral(", ") + db::nowExpression(own) +
-        QStringLiteral(", 0, ?, ?, ?, 0, 0, 0, 0, 0, 0, 0, 0, ?, 0, 0, ?)");
-    const QVariantList values = {barcode,
-                                 s.text(QStringLiteral("Nombre")),
-                                 reference,
-                                 brand,
-                                 s.text(QStringLiteral("Talla")),
-                                 s.text(QStringLiteral("CodigoColor")),
-                                 s.text(QStringLiteral("Categoria")),
-                                 s.text(QStringLiteral("Fabricante")),
-                                 taxCodeOf(own, taxRate),
-                                 s.decimal(QStringLiteral("PrecioDetal")).toVariant(4),
-                                 s.decimal(QStringLiteral("PrecioMayor")).toVariant(4),
-                                 s.decimal(QStringLiteral("PrecioAfiliado")).toVariant(4),
-                                 s.integer(QStringLiteral("Tipo")),
-                                 barcode};
-    db::Sql in(own, sql);
-    for (const QVariant& v : values)
-        in.bind(v);
-    in.exec();
-    logArticleWrite(own, barcode, reference, brand, rules::describeStatement(sql, values), writer);
+    const auto [sql, values] = store::insertArticle(own, *article, store::taxCodeOf(own, taxRate));
+    logArticleWrite(own, barcode, article->reference, article->brand,
+                    rules::describeStatement(sql, values), writer);
     // A new size or colour of a model sold here sells at the model's prices.
     stock::giveModelPrices(own, barcode);
     return true;
@@ -83,13 +42,9 @@ bool createFromSister(const QSqlDatabase& own, const QSqlDatabase& sister, const
 } // namespace
 
 QList<SisterCompany> sisterCompanies(const QSqlDatabase& db) {
-    db::Sql q(db, QStringLiteral("SELECT Codigo, Nombre, BaseDatos FROM EMPRESAS WHERE Status = 1 "
-                                 "AND BaseDatos <> '' ORDER BY Codigo"));
-    q.exec();
     QList<SisterCompany> out;
-    while (q.next())
-        out.append({q.text(QStringLiteral("Codigo")), q.text(QStringLiteral("Nombre")),
-                    q.text(QStringLiteral("BaseDatos")).trimmed()});
+    for (const store::Company& c : store::companies(db))
+        out.append({c.code, c.name, c.database});
     return out;
 }
 
@@ -121,54 +76,29 @@ QSqlDatabase openSisterDatabase(const QSqlDatabase& own, const SisterCompany& co
 
 QList<SisterInvoice> sisterInvoices(const QSqlDatabase& own, const QSqlDatabase& sister,
                                     const QString& supplier) {
-    const QString rif =
-        plainRif(db::scalar(own, QStringLiteral("SELECT IDEmpresa FROM PARAMETROS")).toString());
+    const QString rif = plainRif(store::companyRif(own));
     if (rif.isEmpty())
         throw UserError(QStringLiteral("La empresa no tiene RIF registrado...!"));
     // Entered already from this supplier: the other database cannot be joined, so it is read here.
-    QSet<QString> entered;
-    db::Sql done(own, QStringLiteral("SELECT Documento FROM COMPRAS WHERE Proveedor = ?"));
-    done.bind(supplier).exec();
-    while (done.next())
-        entered.insert(done.text(QStringLiteral("Documento")).trimmed());
-    db::Sql q(sister, QStringLiteral("SELECT NumeroFactura, Serie, Fecha, TotalMercancia - "
-                                     "TotalDescuento + TotalImpuesto AS Total FROM VENTAS WHERE "
-                                     "UPPER(REPLACE(REPLACE(Cliente, '-', ''), ' ', '')) = ? AND "
-                                     "TotalMercancia > 0 ORDER BY Fecha DESC, NumeroFactura DESC"));
-    q.bind(rif).exec();
+    const QSet<QString> entered = store::enteredDocuments(own, supplier);
     QList<SisterInvoice> out;
-    while (q.next()) {
-        SisterInvoice inv{q.bigint(QStringLiteral("NumeroFactura")),
-                          q.text(QStringLiteral("Serie")), q.dateTime(QStringLiteral("Fecha")),
-                          q.decimal(QStringLiteral("Total"))};
-        if (!entered.contains(inv.document()))
-            out.append(inv);
+    for (const store::SaleInvoice& i : store::invoicesTo(sister, rif)) {
+        const SisterInvoice invoice{i.number, i.serie, i.date, i.total};
+        if (!entered.contains(invoice.document()))
+            out.append(invoice);
     }
     return out;
 }
 
 LoadedLines loadSisterInvoice(const QSqlDatabase& own, const QSqlDatabase& sister,
                               const SisterInvoice& invoice, const ArticleWriter& writer) {
-    db::Sql q(sister, QStringLiteral("SELECT CodigoBarra, Cantidad, PrecioLista, "
-                                     "PorcentajeImpuesto FROM MOVVENTAS WHERE NumeroFactura = ? "
-                                     "AND Serie = ? AND Cantidad > 0 ORDER BY Item"));
-    q.bind(invoice.number).bind(invoice.serie).exec();
-    struct Sold {
-        QString barcode;
-        Decimal quantity, price, rate;
-    };
-    QList<Sold> sold;
-    while (q.next())
-        sold.append({q.text(QStringLiteral("CodigoBarra")).trimmed(),
-                     q.decimal(QStringLiteral("Cantidad")),
-                     q.decimal(QStringLiteral("PrecioLista")),
-                     q.decimal(QStringLiteral("PorcentajeImpuesto"))});
+    const QList<store::SaleLine> sold = store::invoiceLines(sister, invoice.number, invoice.serie);
     LoadedLines out;
     db::Transaction tx(own);
-    for (const Sold& s : sold) {
+    for (const store::SaleLine& s : sold) {
         auto article = findArticleByBarcode(own, s.barcode);
         if (!article && !out.notFound.contains(s.barcode)) {
-            if (createFromSister(own, sister, s.barcode, s.rate, writer)) {
+            if (createFromSister(own, sister, s.barcode, s.taxPercent, writer)) {
                 out.created << s.barcode;
                 article = findArticleByBarcode(own, s.barcode);
             } else {
@@ -176,7 +106,8 @@ LoadedLines loadSisterInvoice(const QSqlDatabase& own, const QSqlDatabase& siste
             }
         }
         if (article)
-            out.lines.append({article->barcode, article->name, s.quantity, s.price, s.rate});
+            out.lines.append(
+                {article->barcode, article->name, s.quantity, s.netPrice, s.taxPercent});
     }
     tx.commit();
     return out;
@@ -211,15 +142,10 @@ PackingList readPackingList(const QSqlDatabase& db, const QString& path, Packing
     PackingList out;
     // The reception's test is the no-op update: an article must be active and have a cost.
     db::Transaction tx(db);
-    db::Sql usable(db, QStringLiteral("UPDATE INVENTARIO SET Status = Status WHERE CodigoBarra = "
-                                      "? AND CostoPromedio > 0 AND Status <> 0"));
     for (const Row& r : rows) {
         const auto article = findArticleByBarcode(db, r.barcode);
-        bool ok = article.has_value();
-        if (ok && check == PackingCheck::ActiveWithCost) {
-            usable.bind(r.barcode).exec();
-            ok = usable.rowsAffected() > 0;
-        }
+        const bool ok = article.has_value() &&
+                        (check == PackingCheck::Exists || store::usableInBox(db, r.barcode));
         if (ok)
             out.lines.append(
                 {article->barcode, article->name, r.quantity, r.value, article->taxRate});

@@ -1,6 +1,5 @@
 #include "inventory/purchases/purchase_print.h"
 
-#include "common/db/sql.h"
 #include "common/grid/grid_print.h"
 #include "inventory/purchases/purchase_rules.h"
 #include "inventory/purchases/purchase_store.h"
@@ -59,6 +58,13 @@ QString totals(const DocumentTotals& t) {
                    {QStringLiteral("Total"), amount(t.total())}});
 }
 
+QString coveredText(const Reception& r) {
+    QStringList covered;
+    for (const CoveredPurchase& p : r.purchases)
+        covered << p.document + QStringLiteral(" (") + p.supplier + QStringLiteral(")");
+    return covered.join(QStringLiteral(", "));
+}
+
 QString supplierLabel(const QSqlDatabase& db, const QString& code) {
     return code + QStringLiteral(" - ") + store::supplierName(db, code);
 }
@@ -111,13 +117,9 @@ PrintedDocument purchaseDocument(const QSqlDatabase& db, const QString& document
              lineTable(p->lines, 6) + totals(rules::totalsOf(p->lines, p->discountPercent));
     if (p->status != kOpen) {
         // The unit costs the approval prorated.
-        db::Sql q(db, QStringLiteral("SELECT CodigoBarra, PrecioProrrateado FROM MOVCOMPRAS "
-                                     "WHERE Documento = ? AND Proveedor = ? ORDER BY Item"));
-        q.bind(document).bind(supplier).exec();
         QList<QStringList> rows;
-        while (q.next())
-            rows.append({q.text(QStringLiteral("CodigoBarra")),
-                         amount(q.decimal(QStringLiteral("PrecioProrrateado")), 6)});
+        for (const auto& [barcode, cost] : store::proratedCosts(db, document, supplier))
+            rows.append({barcode, amount(cost, 6)});
         d.html += QStringLiteral("<p><b>Costos prorrateados</b></p>") +
                   grid::tableHtml({QStringLiteral("Código"), QStringLiteral("Costo")}, rows,
                                   {false, true});
@@ -147,15 +149,12 @@ PrintedDocument receptionDocument(const QSqlDatabase& db, long long number) {
         return {};
     PrintedDocument d;
     d.title = QStringLiteral("Recepción Nº ") + QString::number(number);
-    QStringList covered;
-    for (const CoveredPurchase& p : r->purchases)
-        covered << p.document + QStringLiteral(" (") + p.supplier + QStringLiteral(")");
     d.html = fields({{QStringLiteral("Destino"), r->branch},
                      {QStringLiteral("Fecha"), day(r->date)},
                      {QStringLiteral("Documento origen"), r->origin},
                      {QStringLiteral("Estatus"),
                       r->status == kOpen ? QStringLiteral("ABIERTA") : QStringLiteral("APROBADA")},
-                     {QStringLiteral("Compras"), covered.join(QStringLiteral(", "))},
+                     {QStringLiteral("Compras"), coveredText(*r)},
                      {QStringLiteral("Observación"), r->note}});
     QList<QStringList> rows;
     for (const BoxSummary& b : receptionBoxes(db, number))
@@ -197,11 +196,8 @@ PrintedDocument comparisonDocument(const QSqlDatabase& db, long long reception) 
     PrintedDocument d;
     d.title = QStringLiteral("Recepción Nº ") + QString::number(reception) +
               QStringLiteral(" contra compras");
-    QStringList covered;
-    for (const CoveredPurchase& p : r->purchases)
-        covered << p.document + QStringLiteral(" (") + p.supplier + QStringLiteral(")");
-    d.html = fields({{QStringLiteral("Compras"), covered.join(QStringLiteral(", "))},
-                     {QStringLiteral("Destino"), r->branch}});
+    d.html = fields(
+        {{QStringLiteral("Compras"), coveredText(*r)}, {QStringLiteral("Destino"), r->branch}});
     QList<QStringList> rows;
     for (const ComparisonLine& l : compareReception(db, reception))
         rows.append({l.barcode, l.name, amount(l.counted, 3), amount(l.invoiced, 3),

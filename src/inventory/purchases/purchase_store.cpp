@@ -41,6 +41,79 @@ DocumentSummary summaryFrom(const db::Sql& q) {
     return s;
 }
 
+// Orders and returns are numbered documents with a lines table of the same shape.
+struct Numbered {
+    QString header;
+    QString lines;
+};
+const Numbered kOrders{QStringLiteral("ORDENCOMPRAS"), QStringLiteral("MOVORDENCOMPRAS")};
+const Numbered kReturns{QStringLiteral("DEVCOMPRAS"), QStringLiteral("MOVDEVCOMPRAS")};
+
+void deleteLines(const QSqlDatabase& db, const Numbered& d, long long number) {
+    db::requireTransaction(db);
+    db::execute(db, QStringLiteral("DELETE FROM ") + d.lines + QStringLiteral(" WHERE Numero = ?"),
+                {number});
+}
+
+// Adds the quantity to the barcode's line, inserting the line at `item` when it has none.
+void upsertLine(const QSqlDatabase& db, const Numbered& d, long long number,
+                const DocumentLine& line, int item) {
+    db::requireTransaction(db);
+    db::Sql up(db, QStringLiteral("UPDATE ") + d.lines +
+                       QStringLiteral(" SET Cantidad = ROUND(Cantidad + ?, 3) WHERE Numero = ? AND "
+                                      "CodigoBarra = ?"));
+    up.bind(line.quantity, kQuantity).bind(number).bind(line.barcode).exec();
+    if (up.rowsAffected() > 0)
+        return;
+    db::Sql(db, QStringLiteral("INSERT INTO ") + d.lines +
+                    QStringLiteral(" (Numero, CodigoBarra, Cantidad, PorcentajeImpuesto, Precio, "
+                                   "Impuesto, Item) VALUES (?, ?, ?, ?, ?, ?, ?)"))
+        .bind(number)
+        .bind(line.barcode)
+        .bind(line.quantity, kQuantity)
+        .bind(line.taxPercent, kPercent)
+        .bind(line.price, kPrice)
+        .bind(unitTax(line), kMoney)
+        .bind(item)
+        .exec();
+}
+
+// Status 0 -> 1; false when it was not open.
+bool approve(const QSqlDatabase& db, const Numbered& d, long long number) {
+    db::requireTransaction(db);
+    return db::execute(db,
+                       QStringLiteral("UPDATE ") + d.header +
+                           QStringLiteral(" SET Status = 1 WHERE Numero = ? AND Status = 0"),
+                       {number}) > 0;
+}
+
+// Only an open one, its lines first.
+bool deleteOpen(const QSqlDatabase& db, const Numbered& d, long long number) {
+    db::requireTransaction(db);
+    if (db::execute(db,
+                    QStringLiteral("UPDATE ") + d.header +
+                        QStringLiteral(" SET Status = Status WHERE Numero = ? AND Status = 0"),
+                    {number}) == 0)
+        return false;
+    deleteLines(db, d, number);
+    return db::execute(
+               db, QStringLiteral("DELETE FROM ") + d.header + QStringLiteral(" WHERE Numero = ?"),
+               {number}) > 0;
+}
+
+QList<DocumentLine> linesOf(const QSqlDatabase& db, const Numbered& d, long long number) {
+    db::Sql l(db, QStringLiteral("SELECT M.CodigoBarra, I.Nombre, M.Cantidad, M.Precio, "
+                                 "M.PorcentajeImpuesto FROM ") +
+                      d.lines +
+                      QStringLiteral(" M LEFT JOIN INVENTARIO I ON I.CodigoBarra = M.CodigoBarra "
+                                     "WHERE M.Numero = ? ORDER BY M.Item"));
+    l.bind(number).exec();
+    QList<DocumentLine> out;
+    while (l.next())
+        out.append(lineFrom(l, QStringLiteral("Precio")));
+    return out;
+}
+
 QList<DocumentSummary> summaries(db::Sql& q) {
     q.exec();
     QList<DocumentSummary> out;
@@ -85,48 +158,19 @@ bool updateOrder(const QSqlDatabase& db, const PurchaseOrder& o, const DocumentT
 }
 
 void deleteOrderLines(const QSqlDatabase& db, long long number) {
-    db::requireTransaction(db);
-    db::execute(db, QStringLiteral("DELETE FROM MOVORDENCOMPRAS WHERE Numero = ?"), {number});
+    deleteLines(db, kOrders, number);
 }
 
 void upsertOrderLine(const QSqlDatabase& db, long long number, const DocumentLine& line, int item) {
-    db::requireTransaction(db);
-    db::Sql up(db, QStringLiteral("UPDATE MOVORDENCOMPRAS SET Cantidad = ROUND(Cantidad + ?, 3) "
-                                  "WHERE Numero = ? AND CodigoBarra = ?"));
-    up.bind(line.quantity, kQuantity).bind(number).bind(line.barcode).exec();
-    if (up.rowsAffected() > 0)
-        return;
-    db::Sql(db, QStringLiteral("INSERT INTO MOVORDENCOMPRAS (Numero, CodigoBarra, Cantidad, "
-                               "PorcentajeImpuesto, Precio, Impuesto, Item) VALUES "
-                               "(?, ?, ?, ?, ?, ?, ?)"))
-        .bind(number)
-        .bind(line.barcode)
-        .bind(line.quantity, kQuantity)
-        .bind(line.taxPercent, kPercent)
-        .bind(line.price, kPrice)
-        .bind(unitTax(line), kMoney)
-        .bind(item)
-        .exec();
+    upsertLine(db, kOrders, number, line, item);
 }
 
 bool approveOrder(const QSqlDatabase& db, long long number) {
-    db::requireTransaction(db);
-    return db::execute(db,
-                       QStringLiteral("UPDATE ORDENCOMPRAS SET Status = 1 WHERE Numero = ? AND "
-                                      "Status = 0"),
-                       {number}) > 0;
+    return approve(db, kOrders, number);
 }
 
 bool deleteOrder(const QSqlDatabase& db, long long number) {
-    db::requireTransaction(db);
-    if (db::execute(db,
-                    QStringLiteral("UPDATE ORDENCOMPRAS SET Status = Status WHERE Numero = ? AND "
-                                   "Status = 0"),
-                    {number}) == 0)
-        return false;
-    deleteOrderLines(db, number);
-    return db::execute(db, QStringLiteral("DELETE FROM ORDENCOMPRAS WHERE Numero = ?"), {number}) >
-           0;
+    return deleteOpen(db, kOrders, number);
 }
 
 std::optional<PurchaseOrder> loadOrder(const QSqlDatabase& db, long long number) {
@@ -142,13 +186,7 @@ std::optional<PurchaseOrder> loadOrder(const QSqlDatabase& db, long long number)
     o.note = h.text(QStringLiteral("Observacion"));
     o.user = h.text(QStringLiteral("Usuario"));
     o.status = h.integer(QStringLiteral("Status"));
-    db::Sql l(db, QStringLiteral("SELECT M.CodigoBarra, I.Nombre, M.Cantidad, M.Precio, "
-                                 "M.PorcentajeImpuesto FROM MOVORDENCOMPRAS M LEFT JOIN "
-                                 "INVENTARIO I ON I.CodigoBarra = M.CodigoBarra WHERE M.Numero = "
-                                 "? ORDER BY M.Item"));
-    l.bind(number).exec();
-    while (l.next())
-        o.lines.append(lineFrom(l, QStringLiteral("Precio")));
+    o.lines = linesOf(db, kOrders, number);
     return o;
 }
 
@@ -341,6 +379,18 @@ bool deletePurchase(const QSqlDatabase& db, const QString& document, const QStri
                        {document, supplier}) > 0;
 }
 
+QList<QPair<QString, Decimal>> proratedCosts(const QSqlDatabase& db, const QString& document,
+                                             const QString& supplier) {
+    db::Sql q(db, QStringLiteral("SELECT CodigoBarra, PrecioProrrateado FROM MOVCOMPRAS WHERE "
+                                 "Documento = ? AND Proveedor = ? ORDER BY Item"));
+    q.bind(document).bind(supplier).exec();
+    QList<QPair<QString, Decimal>> out;
+    while (q.next())
+        out.append({q.text(QStringLiteral("CodigoBarra")),
+                    q.decimal(QStringLiteral("PrecioProrrateado"))});
+    return out;
+}
+
 std::optional<Purchase> loadPurchase(const QSqlDatabase& db, const QString& document,
                                      const QString& supplier) {
     db::Sql h(db, QStringLiteral("SELECT Documento, Proveedor, Fecha, FechaFactura, TipoPago, "
@@ -468,37 +518,16 @@ bool updateReturn(const QSqlDatabase& db, const PurchaseReturn& r, const Documen
 }
 
 void deleteReturnLines(const QSqlDatabase& db, long long number) {
-    db::requireTransaction(db);
-    db::execute(db, QStringLiteral("DELETE FROM MOVDEVCOMPRAS WHERE Numero = ?"), {number});
+    deleteLines(db, kReturns, number);
 }
 
 void upsertReturnLine(const QSqlDatabase& db, long long number, const DocumentLine& line,
                       int item) {
-    db::requireTransaction(db);
-    db::Sql up(db, QStringLiteral("UPDATE MOVDEVCOMPRAS SET Cantidad = ROUND(Cantidad + ?, 3) "
-                                  "WHERE Numero = ? AND CodigoBarra = ?"));
-    up.bind(line.quantity, kQuantity).bind(number).bind(line.barcode).exec();
-    if (up.rowsAffected() > 0)
-        return;
-    db::Sql(db, QStringLiteral("INSERT INTO MOVDEVCOMPRAS (Numero, Item, CodigoBarra, Cantidad, "
-                               "Precio, PorcentajeImpuesto, Impuesto) VALUES (?, ?, ?, ?, ?, ?, "
-                               "?)"))
-        .bind(number)
-        .bind(item)
-        .bind(line.barcode)
-        .bind(line.quantity, kQuantity)
-        .bind(line.price, kPrice)
-        .bind(line.taxPercent, kPercent)
-        .bind(unitTax(line), kMoney)
-        .exec();
+    upsertLine(db, kReturns, number, line, item);
 }
 
 bool markReturnApproved(const QSqlDatabase& db, long long number) {
-    db::requireTransaction(db);
-    return db::execute(db,
-                       QStringLiteral("UPDATE DEVCOMPRAS SET Status = 1 WHERE Numero = ? AND "
-                                      "Status = 0"),
-                       {number}) > 0;
+    return approve(db, kReturns, number);
 }
 
 void takeReturnedStock(const QSqlDatabase& db, long long number) {
@@ -548,14 +577,7 @@ bool markReturned(const QSqlDatabase& db, const QString& document, const QString
 }
 
 bool deleteReturn(const QSqlDatabase& db, long long number) {
-    db::requireTransaction(db);
-    if (db::execute(db,
-                    QStringLiteral("UPDATE DEVCOMPRAS SET Status = Status WHERE Numero = ? AND "
-                                   "Status = 0"),
-                    {number}) == 0)
-        return false;
-    deleteReturnLines(db, number);
-    return db::execute(db, QStringLiteral("DELETE FROM DEVCOMPRAS WHERE Numero = ?"), {number}) > 0;
+    return deleteOpen(db, kReturns, number);
 }
 
 std::optional<PurchaseReturn> loadReturn(const QSqlDatabase& db, long long number) {
@@ -573,13 +595,7 @@ std::optional<PurchaseReturn> loadReturn(const QSqlDatabase& db, long long numbe
     r.note = h.text(QStringLiteral("Observacion"));
     r.user = h.text(QStringLiteral("Usuario"));
     r.status = h.integer(QStringLiteral("Status"));
-    db::Sql l(db, QStringLiteral("SELECT M.CodigoBarra, I.Nombre, M.Cantidad, M.Precio, "
-                                 "M.PorcentajeImpuesto FROM MOVDEVCOMPRAS M LEFT JOIN INVENTARIO "
-                                 "I ON I.CodigoBarra = M.CodigoBarra WHERE M.Numero = ? ORDER BY "
-                                 "M.Item"));
-    l.bind(number).exec();
-    while (l.next())
-        r.lines.append(lineFrom(l, QStringLiteral("Precio")));
+    r.lines = linesOf(db, kReturns, number);
     return r;
 }
 

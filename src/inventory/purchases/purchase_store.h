@@ -46,6 +46,9 @@ void setProratedPrice(const QSqlDatabase& db, const QString& document, const QSt
 // their last cost.
 void receiveStock(const QSqlDatabase& db, const QString& document, const QString& supplier);
 bool deletePurchase(const QSqlDatabase& db, const QString& document, const QString& supplier);
+// The unit cost each line was approved at, in line order.
+QList<QPair<QString, Decimal>> proratedCosts(const QSqlDatabase& db, const QString& document,
+                                             const QString& supplier);
 std::optional<Purchase> loadPurchase(const QSqlDatabase& db, const QString& document,
                                      const QString& supplier);
 QList<DocumentSummary> listPurchases(const QSqlDatabase& db);

@@ -7,6 +7,7 @@
 #include "inventory/articles/articles.h"
 #include "inventory/purchases/purchase_rules.h"
 #include "inventory/purchases/purchase_store.h"
+#include "inventory/purchases/source_store.h"
 #include "inventory/stock/date_guard.h"
 #include "inventory/stock/model_average.h"
 
@@ -25,10 +26,8 @@ void report(const Progress& progress, const QString& text) {
 
 // The lines' articles must exist: a line of an unknown barcode would move no stock.
 void checkArticlesExist(const QSqlDatabase& db, const QList<DocumentLine>& lines) {
-    db::Sql q(db, QStringLiteral("SELECT 1 FROM INVENTARIO WHERE CodigoBarra = ?"));
     for (const DocumentLine& l : lines) {
-        q.bind(l.barcode).exec();
-        if (!q.next())
+        if (!store::barcodeExists(db, l.barcode))
             throw UserError(QStringLiteral("El código ") + l.barcode +
                             QStringLiteral(" no existe en el inventario...!"));
     }

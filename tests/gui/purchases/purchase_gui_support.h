@@ -8,7 +8,6 @@
 
 #include <QApplication>
 #include <QLineEdit>
-#include <QTemporaryDir>
 #include <QTest>
 #include <memory>
 
@@ -25,16 +24,7 @@ class PurchaseScreenTest : public PurchaseTest {
 protected:
     void SetUp() override {
         PurchaseTest::SetUp();
-        m_oldHome = qgetenv("ORVO_HOME");
-        qputenv("ORVO_HOME", m_home.path().toUtf8());
         user("ANA");
-    }
-    void TearDown() override {
-        if (m_oldHome.isEmpty())
-            qunsetenv("ORVO_HOME");
-        else
-            qputenv("ORVO_HOME", m_oldHome);
-        PurchaseTest::TearDown();
     }
 
     // The screens the registry makes from now on belong to `code`.
@@ -84,8 +74,7 @@ protected:
     QString m_user;
 
 private:
-    QTemporaryDir m_home;
-    QByteArray m_oldHome;
+    HomeFolder m_home;
 };
 
 } // namespace orvo::test

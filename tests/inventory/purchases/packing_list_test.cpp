@@ -2,7 +2,6 @@
 #include "inventory/purchases/purchase_support.h"
 
 #include <QFile>
-#include <QTemporaryDir>
 
 using namespace orvo;
 using namespace orvo::inventory::purchases;
@@ -14,30 +13,20 @@ class PackingListTest : public test::PurchaseTest {
 protected:
     void SetUp() override {
         PurchaseTest::SetUp();
-        m_oldHome = qgetenv("ORVO_HOME");
-        qputenv("ORVO_HOME", m_dir.path().toUtf8());
         article("A1", "CAMISA-A", "5", "7");
         article("A2", "CAMISA-A", "0", "0"); // known, but without a cost
         exec("UPDATE INVENTARIO SET Status = 1 WHERE CodigoBarra = 'A1'");
     }
-    void TearDown() override {
-        if (m_oldHome.isEmpty())
-            qunsetenv("ORVO_HOME");
-        else
-            qputenv("ORVO_HOME", m_oldHome);
-        PurchaseTest::TearDown();
-    }
 
     QString packingList() {
-        return test::writePackingList(m_dir.path(), {{"A1", "4", "7.5"},
-                                                     {"ZZ9", "2", "1"},
-                                                     {"A2", "1", "3"},
-                                                     {"A1", "2", "9"},
-                                                     {"A1", "1.5", "9"}});
+        return test::writePackingList(m_home.path(), {{"A1", "4", "7.5"},
+                                                      {"ZZ9", "2", "1"},
+                                                      {"A2", "1", "3"},
+                                                      {"A1", "2", "9"},
+                                                      {"A1", "1.5", "9"}});
     }
 
-    QTemporaryDir m_dir;
-    QByteArray m_oldHome;
+    test::HomeFolder m_home;
 };
 
 } // namespace
@@ -69,7 +58,7 @@ TEST_F(PackingListTest, LinesAreSummedByBarcodeAndTheUnknownListed) {
 }
 
 TEST_F(PackingListTest, AFileThatIsNoPackingListIsRefused) {
-    QFile bad(m_dir.filePath("MOVITRAN.DBF"));
+    QFile bad(m_home.path() + "/MOVITRAN.DBF");
     ASSERT_TRUE(bad.open(QIODevice::WriteOnly));
     bad.write("esto no es una tabla");
     bad.close();
@@ -77,6 +66,6 @@ TEST_F(PackingListTest, AFileThatIsNoPackingListIsRefused) {
                      readPackingList(db(), bad.fileName(), PackingCheck::Exists);
                  }).isEmpty());
     EXPECT_FALSE(test::refusal([&] {
-                     readPackingList(db(), m_dir.filePath("NOHAY.DBF"), PackingCheck::Exists);
+                     readPackingList(db(), m_home.path() + "/NOHAY.DBF", PackingCheck::Exists);
                  }).isEmpty());
 }

@@ -7,6 +7,7 @@
 #include "inventory/purchases/purchase_types.h"
 #include "support/test_db.h"
 
+#include <QTemporaryDir>
 #include <ostream>
 
 namespace orvo {
@@ -21,6 +22,23 @@ namespace orvo::test {
 inline Decimal d(const char* text) {
     return Decimal::fromString(QString::fromLatin1(text));
 }
+
+// ORVO_HOME points at a fresh folder while the object lives (local backups, listed files).
+class HomeFolder {
+public:
+    HomeFolder() : m_old(qgetenv("ORVO_HOME")) { qputenv("ORVO_HOME", m_dir.path().toUtf8()); }
+    ~HomeFolder() {
+        if (m_old.isEmpty())
+            qunsetenv("ORVO_HOME");
+        else
+            qputenv("ORVO_HOME", m_old);
+    }
+    QString path() const { return m_dir.path(); }
+
+private:
+    QTemporaryDir m_dir;
+    QByteArray m_old;
+};
 
 // A store with two suppliers, taxes 1 (16%) and 4 (exempt), the branch 01 and the articles each
 // test asks for.
