@@ -102,9 +102,13 @@ void printDocument(QWidget* parent, const PrintedDocument& document) {
 void writePdf(QWidget* parent, const PrintedDocument& document) {
     if (document.html.isEmpty())
         return;
-    QString path = dialogs().saveFileName(parent, QStringLiteral("Guardar como PDF"),
-                                          document.title + QStringLiteral(".pdf"),
-                                          QStringLiteral("Documentos PDF (*.pdf)"));
+    // Offered in the reports folder of the application.
+    const QString folder = QDir(shell::appHome()).filePath(QStringLiteral("REPORTES"));
+    QDir().mkpath(folder);
+    QString path =
+        dialogs().saveFileName(parent, QStringLiteral("Guardar como PDF"),
+                               QDir(folder).filePath(document.title + QStringLiteral(".pdf")),
+                               QStringLiteral("Documentos PDF (*.pdf)"));
     if (path.isEmpty())
         return;
     if (!path.endsWith(QStringLiteral(".pdf"), Qt::CaseInsensitive))
@@ -259,6 +263,8 @@ void DocumentScreen::finish(QBoxLayout* extraButtons) {
     buttons->addWidget(pdf);
     m_form->addLayout(buttons);
 
+    keysTakeTyping(true);
+    keysTakeTyping(false);
     installFieldBehaviour();
     // Installed after the record screen's: Enter in the keying row is handled here first.
     for (QLineEdit* e : {m_code, m_quantity, m_price})
@@ -511,11 +517,13 @@ void DocumentScreen::newRecord() {
     setStatus(kOpen);
     m_quantity->setText(QStringLiteral("1"));
     m_article->clear();
+    focusFirstEditable();
 }
 
 void DocumentScreen::modifyRecord() {
     RecordScreen::modifyRecord();
     m_quantity->setText(QStringLiteral("1"));
+    focusFirstEditable();
 }
 
 void DocumentScreen::keysTakeTyping(bool typing) {
@@ -526,8 +534,21 @@ void DocumentScreen::keysTakeTyping(bool typing) {
         if (typing && e->isReadOnly()) {
             e->setProperty("orvoReadOnlyKey", true);
             e->setReadOnly(false);
+            e->setFocusPolicy(Qt::StrongFocus);
         } else if (!typing && e->property("orvoReadOnlyKey").toBool()) {
             e->setReadOnly(true);
+            e->setFocusPolicy(Qt::NoFocus); // Enter passes it by
+        }
+    }
+}
+
+void DocumentScreen::focusFirstEditable() {
+    for (QWidget* w : inputControls()) {
+        auto* e = qobject_cast<QLineEdit*>(w);
+        if (w->isEnabled() && w->isVisibleTo(this) && w->focusPolicy() != Qt::NoFocus &&
+            !(e && e->isReadOnly())) {
+            w->setFocus();
+            return;
         }
     }
 }

@@ -109,6 +109,8 @@ private:
     void barcodeEntered();
     // Read-only keys (numbers the program gives) take typing only while searching.
     void keysTakeTyping(bool typing);
+    // The first field the user can type in gets the cursor.
+    void focusFirstEditable();
     void updateEditability();
     bool eventFilter(QObject* watched, QEvent* event) override;
 

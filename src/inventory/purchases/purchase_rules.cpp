@@ -62,6 +62,16 @@ Decimal proratedPrice(const Decimal& invoicePrice, const Decimal& discountPercen
     return net + net * factor;
 }
 
+Decimal movingAverage(const Decimal& stock, const Decimal& averageCost, const Decimal& quantity,
+                      const Decimal& value, const Decimal& lastCost) {
+    if (stock.isNegative())
+        return lastCost;
+    const Decimal after = stock + quantity;
+    if (after <= Decimal())
+        return averageCost;
+    return (averageCost * stock + value) / after;
+}
+
 QList<DocumentLine> mergedByBarcode(const QList<DocumentLine>& lines) {
     QList<DocumentLine> out;
     for (const DocumentLine& l : lines) {

@@ -27,6 +27,12 @@ Decimal prorationFactor(const Purchase& purchase, const Decimal& merchandise);
 Decimal proratedPrice(const Decimal& invoicePrice, const Decimal& discountPercent,
                       const Decimal& factor);
 
+// A variant's moving average after receiving `quantity` worth `value` (Σ cost × quantity): its
+// stock weighs in when it is zero or more; a stock below zero takes part in nothing and the
+// received cost `lastCost` stands.
+Decimal movingAverage(const Decimal& stock, const Decimal& averageCost, const Decimal& quantity,
+                      const Decimal& value, const Decimal& lastCost);
+
 // Lines as the save writes them: the same barcode twice is one line with the summed quantity
 // and the first row's price.
 QList<DocumentLine> mergedByBarcode(const QList<DocumentLine>& lines);

@@ -14,6 +14,7 @@ constexpr int kMoney = 2;
 constexpr int kQuantity = 3;
 constexpr int kPercent = 4;
 constexpr int kRate = 8;
+constexpr int kCost = 5;
 
 // The unit tax of a line, as sale lines keep it.
 Decimal unitTax(const DocumentLine& l) {
@@ -327,43 +328,51 @@ void setProratedPrice(const QSqlDatabase& db, const QString& document, const QSt
         .exec();
 }
 
-void receiveStock(const QSqlDatabase& db, const QString& document, const QString& supplier) {
+QList<Receipt> holdReceipts(const QSqlDatabase& db, const QString& document,
+                            const QString& supplier) {
     db::requireTransaction(db);
-    // The purchase's lines of the article being updated.
-    const QString lines = QStringLiteral(" FROM MOVCOMPRAS M WHERE M.Documento = ? AND "
-                                         "M.Proveedor = ? AND M.CodigoBarra = "
-                                         "INVENTARIO.CodigoBarra)");
-    const QString quantity = QStringLiteral("(SELECT SUM(M.Cantidad)") + lines;
-    const QString value = QStringLiteral("(SELECT SUM(M.PrecioProrrateado * M.Cantidad)") + lines;
-    const QString lastCost =
-        QStringLiteral("ROUND((SELECT MAX(M.PrecioProrrateado)") + lines + QStringLiteral(", 5)");
-    const QString ofPurchase = QStringLiteral(" AND CodigoBarra IN (SELECT CodigoBarra FROM "
-                                              "MOVCOMPRAS WHERE Documento = ? AND Proveedor = "
-                                              "?)");
-    // Stock at zero or more: the received cost is weighed with what is there.
-    db::Sql up(db, QStringLiteral("UPDATE INVENTARIO SET CostoPromedio = "
-                                  "COALESCE(ROUND((COALESCE(CostoPromedio, 0) * Existencia + ") +
-                       value + QStringLiteral(") / NULLIF(Existencia + ") + quantity +
-                       QStringLiteral(", 0), 5), CostoPromedio), Existencia = ROUND(Existencia "
-                                      "+ ") +
-                       quantity + QStringLiteral(", 3), Status = 1, UltimoCosto = ") + lastCost +
-                       QStringLiteral(" WHERE COALESCE(Existencia, 0) >= 0") + ofPurchase);
-    for (int i = 0; i < 5; ++i)
-        up.bind(document).bind(supplier);
     db::execute(db,
-                QStringLiteral("UPDATE INVENTARIO SET Existencia = 0 WHERE Existencia IS NULL AND "
-                               "CodigoBarra IN (SELECT CodigoBarra FROM MOVCOMPRAS WHERE "
-                               "Documento = ? AND Proveedor = ?)"),
+                QStringLiteral("UPDATE INVENTARIO SET Status = Status WHERE CodigoBarra IN "
+                               "(SELECT CodigoBarra FROM MOVCOMPRAS WHERE Documento = ? AND "
+                               "Proveedor = ?)"),
                 {document, supplier});
-    up.exec();
-    // Stock below zero takes part in no average: the received cost stands.
-    db::Sql down(db, QStringLiteral("UPDATE INVENTARIO SET CostoPromedio = ") + lastCost +
-                         QStringLiteral(", Existencia = ROUND(Existencia + ") + quantity +
-                         QStringLiteral(", 3), Status = 1, UltimoCosto = ") + lastCost +
-                         QStringLiteral(" WHERE Existencia < 0") + ofPurchase);
-    for (int i = 0; i < 4; ++i)
-        down.bind(document).bind(supplier);
-    down.exec();
+    // Amounts are multiplied here as exact decimals: SQLite would divide whole numbers as
+    // integers and multiply the others in binary floating point.
+    db::Sql q(db, QStringLiteral("SELECT I.CodigoBarra, I.Existencia, I.CostoPromedio, "
+                                 "M.Cantidad, M.PrecioProrrateado FROM MOVCOMPRAS M INNER JOIN "
+                                 "INVENTARIO I ON I.CodigoBarra = M.CodigoBarra WHERE "
+                                 "M.Documento = ? AND M.Proveedor = ? ORDER BY M.Item"));
+    q.bind(document).bind(supplier).exec();
+    QList<Receipt> out;
+    while (q.next()) {
+        const QString barcode = q.text(QStringLiteral("CodigoBarra"));
+        const Decimal quantity = q.decimal(QStringLiteral("Cantidad"));
+        const Decimal price = q.decimal(QStringLiteral("PrecioProrrateado"));
+        auto it = std::find_if(out.begin(), out.end(),
+                               [&](const Receipt& r) { return r.barcode == barcode; });
+        if (it == out.end()) {
+            out.append({barcode, q.decimal(QStringLiteral("Existencia")),
+                        q.decimal(QStringLiteral("CostoPromedio")), quantity, price * quantity,
+                        price});
+            continue;
+        }
+        it->quantity += quantity;
+        it->value += price * quantity;
+        it->lastCost = std::max(it->lastCost, price);
+    }
+    return out;
+}
+
+void writeReceipt(const QSqlDatabase& db, const QString& barcode, const Decimal& stock,
+                  const Decimal& averageCost, const Decimal& lastCost) {
+    db::requireTransaction(db);
+    db::Sql(db, QStringLiteral("UPDATE INVENTARIO SET CostoPromedio = ?, Existencia = ?, Status "
+                               "= 1, UltimoCosto = ? WHERE CodigoBarra = ?"))
+        .bind(averageCost, kCost)
+        .bind(stock, kQuantity)
+        .bind(lastCost, kCost)
+        .bind(barcode)
+        .exec();
 }
 
 bool deletePurchase(const QSqlDatabase& db, const QString& document, const QString& supplier) {

@@ -41,10 +41,21 @@ QList<StoredLine> storedLines(const QSqlDatabase& db, const QString& document,
                               const QString& supplier);
 void setProratedPrice(const QSqlDatabase& db, const QString& document, const QString& supplier,
                       int item, const Decimal& price);
-// Adds the purchase to stock: variants at zero or more weigh their average cost with the
-// prorated one, variants below zero take the prorated cost; all become active and take it as
-// their last cost.
-void receiveStock(const QSqlDatabase& db, const QString& document, const QString& supplier);
+// What the purchase brings to each of its variants, with the variant as it stands. The variants'
+// rows are held first (the no-op update), so nobody changes them until the approval ends.
+struct Receipt {
+    QString barcode;
+    Decimal stock;       // Existencia before
+    Decimal averageCost; // CostoPromedio before
+    Decimal quantity;    // Σ Cantidad of its lines
+    Decimal value;       // Σ PrecioProrrateado × Cantidad
+    Decimal lastCost;    // the highest prorated price of its lines
+};
+QList<Receipt> holdReceipts(const QSqlDatabase& db, const QString& document,
+                            const QString& supplier);
+// The variant's new stock and costs; it becomes active.
+void writeReceipt(const QSqlDatabase& db, const QString& barcode, const Decimal& stock,
+                  const Decimal& averageCost, const Decimal& lastCost);
 bool deletePurchase(const QSqlDatabase& db, const QString& document, const QString& supplier);
 // The unit cost each line was approved at, in line order.
 QList<QPair<QString, Decimal>> proratedCosts(const QSqlDatabase& db, const QString& document,

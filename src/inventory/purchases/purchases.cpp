@@ -194,7 +194,13 @@ void savePurchase(const QSqlDatabase& db, const Purchase& purchase, bool isNew, 
             store::setProratedPrice(
                 db, p.document, p.supplier, l.item,
                 rules::proratedPrice(l.invoicePrice, p.discountPercent, factor).rounded(6));
-        store::receiveStock(db, p.document, p.supplier);
+        // Stock grows; each variant weighs its cost with what arrived, unless it was short.
+        for (const store::Receipt& r : store::holdReceipts(db, p.document, p.supplier))
+            store::writeReceipt(
+                db, r.barcode, r.stock + r.quantity,
+                rules::movingAverage(r.stock, r.averageCost, r.quantity, r.value, r.lastCost)
+                    .rounded(5),
+                r.lastCost.rounded(5));
         stock::recomputeModelAverage(db, stock::AveragedDocument::purchase(p.document, p.supplier));
     }
     tx.commit();

@@ -82,6 +82,7 @@ ReceptionScreen::ReceptionScreen(QSqlDatabase db, QString userCode, QWidget* par
     m_number = new QLineEdit(head);
     m_number->setObjectName(QStringLiteral("txtNumero"));
     m_number->setReadOnly(true);
+    m_number->setFocusPolicy(Qt::NoFocus); // a number the program gives
     markKey(m_number);
     form->addRow(QStringLiteral("Número"), m_number);
     m_branch = new QComboBox(head);
@@ -556,10 +557,12 @@ void ReceptionScreen::newRecord() {
     showBox();
     m_boxes->setRowCount(0);
     m_state->setText(QStringLiteral("ABIERTA"));
+    m_branch->setFocus();
 }
 
 void ReceptionScreen::cancelRecord() {
     m_number->setReadOnly(true);
+    m_number->setFocusPolicy(Qt::NoFocus);
     RecordScreen::cancelRecord();
     if (recordCount() == 0) {
         m_reception = Reception();
@@ -569,12 +572,14 @@ void ReceptionScreen::cancelRecord() {
 
 void ReceptionScreen::beginSearch() {
     m_number->setReadOnly(false);
+    m_number->setFocusPolicy(Qt::StrongFocus);
     RecordScreen::beginSearch();
 }
 
 void ReceptionScreen::runSearch() {
     const QString wanted = m_number->text().trimmed();
     m_number->setReadOnly(true);
+    m_number->setFocusPolicy(Qt::NoFocus);
     for (int r = 0; r < m_receptions.size(); ++r) {
         if (!wanted.isEmpty() && m_receptions[r].number == wanted) {
             navigateTo(r);

@@ -21,10 +21,12 @@ TEST_F(PurchasesTest, ApprovalWeighsEachVariantThenAveragesItsModel) {
     article("C1", "CAMISA-C", "-3", "4");  // short of stock, receives 5
     article("D1", "CAMISA-D", "-10", "4"); // still short after the purchase
     article("D2", "CAMISA-D", "0", "3");
-    savePurchase(db(),
-                 purchase("F-100", {line("A1", "10", "7"), line("B1", "10", "7"),
-                                    line("C1", "5", "8"), line("D1", "5", "8")}),
-                 true, true);
+    article("E1", "CAMISA-E", "16", "272"); // whole numbers whose average is not one
+    savePurchase(
+        db(),
+        purchase("F-100", {line("A1", "10", "7"), line("B1", "10", "7"), line("C1", "5", "8"),
+                           line("D1", "5", "8"), line("E1", "10", "255")}),
+        true, true);
 
     EXPECT_EQ(scalar("SELECT Status FROM COMPRAS WHERE Documento = 'F-100'").toInt(), 1);
     EXPECT_EQ(dec("SELECT PrecioProrrateado FROM MOVCOMPRAS WHERE CodigoBarra = 'A1'"), d("7"));
@@ -45,7 +47,9 @@ TEST_F(PurchasesTest, ApprovalWeighsEachVariantThenAveragesItsModel) {
     EXPECT_EQ(averageCost("D1"), d("8"));
     EXPECT_EQ(lastCost("D1"), d("8"));
     EXPECT_EQ(averageCost("D2"), d("3"));
-    EXPECT_EQ(count("INVENTARIO", "Status = 1"), 4); // the received ones become active
+    // (16 × 272 + 10 × 255) / 26 = 265.4615…
+    EXPECT_EQ(averageCost("E1"), d("265.46154"));
+    EXPECT_EQ(count("INVENTARIO", "Status = 1"), 5); // the received ones become active
 }
 
 TEST_F(PurchasesTest, ChargesEnterTheCostByTheValuationMethod) {
