@@ -44,6 +44,7 @@ PurchaseReturnScreen::PurchaseReturnScreen(QSqlDatabase db, QString userCode, QW
          QStringLiteral("Por devolver")});
     m_returnableGrid->setEditTriggers(QAbstractItemView::NoEditTriggers);
     m_returnableGrid->setSelectionBehavior(QAbstractItemView::SelectRows);
+    m_returnableGrid->horizontalHeader()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
     m_returnableGrid->horizontalHeader()->setSectionResizeMode(1, QHeaderView::Stretch);
     m_returnableGrid->setMaximumHeight(160);
     m_form->addWidget(m_returnableGrid);

@@ -214,6 +214,8 @@ void ReceptionScreen::updateEditability() {
     const bool counting = !editing && current() && m_reception.status == kOpen;
     for (QWidget* w : {static_cast<QWidget*>(m_code), static_cast<QWidget*>(m_quantity)})
         w->setEnabled(counting);
+    if (counting && m_quantity->text().isEmpty())
+        m_quantity->setText(QStringLiteral("1"));
     for (QPushButton* b : std::as_const(m_boxButtons))
         b->setEnabled(counting ||
                       (b->objectName() == QLatin1String("cmdImprimirCaja") && current()));
@@ -316,6 +318,9 @@ void ReceptionScreen::afterNavigate() {
     showBox();
     showBoxes();
     emit recordStateChanged();
+    // Ready to count: the scanner's first barcode goes to the box.
+    if (m_code->isEnabled())
+        m_code->setFocus();
 }
 
 void ReceptionScreen::showReception(const Reception& r) {
@@ -359,6 +364,11 @@ void ReceptionScreen::showBox() {
 }
 
 void ReceptionScreen::showBoxes() {
+    // The browser's count follows the boxes.
+    if (current() && !isEditing()) {
+        requery();
+        m_browser->selectRow(m_current);
+    }
     const QList<BoxSummary> all =
         m_reception.number > 0 ? receptionBoxes(m_db, m_reception.number) : QList<BoxSummary>();
     m_boxes->setRowCount(0);
