@@ -21,11 +21,15 @@ Q_LOGGING_CATEGORY(lcDesktop, "orvo.desktop")
 
 bool connectAtStartup(QWidget* parent) {
     ServerConfig config;
-    const StartupConnection result = connectFromConfigFile(serverConfigPath(), dataDir(), config);
+    QString reason;
+    const StartupConnection result =
+        connectFromConfigFile(serverConfigPath(), dataDir(), config, &reason);
     currentServerConfig() = config;
     if (result == StartupConnection::Connected)
         return true;
     ServerConfigScreen screen(ServerConfigScreen::Mode::Startup, config, parent);
+    if (!reason.isEmpty())
+        screen.showFailure(reason);
     screen.exec();
     return mainConnectionOpen();
 }
