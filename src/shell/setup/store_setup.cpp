@@ -268,17 +268,20 @@ bool hasActiveUser(const QSqlDatabase& db) {
     return db::exists(db, QStringLiteral("SELECT 1 FROM USUARIOS WHERE Status = 1"));
 }
 
-AdministratorOutcome saveAdministrator(const QSqlDatabase& db, const Administrator& admin) {
-    const QString code = admin.code.trimmed();
-    if (code.isEmpty())
+namespace {
+
+void checkAdministrator(const Administrator& admin) {
+    if (admin.code.trimmed().isEmpty())
         throw UserError(s("Debe indicar el código del usuario...!"));
     if (admin.password.trimmed().isEmpty())
         throw UserError(s("La clave no puede estar vacía...!"));
+}
+
+AdministratorOutcome writeAdministrator(const QSqlDatabase& db, const Administrator& admin) {
+    const QString code = admin.code.trimmed();
     // The login compares the trimmed password, so that is what is kept.
     const QString scrambled = security::scramble(admin.password.trimmed());
     const QString name = admin.name.trimmed().isEmpty() ? s("ADMINISTRADOR") : admin.name.trimmed();
-
-    db::Transaction tx(db);
     writeStandardGroups(db);
     AdministratorOutcome outcome = AdministratorOutcome::Created;
     if (db::execute(
@@ -301,8 +304,33 @@ AdministratorOutcome saveAdministrator(const QSqlDatabase& db, const Administrat
                 db, QStringLiteral("INSERT INTO USUARIOGRUPO (CodUsuario, CodGrupo) VALUES (?, ?)"),
                 {code, g});
     }
+    return outcome;
+}
+
+} // namespace
+
+AdministratorOutcome saveAdministrator(const QSqlDatabase& db, const Administrator& admin) {
+    checkAdministrator(admin);
+    db::Transaction tx(db);
+    const AdministratorOutcome outcome = writeAdministrator(db, admin);
     tx.commit();
     return outcome;
+}
+
+void startStore(const QSqlDatabase& db, const CompanyFacts& company, const Administrator& admin,
+                const QString& confirmation) {
+    if (company.nombre.trimmed().isEmpty())
+        throw UserError(s("Debe indicar el nombre de la empresa...!"));
+    if (company.rif.trimmed().isEmpty())
+        throw UserError(s("Debe indicar el RIF de la empresa...!"));
+    checkedRif(company.rif);
+    checkAdministrator(admin);
+    if (admin.password != confirmation)
+        throw UserError(s("¡Confirmación de clave errada!"));
+    db::Transaction tx(db);
+    writeStoreBasics(db, company);
+    writeAdministrator(db, admin);
+    tx.commit();
 }
 
 } // namespace orvo::shell::setup

@@ -44,6 +44,11 @@ struct Administrator {
 };
 enum class AdministratorOutcome { Created, PasswordChanged };
 
+// A store's first start, as one transaction: the company's name and RIF (both required here),
+// what a new store starts with, and its administrator. The password must equal `confirmation`.
+void startStore(const QSqlDatabase& db, const CompanyFacts& company, const Administrator& admin,
+                const QString& confirmation);
+
 // The store's administrator: a new user, or an existing one whose password is replaced and who
 // becomes active, in the groups ADMI and SISTEMAS (every screen, every group to hand out). One
 // transaction. An empty code or password is refused with UserError.
