@@ -41,9 +41,11 @@ void takeRegisterIdentity(tools::fiscal::EmulatorOptions& options) {
     QSqlDatabase db = openConfiguredStore(false);
     const QString serie = shell::settings::read(QStringLiteral("Serie")).trimmed();
     if (serie.isEmpty())
-        throw UserError(QStringLiteral("Este equipo no es una caja: configúrela antes de usar "
-                                       "--caja."));
-    options.serial = serie;
+        err() << "Este equipo todavía no es una caja: la impresora lleva la serie "
+              << (options.serial.isEmpty() ? QStringLiteral("Z1B0000001") : options.serial)
+              << " (configure la caja con esa serie, o use --serial)." << Qt::endl;
+    else
+        options.serial = serie;
     shell::SessionContext ctx;
     shell::loadCompany(db, ctx);
     options.rif = pos::fiscal::rifKey(ctx.idEmpresa);
