@@ -6,6 +6,7 @@
 #include "common/db/sql.h"
 #include "common/errors/errors.h"
 #include "common/schema/migrate.h"
+#include "exchange/package/templates.h"
 #include "shell/demo/demo_store.h"
 #include "shell/setup/store_setup.h"
 #include "shell/startup/app_home.h"
@@ -196,6 +197,9 @@ int dbInit(const QStringList& args) {
         out() << "El esquema ya está en la versión " << result.toVersion << "." << Qt::endl;
     for (const QString& s : result.steps)
         out() << s << Qt::endl;
+    const QStringList templates = exchange::package::installTemplates();
+    out() << "Estructuras de intercambio instaladas en " << exchange::package::templateFolder()
+          << ": " << templates.size() << "." << Qt::endl;
 
     if (demo) {
         bool created = false;
