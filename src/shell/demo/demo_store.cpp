@@ -184,12 +184,6 @@ void seedPeople(const QSqlDatabase& db) {
                         s("0414-555-0300"), s(c.address), s(""), 0, 1, s(c.type), s(c.taxpayer),
                         Decimal(c.margin).toVariant(2), s("")});
 
-    RowWriter positions(db, QStringLiteral("CARGOS"), cols({"Codigo", "Nombre", "Status"}));
-    positions.insert({s("001"), s("GERENTE"), 1});
-    positions.insert({s("002"), s("CAJERO"), 1});
-    positions.insert({s("003"), s("VENDEDOR"), 1});
-    positions.insert({s("004"), s("ALMACENISTA"), 1});
-
     RowWriter workers(db, QStringLiteral("TRABAJADORES"),
                       cols({"Cedula", "Codigo", "Nombre", "Cargo", "FechaIngreso",
                             "FechaNacimiento", "Direccion", "Telefono", "Celular", "Status"}));

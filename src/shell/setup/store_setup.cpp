@@ -173,6 +173,18 @@ bool writeFiscalPrinter(const QSqlDatabase& db) {
     return true;
 }
 
+// Position 003 is the one the sale takes its sellers from (TRABAJADORES.Cargo).
+bool writePositions(const QSqlDatabase& db) {
+    if (!isEmpty(db, "CARGOS"))
+        return false;
+    RowWriter positions(db, QStringLiteral("CARGOS"), columns({"Codigo", "Nombre", "Status"}));
+    positions.insert({s("001"), s("GERENTE"), 1});
+    positions.insert({s("002"), s("CAJERO"), 1});
+    positions.insert({s("003"), s("VENDEDOR"), 1});
+    positions.insert({s("004"), s("ALMACENISTA"), 1});
+    return true;
+}
+
 bool writeTransferSettings(const QSqlDatabase& db) {
     if (!isEmpty(db, "PARAMETROSTRANSFER"))
         return false;
@@ -241,6 +253,9 @@ QStringList writeStoreBasics(const QSqlDatabase& db, const CompanyFacts& company
         done << s("Impuestos 1 a 4.");
     if (writeFiscalPrinter(db))
         done << s("Impresora fiscal 1 para las cajas.");
+    if (writePositions(db))
+        done << s("Cargos (003 VENDEDOR: los vendedores de la venta son trabajadores con ese "
+                  "cargo).");
     writeTransferSettings(db);
     if (writeClients(db))
         done << s("Tipos de cliente y de contribuyente, y el cliente contado V00000000.");
