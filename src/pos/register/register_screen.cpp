@@ -239,6 +239,9 @@ void RegisterScreen::afterNavigate() {
 void RegisterScreen::newRecord() {
     RecordScreen::newRecord();
     loadPrinters();
+    // The emptied lists start at their first choice: a register is never saved with none.
+    for (QComboBox* c : {m_tipoListaPrecio, m_tipoVenta, m_tipoReporte, m_impresoraFiscal})
+        c->setCurrentIndex(c->count() > 0 ? 0 : -1);
     m_numero->setText(QString::number(nextRegisterNumber(m_db)));
     m_fondoCaja->setText(Decimal(0).toLocaleString(amountLocale(), 2));
     m_maximoZDiario->setText(QStringLiteral("0"));
