@@ -1,5 +1,6 @@
 #include "app/screens.h"
 
+#include "exchange/export/exchange_screens.h"
 #include "inventory/articles/article_screens.h"
 #include "pos/cash/cash_screens.h"
 #include "pos/fiscal/counter_correction_screen.h"
@@ -24,6 +25,7 @@ void registerAllScreens() {
     pos::sale::registerSaleScreens();
     pos::cash::registerCashScreens();
     pos::payments::registerPaymentScreens();
+    exchange::registerExchangeScreens();
 }
 
 } // namespace orvo::app

@@ -17,7 +17,7 @@ QString python() {
 } // namespace
 
 SmtpTestServer::SmtpTestServer(const Options& options) : m_process(std::make_unique<QProcess>()) {
-    QStringList args{QStringLiteral(ORVO_TEST_SUPPORT_DIR "/smtp_server.py"), m_dir.path()};
+    QStringList args{QStringLiteral(ORVO_SMTP_SERVER), m_dir.path()};
     if (!options.user.isEmpty())
         args << QStringLiteral("--user") << options.user << QStringLiteral("--password")
              << options.password;

@@ -8,7 +8,7 @@
 
 namespace orvo::test {
 
-// A real SMTP server on 127.0.0.1 (tests/support/smtp_server.py, aiosmtpd) that keeps what it
+// A real SMTP server on 127.0.0.1 (scripts/smtp_server.py, aiosmtpd) that keeps what it
 // receives in a folder of its own.
 class SmtpTestServer {
 public:

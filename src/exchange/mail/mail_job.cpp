@@ -4,6 +4,7 @@
 #include "common/db/transaction.h"
 #include "common/errors/errors.h"
 #include "exchange/export/export_store.h"
+#include "exchange/mail/mail_store.h"
 #include "exchange/mail/smtp_client.h"
 #include "shell/session/settings_readers.h"
 #include "shell/startup/app_home.h"
@@ -17,46 +18,6 @@ namespace orvo::exchange::mail {
 namespace {
 
 const QString kNoAccount = QStringLiteral("No existe una cuenta de correo configurada");
-
-struct Account {
-    bool exists = false;
-    QString name;
-    SmtpAccount smtp;
-    QString destination;
-};
-
-Account readAccount(const QSqlDatabase& db) {
-    db::Sql q(db, QStringLiteral("SELECT * FROM CUENTAS_MAIL"));
-    q.exec();
-    Account a;
-    if (!q.next())
-        return a;
-    a.exists = true;
-    a.name = q.text(QStringLiteral("Nombre")).trimmed();
-    a.smtp.host = q.text(QStringLiteral("SrvSalida")).trimmed();
-    a.smtp.port = q.integer(QStringLiteral("PuertoSaliente"));
-    a.smtp.user = q.text(QStringLiteral("UsrMail")).trimmed();
-    a.smtp.password = q.text(QStringLiteral("PswMail"));
-    a.smtp.fromAddress =
-        a.smtp.user + QLatin1Char('@') + q.text(QStringLiteral("SrvDominio")).trimmed();
-    a.smtp.fromName = a.name;
-    a.destination = q.text(QStringLiteral("EMailDest")).trimmed();
-    return a;
-}
-
-struct Message {
-    QString subject;
-    QString attachment;
-};
-
-QList<Message> readMessages(const QSqlDatabase& db) {
-    db::Sql q(db, QStringLiteral("SELECT Asunto, Anexo FROM MENSAJES"));
-    q.exec();
-    QList<Message> out;
-    while (q.next())
-        out << Message{q.text(QStringLiteral("Asunto")), q.text(QStringLiteral("Anexo")).trimmed()};
-    return out;
-}
 
 // The attachment of a message: nothing, one file of the folder, or every match of a pattern.
 QStringList attachmentsOf(const QString& folder, const QString& anexo) {
@@ -97,10 +58,10 @@ void MailJob::log(const QString& line) {
 
 void MailJob::run(const QSqlDatabase& db) {
     const QString folder = exporting::exportFolder(db);
-    const Account account = readAccount(db);
+    const MailAccount account = readAccount(db);
     if (account.exists)
         log(QStringLiteral("Conectando a ") + account.smtp.host + QStringLiteral("..."));
-    const QList<Message> messages = readMessages(db);
+    const QList<PendingMessage> messages = readMessages(db);
 
     // Cleared once here and by every failure, set by every success: it ends up telling how
     // the last message went.
@@ -108,7 +69,7 @@ void MailJob::run(const QSqlDatabase& db) {
     for (int i = 0; i < messages.size(); ++i) {
         if (isCancelled())
             break;
-        const Message& m = messages[i];
+        const PendingMessage& m = messages[i];
         log(QStringLiteral("Enviando mensaje a ") + account.name + QStringLiteral("..."));
         report(i * 100 / messages.size(), m.subject);
         SmtpMessage message;

@@ -112,7 +112,7 @@ void seedCompany(const QSqlDatabase& db) {
                  s(""),
                  s(""),
                  0,
-                 s(""),
+                 s("Orvo"),
                  1,
                  0,
                  0,
@@ -161,6 +161,16 @@ void seedCompany(const QSqlDatabase& db) {
     RowWriter(db, QStringLiteral("PARAMETROSTRANSFER"),
               cols({"TipoConexion", "Intentos", "SegIntentos"}))
         .insert({1, 3, 30});
+
+    // The closing exports the store package ("Orvo" above) and mails it to head office through
+    // this account: scripts/run.sh starts a local mail server and points the account at it.
+    RowWriter(db, QStringLiteral("CUENTAS_MAIL"),
+              cols({"Nombre", "SrvSalida", "PuertoSaliente", "SrvEntrada", "UsrMail", "SrvDominio",
+                    "PswMail", "EMailDest"}))
+        .insert({s("TIENDA DEMO CENTRO"), s("127.0.0.1"), 2525, s(""), s("tienda01"),
+                 s("orvo-demo.com.ve"), s(""), s("casamatriz@orvo-demo.com.ve")});
+    RowWriter(db, QStringLiteral("MENSAJES"), cols({"Asunto", "Anexo"}))
+        .insert({s("Información de la tienda 01"), s("01.zip")});
 }
 
 void seedRegister(const QSqlDatabase& db) {

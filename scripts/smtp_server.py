@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""A real SMTP server on 127.0.0.1 for the mail tests and the demo (aiosmtpd).
+"""A real SMTP server on 127.0.0.1 for the mail tests and the demo (Debian's python3-aiosmtpd).
 
 Prints the port it listens on as its first line, then keeps every message it accepts in FOLDER:
 NNN.eml (the raw message), NNN_<name> for each attachment and NNN.json (envelope sender and
