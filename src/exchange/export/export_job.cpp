@@ -42,6 +42,20 @@ const QHash<QString, schema::Column>& knownColumns() {
     return columns;
 }
 
+// A date-time as the DBF writer takes it: PostgreSQL's QDateTime as it is; SQLite's ISO text
+// ("2024-06-14T10:15:30.000") as "2024-06-14 10:15:30", without the cost of parsing it.
+QVariant dateTimeForFile(const QVariant& v) {
+    if (v.isNull() || v.typeId() != QMetaType::QString)
+        return v.isNull() ? v : QVariant(db::dateTimeValue(v));
+    QString t = v.toString();
+    if (t.size() >= 19 && t[10] == QLatin1Char('T')) {
+        t[10] = QLatin1Char(' ');
+        t.truncate(19);
+        return t;
+    }
+    return QVariant(db::dateTimeValue(v));
+}
+
 bool isDateTimeColumn(const QString& name) {
     const auto it = knownColumns().constFind(name.toUpper());
     return it != knownColumns().cend() && it->type == schema::Type::DateTime;
@@ -318,8 +332,7 @@ void ExportJob::runDbf(const QSqlDatabase& db, const QString& code) {
                 while (q.next()) {
                     for (const Mapped& m : mapped) {
                         const QVariant v = q.value(m.column);
-                        out.set(m.field,
-                                m.dateTime && !v.isNull() ? QVariant(db::dateTimeValue(v)) : v);
+                        out.set(m.field, m.dateTime ? dateTimeForFile(v) : v);
                     }
                     out.addRecord();
                     ++done;
