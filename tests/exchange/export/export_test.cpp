@@ -11,6 +11,8 @@
 
 #include <QCoreApplication>
 #include <QFile>
+#include <QProcess>
+#include <QRegularExpression>
 #include <QSet>
 #include <QSqlRecord>
 #include <QXmlStreamReader>
@@ -107,6 +109,45 @@ TEST_F(ExportJobTest, StorePackageCarriesTheDayInItsBounds) {
 
     const DbfTable orderLines(envia() + "/MOVORDEC.EST", {"Numero", "CodBar"});
     EXPECT_EQ(orderLines.recordCount(), 1);
+}
+
+// An ordinary dBase reader (Debian's dbview) opens the package's files and reads the day's sale,
+// its payment and the article that moved, accents included.
+TEST_F(ExportJobTest, AnOrdinaryDBaseReaderOpensThePackage) {
+    sell(2, at(kDay, 10, 15, 30), "7591234000018", "2.5", "1234.56");
+    const QString zip = run(ExportFormat::Orvo);
+    QTemporaryDir unpacked;
+    exchange::package::extractZip(zip, unpacked.path());
+    const auto dbview = [&](const QStringList& args) {
+        QProcess p;
+        p.setWorkingDirectory(unpacked.path());
+        p.start(QStringLiteral("dbview"), args);
+        EXPECT_TRUE(p.waitForFinished(30000)) << "dbview (scripts/setup.sh installs it)";
+        EXPECT_EQ(p.exitCode(), 0);
+        return QString::fromLatin1(p.readAllStandardOutput());
+    };
+    const QString info = dbview({"-i", "-e", "-r", "VENTAS.DBF"});
+    EXPECT_TRUE(info.contains(QRegularExpression("Number of recs: *1\\b"))) << info.toStdString();
+    EXPECT_TRUE(info.contains(QRegularExpression("NumFac\\s+N"))) << info.toStdString();
+    const auto rows = [&](const char* file) {
+        return dbview({"-b", "-t", "-d", "|", QString::fromLatin1(file)})
+            .split('\n', Qt::SkipEmptyParts);
+    };
+    const QStringList ventas = rows("VENTAS.DBF");
+    ASSERT_EQ(ventas.size(), 1);
+    EXPECT_TRUE(ventas[0].startsWith("2|Z1B0000001|20240614|2024-06-14 10:15:30|"))
+        << ventas[0].toStdString();
+    EXPECT_TRUE(ventas[0].contains("|1234.56|")) << ventas[0].toStdString();
+    const QStringList lines = rows("MOVVENTA.DBF");
+    ASSERT_EQ(lines.size(), 1);
+    EXPECT_TRUE(lines[0].contains("|7591234000018|")) << lines[0].toStdString();
+    EXPECT_TRUE(lines[0].contains("|2.500|")) << lines[0].toStdString();
+    EXPECT_EQ(rows("PAGOSVEN.DBF").size(), 1);
+    const QStringList articles = rows("INVENTAR.DBF");
+    ASSERT_EQ(articles.size(), 1);
+    EXPECT_TRUE(articles[0].startsWith(QStringLiteral("7591234000018|CAMISA NIÑO 7591234000018|")))
+        << articles[0].toStdString();
+    EXPECT_TRUE(rows("CLIENTES.DBF").value(0).startsWith(QStringLiteral("V123|MARÍA PEÑA|")));
 }
 
 // The head-office set ends at 23:59:59, carries the register number and sends withdrawals as
