@@ -37,7 +37,8 @@ class Keeper:
     def __init__(self, folder, reject):
         self.folder = folder
         self.reject = reject
-        self.count = 0
+        # A restarted server goes on after the messages already kept.
+        self.count = len([f for f in os.listdir(folder) if f.endswith(".json")])
         self.lock = threading.Lock()
 
     async def handle_DATA(self, server, session, envelope):

@@ -74,8 +74,10 @@ ExportScreen::ExportScreen(QSqlDatabase db, ExportFormat format, QWidget* parent
     m_rows->setValue(0);
     m_tables = new QProgressBar(this);
     m_tables->setObjectName(QStringLiteral("prbTablas"));
-    m_tables->setValue(0);
     m_tables->setFormat(QStringLiteral("%v de %m tablas"));
+    m_tables->setRange(0, 1);
+    m_tables->setValue(0);
+    m_tables->setTextVisible(false);
     m_exportar = new QPushButton(QStringLiteral("&Exportar"), this);
     m_exportar->setObjectName(QStringLiteral("cmdExportar"));
     m_cancelar = new QPushButton(QStringLiteral("&Cancelar"), this);
@@ -158,6 +160,7 @@ void ExportScreen::startExport(const QDate& from, const QDate& to, const QString
     connect(m_job.get(), &ExportJob::tablesProgress, this, [this](int done, int total) {
         m_tables->setMaximum(total);
         m_tables->setValue(done);
+        m_tables->setTextVisible(true);
     });
     connect(m_job.get(), &jobs::Job::finished, this,
             [this](bool ok, const QString& error) { afterExport(ok, error); });
@@ -191,6 +194,8 @@ void ExportScreen::afterExport(bool ok, const QString& error) {
         options.fixedRecipient = mail::xmlRecipient(m_db);
     if (m_origin == QLatin1String(kClosingOrigin))
         options.advanceLastExportTo = m_hasta->date();
+    mail->adjustSize();
+    mail->move(window()->geometry().center() - mail->rect().center());
     mail->show();
     mail->send(options, true);
 }
@@ -220,10 +225,14 @@ void ExportScreen::setRunning(bool running) {
     // The user's own run can be stopped between tables; the closing's cannot.
     m_cancelar->setEnabled(!unattended);
     m_cancelar->setText(running ? QStringLiteral("&Detener") : QStringLiteral("&Cancelar"));
-    if (!running)
+    if (!running) {
         m_tables->setValue(0);
+        m_tables->setTextVisible(false);
+    }
     if (unattended)
         lockMainWindow(running);
+    else if (!running)
+        m_desde->setFocus();
 }
 
 // The closing's run keeps the user out of the menus until the package has gone.

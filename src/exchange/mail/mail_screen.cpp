@@ -4,6 +4,7 @@
 
 #include <QCloseEvent>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QVBoxLayout>
@@ -30,6 +31,7 @@ MailScreen::MailScreen(QSqlDatabase db, bool xmlVariant, QWidget* parent)
     layout->addWidget(m_estado);
     layout->addLayout(buttons);
     setFocusProxy(m_enviar);
+    m_estado->setFocusPolicy(Qt::NoFocus);
 
     connect(m_enviar, &QPushButton::clicked, this, [this] {
         MailOptions options;
@@ -72,6 +74,16 @@ void MailScreen::finished(bool ok, const QString& error) {
     emit mailFinished(sent);
     if (m_closeWhenDone)
         close();
+}
+
+// Keyboard first: Enter sends (the log box takes no typing).
+void MailScreen::keyPressEvent(QKeyEvent* event) {
+    if ((event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) &&
+        m_enviar->isEnabled()) {
+        m_enviar->click();
+        return;
+    }
+    QWidget::keyPressEvent(event);
 }
 
 void MailScreen::closeEvent(QCloseEvent* event) {

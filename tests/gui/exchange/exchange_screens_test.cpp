@@ -119,6 +119,18 @@ TEST_F(ExchangeScreensTest, ExportFromTheScreenMailsThePackage) {
     EXPECT_TRUE(s.isVisible()) << "the user's own export stays open";
     EXPECT_FALSE(exchange::exporting::lastExportDay(db()).isValid())
         << "only the closing's export moves the last export date";
+
+    // From the menu the mail window waits for the user: Enter sends what the folder holds.
+    exec("UPDATE MENSAJES SET Anexo = ''");
+    auto mailScreen = open("frmEnvioTraNet");
+    dialogs.clear();
+    QTest::keyClick(mailScreen.get(), Qt::Key_Return);
+    ASSERT_TRUE(waitFor([&] { return dialogs.lastText() == "Proceso finalizado...!"; }));
+    EXPECT_EQ(m_smtp.received().size(), 2);
+    EXPECT_TRUE(find<QPlainTextEdit>(*mailScreen, "txtEstado")
+                    ->toPlainText()
+                    .contains("Mensaje(s) enviado(s) con éxito."));
+    EXPECT_TRUE(mailScreen->isVisible());
 }
 
 TEST_F(ExchangeScreensTest, CancelStopsTheRunAndTheMissingTemplateFolderDisablesIt) {
