@@ -240,6 +240,9 @@ void ExportJob::run(const QSqlDatabase& db) {
     if (!m_request.from.isValid() || !m_request.to.isValid() || m_request.from > m_request.to)
         throw UserError(QStringLiteral("La fecha inicial debe ser menor o igual a la fecha "
                                        "final...!"));
+    // Nothing is touched, not even the folder, when the templates are not there.
+    if (m_request.format != ExportFormat::Xml)
+        package::requireTemplateFolder();
     const QString code = storeCode(db);
     if (code.isEmpty())
         throw UserError(QStringLiteral("La tienda no tiene código en los parámetros: no se puede "
@@ -255,7 +258,6 @@ void ExportJob::run(const QSqlDatabase& db) {
 }
 
 void ExportJob::runDbf(const QSqlDatabase& db, const QString& code) {
-    package::requireTemplateFolder();
     const ExportRange range = exportRange(m_request.format, m_request.from, m_request.to);
     const QList<ExportTable> tables =
         m_request.format == ExportFormat::Orvo ? storeTables() : headOfficeTables();

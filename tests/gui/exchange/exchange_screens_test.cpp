@@ -213,7 +213,13 @@ TEST_F(ExchangeScreensTest, TheClosingsChoiceRunsItsScreensOneAfterTheOther) {
     EXPECT_EQ(exchange::exporting::lastExportDay(db()), day);
 }
 
-class ClosingExportTest : public test::CashTest {};
+class ClosingExportTest : public test::CashTest {
+protected:
+    void TearDown() override {
+        exchange::exporting::setClosingExportLauncher({});
+        test::CashTest::TearDown();
+    }
+};
 
 // The whole road: the register is closed on its screen, the closing starts the export of the day,
 // and head office's mail server receives the package.
@@ -256,7 +262,6 @@ TEST_F(ClosingExportTest, ClosingTheRegisterSendsTheDaysPackage) {
     EXPECT_EQ(p.table("VENTAS").integer(0, "NumFac"), 1);
     ASSERT_TRUE(waitFor([&] { return exchange::exporting::lastExportDay(db()) == today(); }));
     ASSERT_TRUE(waitFor([&] { return !topLevel("frmExpArchivosOrvo"); }));
-    exchange::exporting::setClosingExportLauncher({});
 }
 
 } // namespace
