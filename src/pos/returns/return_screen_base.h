@@ -11,18 +11,23 @@
 class QLabel;
 class QLineEdit;
 class QPushButton;
+class QTableWidget;
 class QTableWidgetItem;
 class QVBoxLayout;
 
 namespace orvo::pos::fiscal {
 class FiscalPrinterThread;
 }
+namespace orvo::pos::sale {
+class DayStateBanner;
+}
 
 namespace orvo::pos::returns {
 
-// What the return and the exchange screens share: the invoice that goods come back from, its
-// client, the keying row of the goods coming back (code, quantity, whole invoice) wired to the
-// Enter keys, and the printer the documents go to.
+// What the return and the exchange screens share: the day's state said at once, the invoice that
+// goods come back from with its client and its lines (sold, returned, what is left), the keying
+// row of the goods coming back (code, quantity, whole invoice) wired to the Enter keys, the line
+// that says what the last document gave back, and the printer the documents go to.
 class ReturnScreenBase : public QWidget {
 public:
     ~ReturnScreenBase() override;
@@ -43,6 +48,10 @@ protected:
     virtual bool contingency() const = 0;
 
     void takeInvoice(ReturnableInvoice invoice);
+    // The invoice's lines with what is left of each once this return takes its part.
+    void refreshInvoiceLines();
+    // Enter on a line of the invoice: its code and what is left go to the keying row.
+    void pickInvoiceLine(int row);
     void returnEverything();
     void addReturned();
     // Empties the draft and the invoice fields; the quantity goes back to 1.
@@ -55,8 +64,10 @@ protected:
     QPushButton* button(const char* name, const QString& text);
     QPushButton* wholeInvoiceButton();
     QPushButton* cancelButton();
-    // The invoice form and the keying row, the latter headed by `codeCaption`.
+    // The day's banner, the invoice form, the invoice's lines and the keying row, the latter
+    // headed by `codeCaption`.
     void addInvoiceRows(QVBoxLayout* layout, const QString& codeCaption, QPushButton* wholeInvoice);
+    bool eventFilter(QObject* watched, QEvent* event) override;
     static QTableWidgetItem* cell(const QString& text, bool right = false);
 
     QSqlDatabase m_db;
@@ -66,7 +77,11 @@ protected:
     sale::PaperPrinter m_paper;
     ReturnDraft m_draft;
     bool m_loaded = false;
+    bool m_busy = false; // a document is being saved and printed
 
+    sale::DayStateBanner* m_day = nullptr;
+    QTableWidget* m_invoiceLines = nullptr;
+    QLabel* m_lastDocument = nullptr;
     QLineEdit* m_invoice = nullptr;
     QLabel* m_client = nullptr;
     QLabel* m_clientType = nullptr;

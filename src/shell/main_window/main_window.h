@@ -72,6 +72,8 @@ private:
     void endUserSession();
     // Asks about every child screen that is adding or modifying; false when the user keeps one.
     bool confirmCloseScreens();
+    // Whether a screen is still open (one refused to close).
+    bool hasOpenScreens() const;
     void buildFixedMenus();
     void buildMenuBar(const QList<MenuNode>& nodes);
     void buildTree(const QList<MenuNode>& nodes);
