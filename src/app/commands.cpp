@@ -4,6 +4,7 @@
 #include "common/db/connection.h"
 #include "common/errors/errors.h"
 #include "common/schema/migrate.h"
+#include "exchange/package/templates.h"
 #include "pos/card/terminal_settings.h"
 #include "pos/fiscal/port_finder.h"
 #include "shell/demo/demo_store.h"
@@ -72,6 +73,9 @@ int dbInit(const QStringList& args) {
         out() << "El esquema ya está en la versión " << result.toVersion << "." << Qt::endl;
     for (const QString& s : result.steps)
         out() << s << Qt::endl;
+    const QStringList templates = exchange::package::installTemplates();
+    out() << "Estructuras de intercambio instaladas en " << exchange::package::templateFolder()
+          << ": " << templates.size() << "." << Qt::endl;
     if (demo) {
         if (shell::demo::isDemoStore(db)) {
             out() << "La tienda de demostración ya está creada en esta base de datos." << Qt::endl;

@@ -7,7 +7,6 @@
 #include "common/dialogs/dialogs.h"
 #include "pos/cash/cash_day.h"
 #include "pos/fiscal/fiscal_printer_thread.h"
-#include "pos/fiscal/register_printer.h"
 #include "shell/session/session_context.h"
 
 #include <QDateEdit>
@@ -130,15 +129,7 @@ void OpeningScreen::openDay() {
         return;
     }
     setBusy(true, QStringLiteral("Verificando la impresora fiscal..."));
-    m_printer
-        .call([](fiscal::FiscalPrinter& p) {
-            try {
-                fiscal::ensureOpen(p);
-            } catch (const UserError&) {
-                return PrinterAtOpening{}; // reported as the printer not answering
-            }
-            return readPrinterForOpening(p);
-        })
+    m_printer.call([](fiscal::FiscalPrinter& p) { return readPrinterForOpening(p); })
         .then(this, [this, r](const PrinterAtOpening& printer) mutable {
             r.today = QDate::currentDate();
             r.now = QDateTime::currentDateTime();
