@@ -6,6 +6,7 @@
 #include "pos/payments/terminal_payments.h"
 
 #include <QComboBox>
+#include <QElapsedTimer>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -52,14 +53,43 @@ private:
     bool* m_enter;
 };
 
-// Offers a list in the cells of one column; typing a letter picks the first item it starts.
+// A list picked by typing: the letters typed in a row (spaces too, which would open a plain
+// combo's list) choose the first item they start.
+class TypedCombo : public QComboBox {
+public:
+    using QComboBox::QComboBox;
+
+protected:
+    void keyPressEvent(QKeyEvent* e) override {
+        const QString text = e->text();
+        if (text.isEmpty() || !text.at(0).isPrint() || (e->modifiers() & Qt::ControlModifier)) {
+            QComboBox::keyPressEvent(e);
+            return;
+        }
+        if (!m_typing.isValid() || m_typing.elapsed() > 1500)
+            m_typed.clear();
+        m_typing.start();
+        m_typed += text;
+        for (int i = 0; i < count(); ++i)
+            if (itemText(i).startsWith(m_typed, Qt::CaseInsensitive)) {
+                setCurrentIndex(i);
+                break;
+            }
+    }
+
+private:
+    QString m_typed;
+    QElapsedTimer m_typing;
+};
+
+// Offers a list in the cells of one column, picked by typing.
 class ListDelegate : public EnterDelegate {
 public:
     ListDelegate(QStringList items, bool* enterFlag, QObject* parent)
         : EnterDelegate(enterFlag, parent), m_items(std::move(items)) {}
     QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem&,
                           const QModelIndex&) const override {
-        auto* combo = new QComboBox(parent);
+        auto* combo = new TypedCombo(parent);
         combo->addItem(QString());
         combo->addItems(m_items);
         return combo;

@@ -104,6 +104,9 @@ void ExchangeScreen::buildUi() {
     layout->addLayout(buttons);
     layout->addWidget(m_lastDocument);
 
+    // Eliminar works on the grid the cashier was last in.
+    for (QTableWidget* g : {m_backGrid, m_takenGrid})
+        connect(g, &QTableWidget::itemSelectionChanged, this, [this, g] { m_lastGrid = g; });
     connect(m_article, &QLineEdit::returnPressed, this,
             [this] { guarded(this, [this] { addTaken(); }); });
     connect(del, &QPushButton::clicked, this, [this] { guarded(this, [this] { deleteLine(); }); });
@@ -195,7 +198,7 @@ void ExchangeScreen::addTaken() {
 }
 
 void ExchangeScreen::deleteLine() {
-    QTableWidget* g = m_takenGrid->hasFocus() ? m_takenGrid : m_backGrid;
+    QTableWidget* g = m_lastGrid ? m_lastGrid : m_backGrid;
     const int row = g->currentRow();
     if (row < 0)
         return;

@@ -44,6 +44,7 @@ private:
     QTableWidget* m_backGrid = nullptr;
     QLineEdit* m_article = nullptr;
     QTableWidget* m_takenGrid = nullptr;
+    QTableWidget* m_lastGrid = nullptr;
     QLabel* m_backTotal = nullptr;
     QLabel* m_total = nullptr;
     QLabel* m_difference = nullptr;

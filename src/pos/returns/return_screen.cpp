@@ -14,6 +14,7 @@
 #include <QCheckBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -55,7 +56,7 @@ void ReturnScreen::buildUi() {
     m_contingency->setVisible(registers::contingencyAllowed(m_db, m_ctx.serial));
     m_all = wholeInvoiceButton();
     m_delete = button("cmdEliminar", QStringLiteral("Eliminar"));
-    m_accept = button("cmdAceptar", QStringLiteral("Aceptar"));
+    m_accept = button("cmdAceptar", QStringLiteral("F10 Aceptar"));
     auto* cancel = cancelButton();
 
     auto* buttons = new QHBoxLayout;
@@ -75,6 +76,16 @@ void ReturnScreen::buildUi() {
     connect(m_delete, &QPushButton::clicked, this,
             [this] { guarded(this, [this] { deleteLine(); }); });
     connect(m_accept, &QPushButton::clicked, this, [this] { guarded(this, [this] { accept(); }); });
+}
+
+void ReturnScreen::keyPressEvent(QKeyEvent* event) {
+    if (m_busy)
+        return;
+    if (event->key() == Qt::Key_F10) {
+        guarded(this, [this] { accept(); });
+        return;
+    }
+    ReturnScreenBase::keyPressEvent(event);
 }
 
 void ReturnScreen::clearAll() {

@@ -17,6 +17,9 @@ public:
                  fiscal::FiscalPrinterThread* printer, QWidget* parent = nullptr);
     ~ReturnScreen() override;
 
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+
 private:
     void buildUi();
     void loadInvoice() override;
