@@ -30,11 +30,6 @@ QTableWidget* grid(QWidget* parent, const char* name) {
     g->setObjectName(QString::fromLatin1(name));
     g->setHorizontalHeaderLabels({QStringLiteral("Código"), QStringLiteral("Descripción"),
                                   QStringLiteral("Cantidad"), QStringLiteral("Total")});
-    g->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    g->setSelectionBehavior(QAbstractItemView::SelectRows);
-    g->setSelectionMode(QAbstractItemView::SingleSelection);
-    g->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
-    g->horizontalHeader()->setSectionResizeMode(1, QHeaderView::Stretch);
     return g;
 }
 
@@ -64,10 +59,12 @@ ExchangeScreen::~ExchangeScreen() = default;
 
 void ExchangeScreen::buildUi() {
     m_backGrid = grid(this, "SpreadDevolucion");
+    layOutGrid(m_backGrid, 1);
     m_article = new QLineEdit(this);
     m_article->setObjectName(QStringLiteral("txtArticulo"));
     m_article->setPlaceholderText(QStringLiteral("código, o cantidad*código"));
     m_takenGrid = grid(this, "SpreadFacturacion");
+    layOutGrid(m_takenGrid, 1);
     m_backTotal = sale::bigAmountLabel(this, "lblTotalDevuelto");
     m_total = sale::bigAmountLabel(this, "lblTotal");
     m_difference = sale::bigAmountLabel(this, "lblDiferencia");
@@ -127,6 +124,11 @@ void ExchangeScreen::keyPressEvent(QKeyEvent* event) {
         return;
     }
     ReturnScreenBase::keyPressEvent(event);
+}
+
+// What comes back is keyed: on to what the client takes.
+void ExchangeScreen::returnedGoodsKeyed() {
+    m_article->setFocus();
 }
 
 void ExchangeScreen::closeEvent(QCloseEvent* event) {

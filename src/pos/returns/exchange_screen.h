@@ -24,6 +24,7 @@ public:
 protected:
     void keyPressEvent(QKeyEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
+    void returnedGoodsKeyed() override;
 
 private:
     void buildUi();

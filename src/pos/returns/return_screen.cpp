@@ -42,9 +42,7 @@ void ReturnScreen::buildUi() {
     m_grid->setHorizontalHeaderLabels({QStringLiteral("Código"), QStringLiteral("Descripción"),
                                        QStringLiteral("Cantidad"), QStringLiteral("CantidadMax"),
                                        QStringLiteral("Precio"), QStringLiteral("Total")});
-    m_grid->setSelectionBehavior(QAbstractItemView::SelectRows);
-    m_grid->setSelectionMode(QAbstractItemView::SingleSelection);
-    m_grid->horizontalHeader()->setSectionResizeMode(1, QHeaderView::Stretch);
+    layOutGrid(m_grid, 1);
     m_total = new QLabel(this);
     m_total->setObjectName(QStringLiteral("lblTotal"));
     QFont big = m_total->font();
@@ -125,10 +123,10 @@ void ReturnScreen::refresh() {
         m_grid->setItem(i, 1, cell(l.source.nombre));
         m_grid->setItem(i, 2, cell(payments::formatQuantity(l.cantidad), true));
         m_grid->setItem(i, 3, cell(payments::formatQuantity(l.source.remaining()), true));
-        m_grid->setItem(i, 4, cell(payments::formatAmount(l.source.precioLista), true));
-        m_grid->setItem(
-            i, 5,
-            cell(payments::formatAmount((l.source.precioLista * l.cantidad).rounded(2)), true));
+        // With its tax, as the client paid it.
+        const Decimal unit = l.source.precioLista + l.source.impuesto;
+        m_grid->setItem(i, 4, cell(payments::formatAmount(unit), true));
+        m_grid->setItem(i, 5, cell(payments::formatAmount((unit * l.cantidad).rounded(2)), true));
     }
     refreshInvoiceLines();
     m_total->setText(QStringLiteral("Total a devolver: ") +

@@ -49,11 +49,7 @@ ReturnScreenBase::ReturnScreenBase(QSqlDatabase db, const shell::SessionContext&
     m_invoiceLines->setHorizontalHeaderLabels(
         {QStringLiteral("Código"), QStringLiteral("Descripción"), QStringLiteral("Vendido"),
          QStringLiteral("Devuelto"), QStringLiteral("Por devolver"), QStringLiteral("Precio")});
-    m_invoiceLines->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    m_invoiceLines->setSelectionBehavior(QAbstractItemView::SelectRows);
-    m_invoiceLines->setSelectionMode(QAbstractItemView::SingleSelection);
-    m_invoiceLines->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
-    m_invoiceLines->horizontalHeader()->setSectionResizeMode(1, QHeaderView::Stretch);
+    layOutGrid(m_invoiceLines, 1);
     m_invoiceLines->installEventFilter(this);
     connect(m_invoiceLines, &QTableWidget::cellDoubleClicked, this,
             [this](int row, int) { pickInvoiceLine(row); });
@@ -63,10 +59,17 @@ ReturnScreenBase::ReturnScreenBase(QSqlDatabase db, const shell::SessionContext&
     big.setPointSizeF(big.pointSizeF() * 1.4);
     big.setBold(true);
     m_lastDocument->setFont(big);
+    m_lastDocument->setWordWrap(true);
 
-    connect(m_invoice, &QLineEdit::returnPressed, this,
-            [this] { guarded(this, [this] { loadInvoice(); }); });
+    connect(m_invoice, &QLineEdit::returnPressed, this, [this] {
+        m_day->check(); // the line on top says how the day stands now
+        guarded(this, [this] { loadInvoice(); });
+    });
     connect(m_code, &QLineEdit::returnPressed, m_quantity, [this] {
+        if (m_code->text().trimmed().isEmpty()) {
+            returnedGoodsKeyed();
+            return;
+        }
         m_quantity->setFocus();
         m_quantity->selectAll();
     });
@@ -161,8 +164,18 @@ void ReturnScreenBase::pickInvoiceLine(int row) {
     m_quantity->selectAll();
 }
 
+void ReturnScreenBase::layOutGrid(QTableWidget* grid, int stretch) {
+    grid->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    grid->setSelectionBehavior(QAbstractItemView::SelectRows);
+    grid->setSelectionMode(QAbstractItemView::SingleSelection);
+    grid->setWordWrap(false);
+    grid->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    grid->horizontalHeader()->setSectionResizeMode(stretch, QHeaderView::Stretch);
+}
+
 QTableWidgetItem* ReturnScreenBase::cell(const QString& text, bool right) {
     auto* item = new QTableWidgetItem(text);
+    item->setToolTip(text);
     item->setFlags(item->flags() & ~Qt::ItemIsEditable);
     if (right)
         item->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);

@@ -40,6 +40,11 @@ protected:
     ReturnScreenBase(QSqlDatabase db, const shell::SessionContext& ctx,
                      fiscal::FiscalPrinterThread* printer, QWidget* parent);
 
+    // Room for the invoice's lines and what comes back, descriptions whole.
+    QSize sizeHint() const override { return {1100, 760}; }
+
+    // Enter on an empty code: the goods coming back are all keyed.
+    virtual void returnedGoodsKeyed() {}
     // Reads the invoice typed in TxtFactura (nothing when none is typed) and hands it to
     // takeInvoice().
     virtual void loadInvoice() = 0;
@@ -69,6 +74,8 @@ protected:
     void addInvoiceRows(QVBoxLayout* layout, const QString& codeCaption, QPushButton* wholeInvoice);
     bool eventFilter(QObject* watched, QEvent* event) override;
     static QTableWidgetItem* cell(const QString& text, bool right = false);
+    // A read-only grid whose description column (`stretch`) takes the room.
+    static void layOutGrid(QTableWidget* grid, int stretch);
 
     QSqlDatabase m_db;
     const shell::SessionContext& m_ctx;

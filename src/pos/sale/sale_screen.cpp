@@ -488,6 +488,7 @@ void SaleScreen::paymentsNoLongerStand() {
 }
 
 void SaleScreen::enterClient() {
+    m_day->check(); // a sale starts: the line on top says how the day stands now
     guarded(this, [&] {
         const QString code = m_client->text().trimmed();
         if (code.isEmpty())
@@ -859,16 +860,15 @@ void SaleScreen::runTerminalReport(const QString& what) {
         }
         if (!terminal->printError().isEmpty())
             dialogs().warning(this, terminal->printError());
-        if (what == kClosing || what == kPreClosing)
+        if (what == kClosing || what == kPreClosing) {
+            const QString amount = terminal->value(QStringLiteral("monto"));
             dialogs().information(
                 this,
-                QStringLiteral("%1 del lote %2: %3 transacciones aprobadas por %4")
+                QStringLiteral("%1 del lote %2: %3 transacciones aprobadas por %4%5")
                     .arg(what == kClosing ? QStringLiteral("Cierre") : QStringLiteral("Pre-cierre"),
                          terminal->lot(), terminal->value(QStringLiteral("cantidadTransacciones")),
-                         money(
-                             Decimal::fromString(terminal->value(QStringLiteral("monto")).isEmpty()
-                                                     ? QStringLiteral("0")
-                                                     : terminal->value(QStringLiteral("monto"))))));
+                         m_ctx.simboloMoneda, money(Decimal::parse(amount).value_or(Decimal()))));
+        }
     });
 }
 

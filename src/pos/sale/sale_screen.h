@@ -52,6 +52,8 @@ public:
     ~SaleScreen() override;
 
     const SaleDraft& draft() const { return m_draft; }
+    // Room for the grid's descriptions and the totals in one row.
+    QSize sizeHint() const override { return {1200, 720}; }
     QTableWidget* grid() const { return m_grid; }
 
     // The actions, as the buttons and keys run them.

@@ -268,7 +268,7 @@ TEST_F(TillDayTest, ACardChargedAtTheTerminalIsKeptOrVoidedNeverDropped) {
     // The terminal's reports from F9's list: the pre-closing, then the closing of the lot.
     dialogs.clear();
     screen->findChild<QAction*>("mnuPreCierreVPOS")->trigger();
-    EXPECT_EQ(dialogs.lastText(), "Pre-cierre del lote 1: 1 transacciones aprobadas por " +
+    EXPECT_EQ(dialogs.lastText(), "Pre-cierre del lote 1: 1 transacciones aprobadas por Bs." +
                                       pos::payments::formatAmount(half));
     dialogs.expectQuestion("cierre del punto de venta VPOS", true);
     screen->findChild<QAction*>("mnuCierreVPOS")->trigger();
