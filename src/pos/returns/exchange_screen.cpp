@@ -71,8 +71,10 @@ void ExchangeScreen::buildUi() {
     m_change = sale::bigAmountLabel(this, "lblCambio");
     auto* all = wholeInvoiceButton();
     auto* del = button("cmdEliminar", QStringLiteral("Eliminar"));
-    auto* pay = button("cmdPagos", QStringLiteral("F5 Pagos"));
-    auto* ok = button("cmdAceptar", QStringLiteral("F10 Aceptar"));
+    auto* pay = actionButton("cmdPagos", QStringLiteral("F5 Pagos"), Qt::Key_F5,
+                             [this] { openPayments(); });
+    auto* ok = actionButton("cmdAceptar", QStringLiteral("F10 Aceptar"), Qt::Key_F10,
+                            [this] { accept(); });
     auto* cancel = cancelButton();
     m_actions = {all, del, pay, ok, cancel};
 
@@ -107,23 +109,6 @@ void ExchangeScreen::buildUi() {
     connect(m_article, &QLineEdit::returnPressed, this,
             [this] { guarded(this, [this] { addTaken(); }); });
     connect(del, &QPushButton::clicked, this, [this] { guarded(this, [this] { deleteLine(); }); });
-    connect(pay, &QPushButton::clicked, this,
-            [this] { guarded(this, [this] { openPayments(); }); });
-    connect(ok, &QPushButton::clicked, this, [this] { guarded(this, [this] { accept(); }); });
-}
-
-void ExchangeScreen::keyPressEvent(QKeyEvent* event) {
-    if (m_busy)
-        return;
-    if (event->key() == Qt::Key_F5) {
-        guarded(this, [this] { openPayments(); });
-        return;
-    }
-    if (event->key() == Qt::Key_F10) {
-        guarded(this, [this] { accept(); });
-        return;
-    }
-    ReturnScreenBase::keyPressEvent(event);
 }
 
 // What comes back is keyed: on to what the client takes.

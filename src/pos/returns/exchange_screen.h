@@ -22,7 +22,6 @@ public:
     ~ExchangeScreen() override;
 
 protected:
-    void keyPressEvent(QKeyEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void returnedGoodsKeyed() override;
 

@@ -43,18 +43,15 @@ void ReturnScreen::buildUi() {
                                        QStringLiteral("Cantidad"), QStringLiteral("CantidadMax"),
                                        QStringLiteral("Precio"), QStringLiteral("Total")});
     layOutGrid(m_grid, 1);
-    m_total = new QLabel(this);
-    m_total->setObjectName(QStringLiteral("lblTotal"));
-    QFont big = m_total->font();
-    big.setPointSizeF(big.pointSizeF() * 1.3);
-    big.setBold(true);
-    m_total->setFont(big);
+    m_total = sale::bigLabel(this, "lblTotal");
+    m_total->setWordWrap(false);
     m_contingency = new QCheckBox(QStringLiteral("Contingencia"), this);
     m_contingency->setObjectName(QStringLiteral("chkContingencia"));
     m_contingency->setVisible(registers::contingencyAllowed(m_db, m_ctx.serial));
     m_all = wholeInvoiceButton();
     m_delete = button("cmdEliminar", QStringLiteral("Eliminar"));
-    m_accept = button("cmdAceptar", QStringLiteral("F10 Aceptar"));
+    m_accept = actionButton("cmdAceptar", QStringLiteral("F10 Aceptar"), Qt::Key_F10,
+                            [this] { accept(); });
     auto* cancel = cancelButton();
 
     auto* buttons = new QHBoxLayout;
@@ -73,17 +70,6 @@ void ReturnScreen::buildUi() {
 
     connect(m_delete, &QPushButton::clicked, this,
             [this] { guarded(this, [this] { deleteLine(); }); });
-    connect(m_accept, &QPushButton::clicked, this, [this] { guarded(this, [this] { accept(); }); });
-}
-
-void ReturnScreen::keyPressEvent(QKeyEvent* event) {
-    if (m_busy)
-        return;
-    if (event->key() == Qt::Key_F10) {
-        guarded(this, [this] { accept(); });
-        return;
-    }
-    ReturnScreenBase::keyPressEvent(event);
 }
 
 void ReturnScreen::clearAll() {

@@ -17,9 +17,6 @@ public:
                  fiscal::FiscalPrinterThread* printer, QWidget* parent = nullptr);
     ~ReturnScreen() override;
 
-protected:
-    void keyPressEvent(QKeyEvent* event) override;
-
 private:
     void buildUi();
     void loadInvoice() override;

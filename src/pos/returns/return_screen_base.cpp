@@ -53,13 +53,7 @@ ReturnScreenBase::ReturnScreenBase(QSqlDatabase db, const shell::SessionContext&
     m_invoiceLines->installEventFilter(this);
     connect(m_invoiceLines, &QTableWidget::cellDoubleClicked, this,
             [this](int row, int) { pickInvoiceLine(row); });
-    m_lastDocument = new QLabel(this);
-    m_lastDocument->setObjectName(QStringLiteral("lblUltimaDevolucion"));
-    QFont big = m_lastDocument->font();
-    big.setPointSizeF(big.pointSizeF() * 1.4);
-    big.setBold(true);
-    m_lastDocument->setFont(big);
-    m_lastDocument->setWordWrap(true);
+    m_lastDocument = sale::bigLabel(this, "lblUltimaDevolucion");
 
     connect(m_invoice, &QLineEdit::returnPressed, this, [this] {
         m_day->check(); // the line on top says how the day stands now
@@ -84,6 +78,25 @@ QPushButton* ReturnScreenBase::button(const char* name, const QString& text) {
     b->setObjectName(QString::fromLatin1(name));
     b->setAutoDefault(false);
     return b;
+}
+
+QPushButton* ReturnScreenBase::actionButton(const char* name, const QString& text, Qt::Key key,
+                                            std::function<void()> action) {
+    QPushButton* b = button(name, text);
+    m_keys.insert(key, action);
+    connect(b, &QPushButton::clicked, this, [this, action] { guarded(this, action); });
+    return b;
+}
+
+void ReturnScreenBase::keyPressEvent(QKeyEvent* event) {
+    if (m_busy)
+        return;
+    const auto action = m_keys.find(event->key());
+    if (action != m_keys.end()) {
+        guarded(this, *action);
+        return;
+    }
+    QWidget::keyPressEvent(event);
 }
 
 QPushButton* ReturnScreenBase::wholeInvoiceButton() {

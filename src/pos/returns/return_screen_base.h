@@ -4,8 +4,10 @@
 #include "pos/sale/sale_print.h"
 #include "shell/session/session_context.h"
 
+#include <QHash>
 #include <QSqlDatabase>
 #include <QWidget>
+#include <functional>
 #include <memory>
 
 class QLabel;
@@ -67,6 +69,11 @@ protected:
     // Buttons are made in the order Tab visits them: the screen creates cmdDevTotal and
     // cmdCancelar through these when their turn comes.
     QPushButton* button(const char* name, const QString& text);
+    // A button that runs `action` (its refusals shown), also on the function key `key`.
+    QPushButton* actionButton(const char* name, const QString& text, Qt::Key key,
+                              std::function<void()> action);
+    // The function keys run their buttons' actions, except while a document is saved and printed.
+    void keyPressEvent(QKeyEvent* event) override;
     QPushButton* wholeInvoiceButton();
     QPushButton* cancelButton();
     // The day's banner, the invoice form, the invoice's lines and the keying row, the latter
@@ -85,6 +92,7 @@ protected:
     ReturnDraft m_draft;
     bool m_loaded = false;
     bool m_busy = false; // a document is being saved and printed
+    QHash<int, std::function<void()>> m_keys;
 
     sale::DayStateBanner* m_day = nullptr;
     QTableWidget* m_invoiceLines = nullptr;

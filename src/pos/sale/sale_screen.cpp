@@ -237,12 +237,7 @@ void SaleScreen::buildUi() {
     root->addLayout(totals);
 
     // What the last sale asked and gave back stays in sight until the next one starts.
-    m_lastSale = new QLabel(this);
-    m_lastSale->setObjectName(QStringLiteral("lblUltimaVenta"));
-    QFont lastFont = m_lastSale->font();
-    lastFont.setPointSizeF(lastFont.pointSizeF() * 1.4);
-    lastFont.setBold(true);
-    m_lastSale->setFont(lastFont);
+    m_lastSale = bigLabel(this, "lblUltimaVenta");
     root->addWidget(m_lastSale);
 
     auto* actions = new QHBoxLayout;

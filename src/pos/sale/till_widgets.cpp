@@ -59,16 +59,24 @@ BusyGuard::~BusyGuard() {
     m_busy = false;
 }
 
-QLabel* bigAmountLabel(QWidget* parent, const char* name) {
-    auto* l = new QLabel(QStringLiteral("0,00"), parent);
+QLabel* bigLabel(QWidget* parent, const char* name) {
+    auto* l = new QLabel(parent);
     l->setObjectName(QString::fromLatin1(name));
-    l->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    l->setFrameShape(QFrame::StyledPanel);
     QFont f = l->font();
-    f.setPointSizeF(f.pointSizeF() * 1.5);
+    f.setPointSizeF(f.pointSizeF() * 1.4);
     f.setBold(true);
     l->setFont(f);
-    l->setMinimumWidth(QFontMetrics(f).horizontalAdvance(QStringLiteral(" 999.999.999,99 ")));
+    l->setWordWrap(true);
+    return l;
+}
+
+QLabel* bigAmountLabel(QWidget* parent, const char* name) {
+    QLabel* l = bigLabel(parent, name);
+    l->setText(QStringLiteral("0,00"));
+    l->setWordWrap(false);
+    l->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    l->setFrameShape(QFrame::StyledPanel);
+    l->setMinimumWidth(l->fontMetrics().horizontalAdvance(QStringLiteral(" 999.999.999,99 ")));
     return l;
 }
 

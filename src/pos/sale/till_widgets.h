@@ -46,6 +46,8 @@ private:
     QList<QPointer<QWidget>> m_disabled;
 };
 
+// A line in large bold type, for what the cashier must not miss (the change, a refund).
+QLabel* bigLabel(QWidget* parent, const char* name);
 // An amount in large type, right-aligned, wide enough for "999.999.999,99".
 QLabel* bigAmountLabel(QWidget* parent, const char* name);
 

@@ -19,22 +19,6 @@ namespace {
 
 class TillDayTest : public test::TillScreensTest {
 protected:
-    // Client, seller and one line of `typed` (a code, or quantity*code), all by the keys.
-    void keySale(QWidget& screen, const QString& typed) {
-        typeEnter(screen, "txtCliente", "V12345678");
-        typeEnter(screen, "txtVendedor", "003");
-        typeEnter(screen, "txtCodigoBarra", typed);
-    }
-    // In frmPagosVenta: waits for the way's list, picks `way` by typing it, and Enter.
-    static void chooseWay(PaymentsScreen& p, const QString& way) {
-        QTRY_VERIFY(qobject_cast<QComboBox*>(QApplication::focusWidget()));
-        keys(way);
-        auto* combo = qobject_cast<QComboBox*>(QApplication::focusWidget());
-        ASSERT_NE(combo, nullptr);
-        EXPECT_EQ(combo->currentText(), way);
-        key(Qt::Key_Return, &p);
-        QTRY_VERIFY(qobject_cast<QLineEdit*>(QApplication::focusWidget()));
-    }
     static QString label(QWidget& w, const char* name) { return child<QLabel>(w, name)->text(); }
 };
 
@@ -49,7 +33,7 @@ TEST_F(TillDayTest, SixUnitsByCardAndCashFromTheKeyboardThenARestartAndAReturn) 
 
     auto* sale = open("frmFacturacion");
     ASSERT_NE(sale, nullptr);
-    keySale(*sale, "6*" + code);
+    keySale(*sale, {"6*" + code});
     auto* grid = child<QTableWidget>(*sale, "SpreadFacturacion");
     ASSERT_EQ(grid->rowCount(), 1) << dialogs.texts().join('|').toStdString();
     EXPECT_EQ(grid->item(0, pos::sale::SaleScreen::kQuantity)->text(), "6");
@@ -113,12 +97,8 @@ TEST_F(TillDayTest, SixUnitsByCardAndCashFromTheKeyboardThenARestartAndAReturn) 
     m_screens.clear();
     pos::fiscal::registerPrinter().callAndWait([](pos::fiscal::FiscalPrinter& p) { p.close(); });
     sale = open("frmFacturacion");
-    keySale(*sale, code);
-    whenModal<PaymentsScreen>([&](PaymentsScreen& p) {
-        chooseWay(p, "EFECTIVO");
-        key(Qt::Key_Return, &p); // the balance as proposed settles it
-    });
-    key(Qt::Key_F10, sale);
+    keySale(*sale, {code});
+    payInCash<PaymentsScreen>(*sale); // the balance as proposed settles it
     ASSERT_EQ(count("VENTAS"), 2) << dialogs.texts().join('|').toStdString();
     EXPECT_TRUE(printer.hasTicket("FACTURA_00000002.txt"));
     EXPECT_EQ(child<QLineEdit>(*sale, "txtTotalCambio")->text(), "0,00");
@@ -167,7 +147,7 @@ TEST_F(TillDayTest, ACardChargedAtTheTerminalIsKeptOrVoidedNeverDropped) {
     const QString other = article(5, 1);
     auto* screen = open<pos::sale::SaleScreen>("frmFacturacion");
     ASSERT_NE(screen, nullptr);
-    keySale(*screen, code);
+    keySale(*screen, {code});
     const Decimal total = screen->draft().totals().total;
     const Decimal half = (total / 2).truncated(0);
 
@@ -239,7 +219,7 @@ TEST_F(TillDayTest, ACardChargedAtTheTerminalIsKeptOrVoidedNeverDropped) {
     EXPECT_EQ(charged[0].toObject().value("estado").toString(), "APROBADA");
 
     // A card paid on the next sale, which is then cancelled: voided at the terminal first.
-    keySale(*screen, code);
+    keySale(*screen, {code});
     whenModal<PaymentsScreen>([&](PaymentsScreen& p) {
         chooseWay(p, "TARJETA DE CREDITO");
         key(Qt::Key_Return, &p);

@@ -23,6 +23,7 @@
 #include "tools/card_emulator/emulator_thread.h"
 
 #include <QApplication>
+#include <QComboBox>
 #include <QDir>
 #include <QFile>
 #include <QJsonArray>
@@ -128,6 +129,33 @@ protected:
             QTRY_VERIFY(qobject_cast<T*>(QApplication::activeModalWidget()));
             f(*qobject_cast<T*>(QApplication::activeModalWidget()));
         });
+    }
+
+    // Client, seller and the lines typed (codes, or quantity*code), all by the keys.
+    static void keySale(QWidget& screen, const QStringList& typed) {
+        typeEnter(screen, "txtCliente", "V12345678");
+        typeEnter(screen, "txtVendedor", "003");
+        for (const QString& t : typed)
+            typeEnter(screen, "txtCodigoBarra", t);
+    }
+    // In frmPagosVenta: waits for the way's list, picks `way` by typing it, Enter, and waits for
+    // the amount.
+    static void chooseWay(QWidget& payments, const QString& way) {
+        QTRY_VERIFY(qobject_cast<QComboBox*>(QApplication::focusWidget()));
+        keys(way);
+        auto* combo = qobject_cast<QComboBox*>(QApplication::focusWidget());
+        ASSERT_NE(combo, nullptr);
+        EXPECT_EQ(combo->currentText(), way);
+        key(Qt::Key_Return, &payments);
+        QTRY_VERIFY(qobject_cast<QLineEdit*>(QApplication::focusWidget()));
+    }
+    // `key` on a screen, with its payment all in cash as proposed, from the keys.
+    template <class Payments> static void payInCash(QWidget& screen, Qt::Key k = Qt::Key_F10) {
+        whenModal<Payments>([](Payments& p) {
+            chooseWay(p, QStringLiteral("EFECTIVO"));
+            key(Qt::Key_Return, &p);
+        });
+        key(k, &screen);
     }
 
     Decimal dec(const QString& sql, std::initializer_list<QVariant> values = {}) const {

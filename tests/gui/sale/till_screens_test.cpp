@@ -21,26 +21,22 @@ namespace {
 
 class TillScreens : public test::TillScreensTest {
 protected:
-    void keySale(QWidget& screen, const QStringList& typed) {
-        typeEnter(screen, "txtCliente", "V12345678");
-        typeEnter(screen, "txtVendedor", "003");
-        for (const QString& t : typed)
-            typeEnter(screen, "txtCodigoBarra", t);
-    }
-    // F10 on a sale, its payment all in cash as proposed, from the keys.
-    void payCashAndAccept(QWidget& screen) {
-        whenModal<PaymentsScreen>([](PaymentsScreen& p) {
-            QTRY_VERIFY(qobject_cast<QComboBox*>(QApplication::focusWidget()));
-            keys("EFECTIVO");
-            key(Qt::Key_Return, &p);
-            QTRY_VERIFY(qobject_cast<QLineEdit*>(QApplication::focusWidget()));
-            key(Qt::Key_Return, &p);
-        });
-        key(Qt::Key_F10, &screen);
-    }
+    void payCashAndAccept(QWidget& screen) { payInCash<PaymentsScreen>(screen); }
     static QString text(QWidget& w, const char* label) { return child<QLabel>(w, label)->text(); }
     QString today() const {
         return db::serverNow(db()).date().toString(QStringLiteral("dd/MM/yyyy"));
+    }
+    // Presses `accept` and, while the document is saved and printed, presses it and F10 again;
+    // whether the button was enabled meanwhile.
+    static bool pressedTwice(QWidget& screen, QPushButton* accept) {
+        bool enabled = true;
+        QTimer::singleShot(0, [&] {
+            enabled = accept->isEnabled();
+            accept->click();
+            QTest::keyClick(&screen, Qt::Key_F10);
+        });
+        accept->click();
+        return enabled;
     }
 };
 
@@ -108,26 +104,12 @@ TEST_F(TillScreens, AceptarRunsOnceWhileTheDocumentIsSavedAndPrinted) {
     auto* sale = open<SaleScreen>("frmFacturacion");
     keySale(*sale, {code});
     // Paid first, so that Aceptar goes straight to the save and the print.
-    whenModal<PaymentsScreen>([](PaymentsScreen& p) {
-        QTRY_VERIFY(qobject_cast<QComboBox*>(QApplication::focusWidget()));
-        keys("EFECTIVO");
-        key(Qt::Key_Return, &p);
-        QTRY_VERIFY(qobject_cast<QLineEdit*>(QApplication::focusWidget()));
-        key(Qt::Key_Return, &p);
-    });
-    key(Qt::Key_F5, sale);
+    payInCash<PaymentsScreen>(*sale, Qt::Key_F5);
     ASSERT_TRUE(sale->draft().paymentsAccepted()) << dialogs.texts().join('|').toStdString();
 
     // Pressed again while the printer is asked and prints: disabled, and F10 waits.
     auto* accept = child<QPushButton>(*sale, "cmdAceptar");
-    bool enabledMeanwhile = true;
-    QTimer::singleShot(0, [&] {
-        enabledMeanwhile = accept->isEnabled();
-        accept->click();
-        QTest::keyClick(sale, Qt::Key_F10);
-    });
-    accept->click();
-    EXPECT_FALSE(enabledMeanwhile);
+    EXPECT_FALSE(pressedTwice(*sale, accept));
     EXPECT_TRUE(accept->isEnabled());
     EXPECT_EQ(count("VENTAS"), 1) << dialogs.texts().join('|').toStdString();
     EXPECT_EQ(tickets("FACTURA_"), 1);
@@ -137,15 +119,7 @@ TEST_F(TillScreens, AceptarRunsOnceWhileTheDocumentIsSavedAndPrinted) {
     typeEnter(*back, "TxtFactura", "1");
     typeEnter(*back, "txtCodigo", code);
     typeEnter(*back, "txtCantidad", "1");
-    auto* again = child<QPushButton>(*back, "cmdAceptar");
-    enabledMeanwhile = true;
-    QTimer::singleShot(0, [&] {
-        enabledMeanwhile = again->isEnabled();
-        again->click();
-        QTest::keyClick(back, Qt::Key_F10);
-    });
-    again->click();
-    EXPECT_FALSE(enabledMeanwhile);
+    EXPECT_FALSE(pressedTwice(*back, child<QPushButton>(*back, "cmdAceptar")));
     EXPECT_EQ(count("DEVVENTAS"), 1) << dialogs.texts().join('|').toStdString();
     EXPECT_EQ(tickets("NOTACREDITO_"), 1);
     EXPECT_EQ(printer.memory().lastCreditNote, 1);
