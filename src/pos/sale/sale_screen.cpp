@@ -152,14 +152,19 @@ void SaleScreen::buildUi() {
     head->setColumnStretch(3, 1);
     root->addLayout(head);
 
-    m_grid = new QTableWidget(0, kColumnCount, this);
+    m_grid = new SaleGrid(0, kColumnCount, this);
     m_grid->setObjectName(QStringLiteral("SpreadFacturacion"));
     m_grid->setHorizontalHeaderLabels(
         {QStringLiteral("L"), QStringLiteral("Código"), QStringLiteral("Descripción"),
          QStringLiteral("Cantidad"), QStringLiteral("Precio"), QStringLiteral("% Desc."),
          QStringLiteral("Precio Lista"), QStringLiteral("Impuesto"), QStringLiteral("Total")});
-    // Only the quantity is edited in the grid, and only when the screen says so.
-    m_grid->setEditTriggers(QAbstractItemView::DoubleClicked);
+    // Only the quantity is edited in the grid: the line's current cell stays on it, so that a
+    // digit typed on a line starts its new quantity.
+    m_grid->setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::AnyKeyPressed);
+    connect(m_grid, &QTableWidget::currentCellChanged, this, [this](int row, int column) {
+        if (row >= 0 && column != kQuantity)
+            m_grid->setCurrentCell(row, kQuantity, QItemSelectionModel::NoUpdate);
+    });
     m_grid->setSelectionBehavior(QAbstractItemView::SelectRows);
     m_grid->setSelectionMode(QAbstractItemView::SingleSelection);
     // The description is what the cashier reads: it takes the room, the figures what they need.
@@ -351,24 +356,20 @@ void SaleScreen::keyPressEvent(QKeyEvent* event) {
 }
 
 bool SaleScreen::eventFilter(QObject* watched, QEvent* event) {
-    // Keys of the grid itself, not of its quantity editor passing them on.
-    const QWidget* focus = QApplication::focusWidget();
-    const bool editing = focus && focus != m_grid && m_grid->isAncestorOf(focus);
-    if (watched == m_grid && event->type() == QEvent::KeyPress && !editing) {
+    // Keys of the grid itself, not of its quantity editor passing them on. A digit typed on a
+    // line starts its new quantity (the grid's own edit on a key).
+    if (watched == m_grid && event->type() == QEvent::KeyPress && !m_grid->isEditing()) {
         auto* key = static_cast<QKeyEvent*>(event);
         const int row = m_grid->currentRow();
-        // Delete removes the selected line; Enter, or a digit, changes its quantity; Escape goes
-        // back to the article field.
+        // Delete removes the selected line; Enter changes its quantity; Escape goes back to the
+        // article field.
         if (key->key() == Qt::Key_Delete) {
             deleteSelectedLine();
             return true;
         }
         if (isEnter(key) && row >= 0) {
-            editQuantity(row);
-            return true;
-        }
-        if (row >= 0 && key->text().size() == 1 && key->text().at(0).isDigit()) {
-            editQuantity(row, key->text());
+            if (QTableWidgetItem* item = m_grid->item(row, kQuantity))
+                m_grid->editItem(item);
             return true;
         }
         if (key->key() == Qt::Key_Escape) {
@@ -589,18 +590,6 @@ void SaleScreen::enterArticle() {
         m_quantityField->setText(QStringLiteral("1"));
     });
     m_barcode->setFocus();
-}
-
-void SaleScreen::editQuantity(int row, const QString& typed) {
-    QTableWidgetItem* item = m_grid->item(row, kQuantity);
-    if (!item || !(item->flags() & Qt::ItemIsEditable))
-        return;
-    m_grid->setCurrentItem(item);
-    m_grid->editItem(item);
-    // A digit typed on the row starts the new quantity.
-    if (!typed.isEmpty())
-        if (auto* editor = qobject_cast<QLineEdit*>(QApplication::focusWidget()))
-            editor->setText(typed);
 }
 
 void SaleScreen::quantityEdited(QTableWidgetItem* item) {

@@ -3,6 +3,7 @@
 #include "pos/sale/sale.h"
 
 #include <QSqlDatabase>
+#include <QTableWidget>
 #include <QWidget>
 #include <memory>
 
@@ -22,6 +23,13 @@ class FiscalPrinterThread;
 namespace orvo::pos::sale {
 
 class DayStateBanner;
+
+// The sale's grid, which tells whether a quantity is being edited in it.
+class SaleGrid : public QTableWidget {
+public:
+    using QTableWidget::QTableWidget;
+    bool isEditing() const { return state() == EditingState; }
+};
 
 // frmFacturacion: the cashier keys a sale (articles by barcode or reference, client, seller,
 // lists and discounts), takes the payment through frmPagosVenta and accepts it. Keyboard first:
@@ -87,7 +95,6 @@ private:
     void clearForNextSale();
     void showClient();
     void showLastSale(const AcceptResult& r);
-    void editQuantity(int row, const QString& typed = {});
     void quantityEdited(QTableWidgetItem* item);
     void paymentsNoLongerStand();
     bool authorise(QString& who);
@@ -114,7 +121,7 @@ private:
     QLabel* m_clientName = nullptr;
     QLineEdit* m_seller = nullptr;
     QLabel* m_sellerName = nullptr;
-    QTableWidget* m_grid = nullptr;
+    SaleGrid* m_grid = nullptr;
     QCheckBox* m_exempt = nullptr;
     QCheckBox* m_contingency = nullptr;
     QRadioButton* m_cash = nullptr;
