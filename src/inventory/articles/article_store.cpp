@@ -50,7 +50,7 @@ const QString kArticleColumns = QStringLiteral(
     "I.Fabricante, I.TipoImpuesto, IM.PorcentajeImpuesto, I.PuntoReorden, I.Nota, I.PrecioDetal, "
     "I.PrecioMayor, I.PrecioAfiliado, I.Promocion, I.PrecioPromocion, I.FechaInicial, "
     "I.FechaFinal, I.CostoInicial, I.CostoPromedio, I.UltimoCosto, I.CostoDolar, I.Existencia, "
-    "I.Tipo, I.Status, I.Serializado");
+    "I.Tipo, I.Status, I.Serializado, I.Fraccionable");
 
 Article articleFrom(const db::Sql& q) {
     Article a;
@@ -117,23 +117,25 @@ QVariantList modelFigures(const ArticleModel& m) {
             costOf(m.dollarCost),
             m.type,
             m.status,
-            m.serialized ? 1 : 0};
+            m.serialized ? 1 : 0,
+            m.fractional ? 1 : 0};
 }
 } // namespace
 
 Statement updateVariant(const QSqlDatabase& db, const ArticleModel& m, const QString& barcode,
                         const QString& variantName) {
     const QString now = db::nowExpression(db);
-    return {QStringLiteral("UPDATE INVENTARIO SET CodigoMarca = ?, Categoria = ?, Fabricante = ?, "
-                           "TipoImpuesto = ?, Nombre = ?, UltimaActualizacion = ") +
-                now +
-                QStringLiteral(", PuntoReorden = ?, Nota = ?, PrecioDetal = ?, PrecioMayor = ?, "
-                               "PrecioAfiliado = ?, Promocion = ?, PrecioPromocion = ?, "
-                               "FechaInicial = ?, FechaFinal = ?, CostoInicial = ?, "
-                               "CostoPromedio = ?, UltimoCosto = ?, CostoDolar = ?, Tipo = ?, "
-                               "Status = ?, Serializado = ? WHERE CodigoBarra = ?"),
-            QVariantList{m.brand, m.category, m.manufacturer, m.taxCode, variantName} +
-                modelFigures(m) + QVariantList{barcode}};
+    return {
+        QStringLiteral("UPDATE INVENTARIO SET CodigoMarca = ?, Categoria = ?, Fabricante = ?, "
+                       "TipoImpuesto = ?, Nombre = ?, UltimaActualizacion = ") +
+            now +
+            QStringLiteral(", PuntoReorden = ?, Nota = ?, PrecioDetal = ?, PrecioMayor = ?, "
+                           "PrecioAfiliado = ?, Promocion = ?, PrecioPromocion = ?, "
+                           "FechaInicial = ?, FechaFinal = ?, CostoInicial = ?, "
+                           "CostoPromedio = ?, UltimoCosto = ?, CostoDolar = ?, Tipo = ?, "
+                           "Status = ?, Serializado = ?, Fraccionable = ? WHERE CodigoBarra = ?"),
+        QVariantList{m.brand, m.category, m.manufacturer, m.taxCode, variantName} +
+            modelFigures(m) + QVariantList{barcode}};
 }
 
 Statement insertVariant(const QSqlDatabase& db, const ArticleModel& m, const QString& barcode,
@@ -145,9 +147,9 @@ Statement insertVariant(const QSqlDatabase& db, const ArticleModel& m, const QSt
                            "PrecioDetal, PrecioMayor, PrecioAfiliado, Promocion, PrecioPromocion, "
                            "FechaInicial, FechaFinal, CostoInicial, CostoPromedio, UltimoCosto, "
                            "CostoDolar, ExistenciaInicial, Existencia, Tipo, Status, Serializado, "
-                           "CodigoBarraAnt) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ") +
+                           "Fraccionable, CodigoBarraAnt) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ") +
                 now + QStringLiteral(", ") + now +
-                QStringLiteral(", ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, 0, 0, ?, ?, ?, ?)"),
+                QStringLiteral(", ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, 0, 0, ?, ?, ?, ?, ?)"),
             QVariantList{barcode, variantName, m.reference, m.brand, size, colour, m.category,
                          m.manufacturer, m.taxCode} +
                 modelFigures(m) + QVariantList{barcode}};
@@ -259,6 +261,7 @@ std::optional<LoadedModel> loadModel(const QSqlDatabase& db, const QString& refe
     m.type = q.integer("Tipo");
     m.status = q.integer("Status");
     m.serialized = q.integer("Serializado") == 1;
+    m.fractional = q.integer("Fraccionable") == 1;
 
     db::Sql g(db, QStringLiteral("SELECT I.Talla, I.CodigoColor, C.Nombre AS NombreColor, "
                                  "I.CodigoBarra FROM INVENTARIO I LEFT JOIN COLORES C ON "

@@ -168,6 +168,11 @@ void ArticlesScreen::buildForm() {
     m_serialized = new QCheckBox(QStringLiteral("Serializado"), data);
     m_serialized->setObjectName(QStringLiteral("chkSerializado"));
     fl->addRow(QString(), m_serialized);
+    m_fractional = new QCheckBox(QStringLiteral("Se vende por peso o medida (cantidades con "
+                                                "decimales)"),
+                                 data);
+    m_fractional->setObjectName(QStringLiteral("chkFraccionable"));
+    fl->addRow(QString(), m_fractional);
     m_categories = new QTreeWidget(data);
     m_categories->setObjectName(QStringLiteral("tvwCategorias"));
     m_categories->setHeaderHidden(true);
@@ -421,6 +426,7 @@ void ArticlesScreen::showModel(const LoadedModel& lm) {
     m_status->button(m.status == 1 ? 1 : 0)->setChecked(true);
     m_promotion->button(m.promotion ? 1 : 0)->setChecked(true);
     m_serialized->setChecked(m.serialized);
+    m_fractional->setChecked(m.fractional);
     selectCategory(m.category);
     m_typedCells.clear(); // edits of the model shown before
     m_grid = lm.grid;
@@ -685,6 +691,7 @@ ArticleModel ArticlesScreen::modelFromControls() const {
     m.type = m_type->checkedId() == 1 ? 1 : 0;
     m.status = m_status->checkedId() == 0 ? 0 : 1;
     m.serialized = m_serialized->isChecked();
+    m.fractional = m_fractional->isChecked();
     return m;
 }
 

@@ -113,6 +113,7 @@ private:
     QButtonGroup* m_status = nullptr;
     QButtonGroup* m_promotion = nullptr;
     QCheckBox* m_serialized = nullptr;
+    QCheckBox* m_fractional = nullptr;
     QListWidget* m_sizes = nullptr;
     QListWidget* m_colours = nullptr;
     QTableWidget* m_gridView = nullptr;

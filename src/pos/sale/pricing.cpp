@@ -171,7 +171,9 @@ SaleLine priceLine(const ArticlePrices& article, char letter, const Decimal& qua
 
 SaleLine priceNewLine(const ArticlePrices& article, const Decimal& quantity,
                       const PricingContext& ctx) {
-    const char letter = lineLetter(registerLetter(ctx.registerListType), article, ctx);
+    // Every new line starts on the retail list, whatever the register; a wholesale price comes
+    // from the client's type or from switching the line's list.
+    const char letter = lineLetter(kRetail, article, ctx);
     return priceLine(article, letter, quantity, ctx);
 }
 

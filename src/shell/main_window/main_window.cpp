@@ -305,6 +305,8 @@ void MainWindow::sessionButton() {
     for (QMdiSubWindow* sub : m_mdi->subWindowList())
         sub->widget()->setProperty("orvoEditing", false);
     m_mdi->closeAllSubWindows();
+    if (hasOpenScreens())
+        return; // a screen refused to close
     guarded(this, [&] { endUserSession(); });
     showLogin();
 }
@@ -670,6 +672,12 @@ bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
     return false;
 }
 
+bool MainWindow::hasOpenScreens() const {
+    const auto screens = m_mdi->subWindowList();
+    return std::any_of(screens.begin(), screens.end(),
+                       [](const QMdiSubWindow* s) { return s->isVisible(); });
+}
+
 void MainWindow::closeEvent(QCloseEvent* event) {
     if (!confirmCloseScreens() ||
         !dialogs().question(this, QStringLiteral("¿Desea abandonar el sistema?"),
@@ -681,8 +689,13 @@ void MainWindow::closeEvent(QCloseEvent* event) {
     for (QMdiSubWindow* sub : m_mdi->subWindowList())
         if (sub->widget())
             sub->widget()->setProperty("orvoEditing", false);
-    m_pendingTimer->stop();
     m_mdi->closeAllSubWindows();
+    // A screen that would lose something (a sale holding a card payment) stays, and so do we.
+    if (hasOpenScreens()) {
+        event->ignore();
+        return;
+    }
+    m_pendingTimer->stop();
     event->accept();
 }
 

@@ -78,6 +78,8 @@ private:
     bool confirmCloseScreens();
     // The same question for one screen; true when it may close.
     bool confirmCloseScreen(QMdiSubWindow* sub);
+    // Whether a screen is still open (one refused to close).
+    bool hasOpenScreens() const;
     void buildFixedMenus();
     void buildMenuBar(const QList<MenuNode>& nodes);
     void buildTree(const QList<MenuNode>& nodes);

@@ -257,6 +257,7 @@ TEST_F(ArticleMaster, LoadsTheModelWithItsGridAndPromotion) {
     m.type = 1;
     m.status = 0;
     m.serialized = true;
+    m.fractional = true;
     ModelGrid g = grid();
     g.setBarcode(1, 1, ""); // an empty cell creates nothing
     saveModel(db(), m, g, true, writer());
@@ -275,6 +276,7 @@ TEST_F(ArticleMaster, LoadsTheModelWithItsGridAndPromotion) {
     EXPECT_EQ(loaded->model.type, 1);
     EXPECT_EQ(loaded->model.status, 0);
     EXPECT_TRUE(loaded->model.serialized);
+    EXPECT_TRUE(loaded->model.fractional);
     EXPECT_EQ(loaded->model.note, "O'Neil");
     const ModelGrid& lg = loaded->grid;
     EXPECT_EQ(lg.sizes(), QStringList({"36", "38", "40"}));

@@ -116,7 +116,20 @@ TEST(Pricing, PromotionEndedFallsBackToTheRegistersList) {
     // Other letters stay as they are when no promotion is involved.
     c.registerListType = 1;
     EXPECT_EQ(lineLetter('M', a, c), 'M');
-    c.registerListType = 2;
+}
+
+TEST(Pricing, ANewLineStartsRetailOnEveryRegister) {
+    ArticlePrices a = shirt();
+    a.promocion = false;
+    PricingContext c = on(QDate(2026, 4, 1));
+    for (int type : {1, 2, 3, 4}) {
+        c.registerListType = type;
+        const SaleLine l = priceNewLine(a, 1, c);
+        EXPECT_EQ(l.tipoLista, 'D') << type;
+        EXPECT_EQ(l.precio, d("100.00")) << type;
+    }
+    // A wholesale client still buys at the wholesale price.
+    c.clientType = QStringLiteral("4");
     EXPECT_EQ(priceNewLine(a, 1, c).precio, d("80.00"));
 }
 
