@@ -136,11 +136,14 @@ class Desktop:
         holds and none of them is left (boxes from work running side by side come in any
         order)."""
         def step():
-            # The box opened last is the one a modal stack lets answer.
-            for title, keys in answers.items():
-                wids = self.windows(title)
-                if wids:
-                    self.focus(wids[-1])
+            # Only the box on top of a modal stack takes keys. With no window manager, the X
+            # server lists windows bottom to top, and the last one mapped is on top.
+            stack = self._x("search", "--onlyvisible", "--name", ".*", check=False).split()
+            for wid in reversed(stack):
+                keys = next((k for t, k in answers.items() if re.fullmatch(t, self.title(wid))),
+                            None)
+                if keys:
+                    self.focus(wid)
                     self.keys(*keys)
                     return False
             return done()
@@ -266,12 +269,12 @@ class Register:
         self._fresh()
         self.store = Store(sqlite_path=os.path.join(self.home, "data", "ORVO.sqlite"))
 
-    def prepare_postgres(self, endpoint, database, user="orvo", demo=True):
-        """A fresh home bound to `database` on the server at `endpoint`, with the demo store."""
+    def prepare_postgres(self, endpoint, database, user="orvo", password="orvo", demo=True):
+        """A fresh home bound to `database` on the server at `endpoint`, with the demo store.
+        (The test cluster trusts its connections; the program wants a password all the same.)"""
         self._fresh()
         host, port = endpoint.split(":")
-        # The test cluster trusts its connections; the program wants a password all the same.
-        self.orvo("server-config", endpoint, database, "--usuario", user, stdin="orvo\n")
+        self.orvo("server-config", endpoint, database, "--usuario", user, stdin=password + "\n")
         if demo:
             self.orvo("db", "init", "--demo")
         self.store = Store(pg=(host, port, user, database))

@@ -77,6 +77,11 @@ class TillDay:
         self.desk.keys("Return")  # the date proposed is today's: Enter opens
         wait_for(lambda: self.db.count("DIARIOCAJA", "Serie = ? AND Status = 0", SERIE) == 1,
                  "la apertura del día en DIARIOCAJA")
+        # The day starts where the printer is.
+        first = self.db.number("SELECT FacturaInicial FROM DIARIOCAJA WHERE Serie = ?", SERIE)
+        check(first == self.reg.printer()["ultimaFactura"],
+              f"el día empieza en la factura {first}, la impresora en "
+              f"{self.reg.printer()['ultimaFactura']}")
         self.desk.keys("Escape")
 
     def stock(self, code):
@@ -99,6 +104,14 @@ class TillDay:
     def payments(self):
         """Waits for the payments screen and gives it the keyboard."""
         return self.desk.wait_window("Pagos de la Factura")
+
+    def pay_in_cash(self, key="F10"):
+        """`key` opens the payments; the balance in cash, as proposed, settles it."""
+        self.desk.keys(key)
+        pay = self.payments()
+        self.desk.enter("EFECTIVO")
+        self.desk.keys("Return")
+        self.desk.wait_closed(pay)
 
     def invoiced(self, number, before):
         """The invoice saved whole and printed once, the register's and the printer's counters
@@ -197,11 +210,7 @@ class TillDay:
         wait_for(lambda: self.db.count("HISTVENTAS", "Serie = ?", SERIE) == 0,
                  "la venta congelada retomada")
         stock = self.stock(code)
-        self.desk.keys("F10")
-        pay = self.payments()
-        self.desk.enter("EFECTIVO")
-        self.desk.keys("Return")
-        self.desk.wait_closed(pay)
+        self.pay_in_cash()
         self.invoiced(4, 3)
         check(self.stock(code) == stock - 3, "el inventario no bajó en 3")
 
@@ -217,11 +226,7 @@ class TillDay:
     def sell_after_restart(self):
         self.step = "venta después de reiniciar"
         self.key_sale(self.codes[0])
-        self.desk.keys("F10")
-        pay = self.payments()
-        self.desk.enter("EFECTIVO")
-        self.desk.keys("Return")
-        self.desk.wait_closed(pay)
+        self.pay_in_cash()
         self.invoiced(5, 4)
 
     def credit_noted(self, number, invoice):
@@ -264,11 +269,7 @@ class TillDay:
         self.desk.enter("1")
         self.desk.keys("Return")           # nothing more comes back
         self.desk.enter("2*" + self.codes[1])  # what the client takes
-        self.desk.keys("F10")
-        pay = self.payments()              # two articles for one: the client pays the difference
-        self.desk.enter("EFECTIVO")
-        self.desk.keys("Return")
-        self.desk.wait_closed(pay)
+        self.pay_in_cash()                 # two articles for one: the client pays the difference
         self.desk.answer("Información")  # "Presione ENTER ... para imprimir la factura"
         self.credit_noted(2, 1)
         self.invoiced(6, 5)
@@ -339,10 +340,13 @@ def run_engine(engine, args, display):
         endpoint = os.environ.get("ORVO_TEST_PG") or open(args.pg_endpoint_file).read().strip()
         name = f"e2e_{os.getpid()}"
         host, port = endpoint.split(":")
-        subprocess.run(["psql", "-X", "-q", "-h", host, "-p", port, "-U", "orvo", "-d", "postgres",
+        user = os.environ.get("ORVO_TEST_PG_USER", "orvo")
+        if os.environ.get("ORVO_TEST_PG_PASSWORD"):
+            os.environ["PGPASSWORD"] = os.environ["ORVO_TEST_PG_PASSWORD"]
+        subprocess.run(["psql", "-X", "-q", "-h", host, "-p", port, "-U", user, "-d", "postgres",
                         "-c", f"CREATE DATABASE {name} ENCODING 'UTF8' TEMPLATE template0"],
                        check=True)
-        reg.prepare_postgres(endpoint, name)
+        reg.prepare_postgres(endpoint, name, user, os.environ.get("PGPASSWORD", "orvo"))
     day = TillDay(reg)
     started = time.monotonic()
     ok = False
