@@ -17,6 +17,7 @@ import sys
 import time
 import traceback
 
+sys.dont_write_bytecode = True  # nothing written into the source tree
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 from orvo_desktop import Failure, Register, XServer, wait_for  # noqa: E402
 
