@@ -83,7 +83,8 @@ class Desktop:
         return r.stdout.strip()
 
     def windows(self, title):
-        """Visible windows whose whole title is `title` (a regular expression)."""
+        """Visible windows whose whole title is `title` (a regular expression, matched without
+        regard to case)."""
         out = self._x("search", "--onlyvisible", "--name", f"^{title}$", check=False)
         return [w for w in out.split() if w]
 
@@ -102,10 +103,13 @@ class Desktop:
         self.focus(wid)
         return wid
 
+    def stack(self):
+        """Every visible window; with no window manager the X server lists them bottom to top,
+        the last one mapped on top."""
+        return self._x("search", "--onlyvisible", "--name", ".*", check=False).split()
+
     def wait_closed(self, wid, timeout=30.0):
-        wait_for(lambda: wid not in self._x("search", "--onlyvisible", "--name", ".*",
-                                            check=False).split(),
-                 f"que se cierre «{self.title(wid)}»", timeout)
+        wait_for(lambda: wid not in self.stack(), f"que se cierre «{self.title(wid)}»", timeout)
 
     def focus(self, wid):
         # No window manager: the program's window gets the X input focus directly.
@@ -136,10 +140,8 @@ class Desktop:
         holds and none of them is left (boxes from work running side by side come in any
         order)."""
         def step():
-            # Only the box on top of a modal stack takes keys. With no window manager, the X
-            # server lists windows bottom to top, and the last one mapped is on top.
-            stack = self._x("search", "--onlyvisible", "--name", ".*", check=False).split()
-            for wid in reversed(stack):
+            # Only the box on top of a modal stack takes keys.
+            for wid in reversed(self.stack()):
                 keys = next((k for t, k in answers.items() if re.fullmatch(t, self.title(wid))),
                             None)
                 if keys:
@@ -171,14 +173,11 @@ class Desktop:
         self.enter(user)
         self.enter(password)
 
-    def visible(self):
-        return set(self._x("search", "--onlyvisible", "--name", ".*", check=False).split())
-
     def open_system_menu(self):
         """Alt+S, and waits for the menu to show: keys typed before it would go elsewhere."""
-        before = self.visible()
+        before = set(self.stack())
         self.keys("alt+s")
-        wait_for(lambda: self.visible() - before, "el menú Sistema abierto", 15)
+        wait_for(lambda: set(self.stack()) - before, "el menú Sistema abierto", 15)
 
     def menu(self, top, item):
         """Opens a screen from the menu bar by the keys: Alt+S opens "Sistema", Left moves `top`

@@ -303,8 +303,8 @@ class TillDay:
         self.desk.enter(f"{cash:.2f}".replace(".", ","))
         self.desk.enter(f"{dollars:.2f}".replace(".", ","))
         self.desk.enter("0")  # no cheques
-        # A count that agrees is only asked to be confirmed; a difference is asked first, under
-        # another title ("Cierre de Caja").
+        # A count that agrees is only asked to be confirmed ("Confirma el cierre de caja...?"). A
+        # difference would be asked first, and the confirmation left open keeps the day open.
         self.desk.yes("Cierre de caja")
         wait_for(lambda: self.db.count("DIARIOCAJA", "Serie = ? AND Status = 2", SERIE) == 1,
                  "el día cerrado", 120)
