@@ -262,6 +262,7 @@ class TillDay:
 
     def exchange(self):
         self.step = "cambio de mercancía"
+        back, taken = self.stock(self.codes[0]), self.stock(self.codes[1])
         self.desk.keys("Escape")
         self.open_screen(EXCHANGE)
         self.desk.enter("1")               # the invoice: one unit left of two
@@ -274,6 +275,10 @@ class TillDay:
         self.desk.answer("Información")  # "Presione ENTER ... para imprimir la factura"
         self.credit_noted(2, 1)
         self.invoiced(6, 5)
+        check(self.stock(self.codes[0]) == back + 1 and self.stock(self.codes[1]) == taken - 2,
+              "el inventario no refleja el cambio")
+        display = self.reg.ticket("VISOR.txt")
+        check("A pagar: Bs." in display, f"el visor no muestra lo que se paga: {display}")
 
     def mailed(self):
         folder = os.path.join(self.reg.home, "correo")
