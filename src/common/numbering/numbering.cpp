@@ -123,24 +123,20 @@ void zeroAmounts(const QSqlDatabase& db, const QString& table, const QString& nu
 long long takeNumber(const QSqlDatabase& db, int controlFactura, const QString& serial,
                      const QString& counter) {
     db::requireTransaction(db);
-    // Increment first, read afterwards: the row stays locked until the caller commits.
-    if (controlFactura == kCountersPerRegister) {
-        db::execute(db,
-                    QStringLiteral("UPDATE CAJAS SET %1 = COALESCE(%1, 0) + 1 WHERE Serie = ?")
-                        .arg(counter),
-                    {serial});
-        const QVariant v = db::scalar(
-            db, QStringLiteral("SELECT %1 FROM CAJAS WHERE Serie = ?").arg(counter), {serial});
-        return v.isValid() ? Decimal::fromVariant(v).toLongLong() : 0;
-    }
-    if (controlFactura == kCountersForCompany) {
-        db::execute(db,
-                    QStringLiteral("UPDATE PARAMETROS SET %1 = COALESCE(%1, 0) + 1").arg(counter));
-        const QVariant v =
-            db::scalar(db, QStringLiteral("SELECT %1 FROM PARAMETROS LIMIT 1").arg(counter));
-        return v.isValid() ? Decimal::fromVariant(v).toLongLong() : 0;
-    }
-    return 0;
+    // Increment and read back in one statement: the row stays locked until the caller commits.
+    QString statement;
+    if (controlFactura == kCountersPerRegister)
+        statement = QStringLiteral("UPDATE CAJAS SET %1 = COALESCE(%1, 0) + 1 WHERE Serie = ? "
+                                   "RETURNING %1");
+    else if (controlFactura == kCountersForCompany)
+        statement = QStringLiteral("UPDATE PARAMETROS SET %1 = COALESCE(%1, 0) + 1 RETURNING %1");
+    else
+        return 0;
+    db::Sql q(db, statement.arg(counter));
+    if (controlFactura == kCountersPerRegister)
+        q.bind(serial);
+    q.exec();
+    return q.next() ? Decimal::fromVariant(q.value(0)).toLongLong() : 0;
 }
 
 QDate serverToday(const QSqlDatabase& db) {
