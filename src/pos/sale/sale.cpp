@@ -328,6 +328,7 @@ AcceptResult acceptSale(const QSqlDatabase& db, const shell::SessionContext& ctx
         lines.add(l);
         lines.decreaseStock(l.codigoBarra, l.cantidad);
     }
+    lines.finish();
     store::ensurePlaceholderBank(db);
 
     if (draft.mode() == PaymentMode::Credit) {
