@@ -6,10 +6,23 @@
 
 namespace orvo::bench {
 
-// Runs `body` on a fresh migrated store database of each engine: an embedded SQLite file, and
-// PostgreSQL when ORVO_TEST_PG=host:port names a server (user ORVO_TEST_PG_USER, password
-// ORVO_TEST_PG_PASSWORD), on a database `name` created anew.
-void forEachEngine(const QString& name,
-                   const std::function<void(const char* engine, const QSqlDatabase& db)>& body);
+// One measured figure of a benchmark: lower is better.
+struct Figure {
+    double value = 0;
+    QString unit;   // "ms", "us", "s"
+    QString detail; // printed after the figure (slowest run, counts...)
+};
+
+// Runs `body` on a fresh migrated store database of each engine: an embedded SQLite file; the
+// PostgreSQL server named by ORVO_TEST_PG=host:port (the throwaway test cluster: fsync off); and
+// the one named by ORVO_BENCH_PG_DURABLE=host:port (a cluster that writes durably, fsync on).
+// Users ORVO_TEST_PG_USER (default orvo), passwords ORVO_TEST_PG_PASSWORD. Each run's figure is
+// printed on one line with `what` and `budget`, the PostgreSQL ones with their ratio to SQLite.
+void forEachEngine(const QString& name, const QString& what, const QString& budget,
+                   const std::function<Figure(const QSqlDatabase& db)>& body);
+
+// The same with several figures per run, each printed under its own `what`.
+using Figures = QList<std::pair<QString, Figure>>;
+void forEachEngine(const QString& name, const std::function<Figures(const QSqlDatabase& db)>& body);
 
 } // namespace orvo::bench
