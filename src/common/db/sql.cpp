@@ -25,6 +25,24 @@ Sql::~Sql() {
     statement_cache::giveBack(m_connection, m_statement, std::move(m_lease));
 }
 
+void lockRows(const QSqlDatabase& db, const QString& selectOrdered, const QVariantList& values) {
+    if (engineOf(db) == Engine::Sqlite)
+        return;
+    Sql q(db, selectOrdered + QStringLiteral(" FOR UPDATE"));
+    for (const QVariant& v : values)
+        q.bind(v);
+    q.exec();
+}
+
+bool isUniqueViolation(const DbError& error) {
+    // SQLite reports the extended codes 2067 (UNIQUE) and 1555 (PRIMARY KEY), or the plain
+    // constraint code 19 with its text.
+    const QString& n = error.number();
+    return n == QLatin1String("23505") || n == QLatin1String("2067") ||
+           n == QLatin1String("1555") ||
+           error.text().contains(QLatin1String("UNIQUE constraint failed"), Qt::CaseInsensitive);
+}
+
 bool changesSchema(const QString& statement) {
     const QStringView s = QStringView(statement).trimmed();
     for (const char* verb : {"CREATE ", "ALTER ", "DROP "})

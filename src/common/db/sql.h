@@ -12,6 +12,10 @@
 #include <QVariant>
 #include <initializer_list>
 
+namespace orvo {
+class DbError;
+}
+
 namespace orvo::db {
 
 // A prepared statement with bound values that throws DbError (number, text, statement) on any
@@ -72,6 +76,15 @@ private:
     mutable QSqlRecord m_record; // columns of the last run, read once
     mutable bool m_recordRead = false;
 };
+
+// Locks the rows `selectOrdered` finds, in its ORDER BY, until the transaction ends, so that
+// registers taking rows of a shared table (articles' stock) take them in one order and wait for
+// each other instead of deadlocking. Only PostgreSQL needs it: on SQLite BEGIN IMMEDIATE already
+// lets one writer in at a time, and nothing is run.
+void lockRows(const QSqlDatabase& db, const QString& selectOrdered, const QVariantList& values);
+
+// A unique or primary key refused the row (PostgreSQL 23505, SQLite's constraint codes).
+bool isUniqueViolation(const DbError& error);
 
 // Statements that change the schema make the connection's cached statements stale.
 bool changesSchema(const QString& statement);

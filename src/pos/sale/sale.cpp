@@ -156,7 +156,6 @@ long long parkSale(const QSqlDatabase& db, const shell::SessionContext& ctx, Sal
         throw UserError(QStringLiteral("Debe especificar al menos un artículo...!"));
     db::Transaction tx(db);
     store::ParkedHeader h;
-    h.numero = store::nextParkedNumber(db);
     h.serie = ctx.serial;
     h.fecha = db::serverNow(db);
     h.vendedor = draft.seller().cedula;
@@ -166,7 +165,11 @@ long long parkSale(const QSqlDatabase& db, const shell::SessionContext& ctx, Sal
     h.usuario = ctx.userCode;
     h.numeroOrden = draft.dispatchOrder();
     h.exenta = draft.isExempt();
-    store::insertParked(db, h);
+    h.numero = common::insertNumbered(db, {QStringLiteral("HISTVENTAS"), QStringLiteral("Numero")},
+                                      [&](long long numero) {
+                                          h.numero = numero;
+                                          store::insertParked(db, h);
+                                      });
     for (int i = 0; i < draft.lines().size(); ++i)
         store::insertParkedLine(db, h.numero, h.serie, i + 1, h.fecha, draft.lines().at(i));
     tx.commit();

@@ -3,6 +3,7 @@
 #include "common/db/bulk_insert.h"
 #include "common/db/sql.h"
 #include "common/db/transaction.h"
+#include "common/numbering/numbering.h"
 
 namespace orvo::pos::sale::store {
 
@@ -261,6 +262,12 @@ void LineWriter::finish() {
         in += in.isEmpty() ? QStringLiteral("?") : QStringLiteral(", ?");
         keys << it.key();
     }
+    // Registers selling the same articles take their rows in barcode order.
+    db::lockRows(m_db,
+                 QStringLiteral("SELECT CodigoBarra FROM INVENTARIO WHERE CodigoBarra IN (%1) "
+                                "ORDER BY CodigoBarra")
+                     .arg(in),
+                 keys);
     db::Sql q(m_db, QStringLiteral("UPDATE INVENTARIO SET Existencia = Existencia - CASE "
                                    "CodigoBarra%1 END WHERE Tipo = 0 AND CodigoBarra IN (%2)")
                         .arg(cases, in));
@@ -313,22 +320,23 @@ void insertReceivable(const QSqlDatabase& db, long long number, const QString& s
                       const QString& client, const Decimal& amount, int days,
                       const QDateTime& fecha) {
     db::requireTransaction(db);
-    const long long next =
-        db::scalar(db, QStringLiteral("SELECT COALESCE(MAX(Numero), 0) + 1 FROM CUENTASXCOBRAR"))
-            .toLongLong();
-    // FechaAprobacion 2000-01-01 means not yet approved.
-    db::Sql(db, QStringLiteral("INSERT INTO CUENTASXCOBRAR (Numero, Cliente, Factura, Serie, "
-                               "Monto, DiasCredito, FechaFactura, FechaAprobacion, Status) VALUES "
-                               "(?, ?, ?, ?, ?, ?, ?, ?, 0)"))
-        .bind(next)
-        .bind(client)
-        .bind(number)
-        .bind(serie)
-        .bind(amount, 2)
-        .bind(days)
-        .bind(fecha)
-        .bind(QDate(2000, 1, 1))
-        .exec();
+    common::insertNumbered(
+        db, {QStringLiteral("CUENTASXCOBRAR"), QStringLiteral("Numero")}, [&](long long next) {
+            // FechaAprobacion 2000-01-01 means not yet approved.
+            db::Sql(db, QStringLiteral("INSERT INTO CUENTASXCOBRAR (Numero, Cliente, Factura, "
+                                       "Serie, Monto, DiasCredito, FechaFactura, "
+                                       "FechaAprobacion, Status) VALUES (?, ?, ?, ?, ?, ?, ?, ?, "
+                                       "0)"))
+                .bind(next)
+                .bind(client)
+                .bind(number)
+                .bind(serie)
+                .bind(amount, 2)
+                .bind(days)
+                .bind(fecha)
+                .bind(QDate(2000, 1, 1))
+                .exec();
+        });
 }
 
 SaleTotals writeTotals(const QSqlDatabase& db, long long number, const QString& serie,
@@ -465,11 +473,6 @@ std::optional<ArticlePrices> articleAnyState(const QSqlDatabase& db, const QStri
     if (!q.next())
         return std::nullopt;
     return readArticle(q);
-}
-
-long long nextParkedNumber(const QSqlDatabase& db) {
-    return db::scalar(db, QStringLiteral("SELECT COALESCE(MAX(Numero), 0) + 1 FROM HISTVENTAS"))
-        .toLongLong();
 }
 
 void insertParked(const QSqlDatabase& db, const ParkedHeader& h) {

@@ -139,8 +139,6 @@ struct ParkedHeader {
     long long numeroOrden = 0;
     bool exenta = false;
 };
-// The next HISTVENTAS number.
-long long nextParkedNumber(const QSqlDatabase& db);
 void insertParked(const QSqlDatabase& db, const ParkedHeader& h);
 void insertParkedLine(const QSqlDatabase& db, long long numero, const QString& serie, int item,
                       const QDateTime& hora, const SaleLine& line);

@@ -511,6 +511,15 @@ TEST_F(StoreSchema, KeysRefuseDuplicatesOnlyWhereTheDataHasOne) {
     EXPECT_FALSE(
         twice("INSERT INTO COMPRAS (Documento, Proveedor) VALUES (?, ?)", {"F-001", "J123"}));
     EXPECT_FALSE(twice("INSERT INTO COLORES (Codigo, Nombre) VALUES (?, ?)", {"01", "ROJO"}));
+    // Numbers taken as the highest plus one, shared by the registers.
+    EXPECT_FALSE(twice("INSERT INTO CUENTASXCOBRAR (Numero, Factura, Serie) VALUES (?, ?, ?)",
+                       {7, 1, "Z1A"}));
+    EXPECT_FALSE(twice("INSERT INTO CONTROLACCESO (Numero, Cedula) VALUES (?, ?)", {3, "V1"}));
+    // A parked sale's number is unique across the registers, not only within one.
+    db::execute(db(), "INSERT INTO HISTVENTAS (Numero, Serie) VALUES (?, ?)", {2, "Z1A"});
+    EXPECT_THROW(
+        db::execute(db(), "INSERT INTO HISTVENTAS (Numero, Serie) VALUES (?, ?)", {2, "Z1B"}),
+        DbError);
 
     // The same sale may be keyed on another register.
     EXPECT_NO_THROW(
@@ -520,8 +529,6 @@ TEST_F(StoreSchema, KeysRefuseDuplicatesOnlyWhereTheDataHasOne) {
                       {1, "Z1A", 1, "S"}));
     EXPECT_TRUE(twice("INSERT INTO VERSIONEJECUTABLE (Serie, NombrePrograma) VALUES (?, ?)",
                       {"Z1A", "Orvo"}));
-    EXPECT_TRUE(twice("INSERT INTO CUENTASXCOBRAR (Numero, Factura, Serie) VALUES (?, ?, ?)",
-                      {7, 1, "Z1A"}));
     EXPECT_TRUE(
         twice("INSERT INTO ITRANSFERENCIAS (Numero, CodigoEnvia) VALUES (?, ?)", {4, "002"}));
 }
