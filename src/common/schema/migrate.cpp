@@ -33,10 +33,16 @@ QStringList statementsFor(const QList<Table>& tables, int v, db::Engine engine) 
         }
         if (t.since > v)
             continue;
-        for (const Column& c : t.columns)
+        for (const Column& c : t.columns) {
             if (c.since == v)
                 out << QStringLiteral("ALTER TABLE %1 ADD COLUMN %2")
                            .arg(t.name, columnDefinition(c, engine));
+            else if (c.typeSince == v && c.since < v) {
+                const QString retype = retypeStatement(t, c, engine);
+                if (!retype.isEmpty())
+                    out << retype;
+            }
+        }
         for (const Index& i : t.indexes)
             if (i.since == v)
                 out << QStringLiteral("CREATE %1INDEX %2 ON %3 (%4)")

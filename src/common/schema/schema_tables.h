@@ -16,6 +16,8 @@ Table withUniqueNumber(Table t, const QStringList& columns, int since);
 
 // The schema version that gave MAX + 1 numbers their unique keys.
 constexpr int kUniqueNumbersVersion = 5;
+// The version that made USUARIOS.Pasword long enough for any password's scrambled form.
+constexpr int kLongPasswordsVersion = 5;
 
 QList<Table> configurationTables(); // company, settings, users and security
 QList<Table> masterTables();        // articles and catalogues

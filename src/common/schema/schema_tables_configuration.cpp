@@ -68,8 +68,9 @@ QList<Table> configurationTables() {
         table("PARAMETROSTRANSFER", {smallint("TipoConexion"), smallint("Intentos", "1"),
                                      smallint("SegIntentos", "1"), text("Ruta", 255)}),
         table("USUARIOS",
-              {text("CodUsuario", 20), text("NombreUsuario", 60), text("Pasword", 60),
-               smallint("Status", "1")},
+              {text("CodUsuario", 20), text("NombreUsuario", 60),
+               // Scrambled: up to six characters for each one typed.
+               retyped(memo("Pasword"), kLongPasswordsVersion), smallint("Status", "1")},
               {"CodUsuario"}),
         table("GRUPOS", {text("CodGrupo", 20), text("NombreGrupo", 60)}, {"CodGrupo"}),
         table("USUARIOGRUPO", {text("CodUsuario", 20), text("CodGrupo", 20)},

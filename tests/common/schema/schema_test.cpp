@@ -621,6 +621,26 @@ TEST_F(SchemaUpgrade, NewColumnsAreAddedToTheRowsAlreadyThere) {
     EXPECT_TRUE(schema::migrate(db(), versionTwo()).steps.isEmpty());
 }
 
+TEST_F(SchemaUpgrade, ALongerTextTypeReachesTheRowsAlreadyThere) {
+    exec("UPDATE PRUEBA_VERSION SET Codigo = ?", {"B"});
+    QList<schema::Table> tables = {versionOneTable()};
+    tables[0].columns << schema::col::since(schema::col::text("Clave", 10), next());
+    ASSERT_EQ(schema::migrate(db(), tables).toVersion, next());
+    const QString longText(600, u'x');
+    // Before: PostgreSQL refuses the long text (SQLite never did).
+    if (isPostgres()) {
+        EXPECT_THROW(db::execute(db(), "UPDATE PRUEBA_VERSION SET Clave = ?", {longText}), DbError);
+    }
+    tables[0].columns.last() =
+        schema::col::since(schema::col::retyped(schema::col::memo("Clave"), next() + 1), next());
+    EXPECT_EQ(schema::migrate(db(), tables).toVersion, next() + 1);
+    db::execute(db(), "UPDATE PRUEBA_VERSION SET Clave = ?", {longText});
+    EXPECT_EQ(scalar("SELECT Clave FROM PRUEBA_VERSION WHERE Codigo = 'B'").toString(), longText);
+    // A new database gets the new type at once.
+    EXPECT_TRUE(
+        schema::columnDefinition(tables[0].columns.last(), testDb().engine()).contains("TEXT"));
+}
+
 // A version is applied whole or not at all, so a failed upgrade can be run again.
 TEST_F(SchemaUpgrade, FailingVersionLeavesTheDatabaseAsItWas) {
     QList<schema::Table> broken = versionTwo();
