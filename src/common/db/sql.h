@@ -89,6 +89,10 @@ bool isUniqueViolation(const DbError& error);
 // Statements that change the schema make the connection's cached statements stale.
 bool changesSchema(const QString& statement);
 
+// A date-time as either engine returns it: QDateTime from PostgreSQL, ISO text from SQLite.
+// Null stays an invalid QDateTime.
+QDateTime dateTimeValue(const QVariant& value);
+
 // One-shot helpers.
 int execute(const QSqlDatabase& db, const QString& statement,
             std::initializer_list<QVariant> values = {});

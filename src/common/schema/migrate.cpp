@@ -19,7 +19,8 @@ void ensureVersionTable(const QSqlDatabase& db) {
                                    "Fecha TIMESTAMP, Descripcion VARCHAR(200))"));
 }
 
-// Everything that version `v` adds: new tables whole, new columns and indexes of older tables.
+// Everything that version `v` adds: new tables whole, new columns and indexes of older tables,
+// and the new types of older columns.
 QStringList statementsFor(const QList<Table>& tables, int v, db::Engine engine) {
     QStringList out;
     for (const Table& t : tables) {
@@ -37,11 +38,8 @@ QStringList statementsFor(const QList<Table>& tables, int v, db::Engine engine) 
             if (c.since == v)
                 out << QStringLiteral("ALTER TABLE %1 ADD COLUMN %2")
                            .arg(t.name, columnDefinition(c, engine));
-            else if (c.typeSince == v && c.since < v) {
-                const QString retype = retypeStatement(t, c, engine);
-                if (!retype.isEmpty())
-                    out << retype;
-            }
+            else if (c.since < v && c.retypedSince == v)
+                out += retypeStatements(t.name, c, engine);
         }
         for (const Index& i : t.indexes)
             if (i.since == v)

@@ -31,7 +31,7 @@ struct Column {
     QString defaultValue;    // SQL literal, the same on both engines ("0", "''")
     bool defaultNow = false; // the server's local date-time when the insert leaves it out
     int since = 1;           // schema version that added the column
-    int typeSince = 0;       // schema version that gave an older column its present type
+    int retypedSince = 0;    // schema version that changed its type (a wider scale), if any
 };
 
 struct Index {
@@ -70,7 +70,7 @@ Column numeric(const QString& name, int precision, int scale);
 Column dateTime(const QString& name);
 Column identity(const QString& name);
 Column since(Column c, int version);
-// The column took its present type (a longer text) in `version`: older databases are altered.
+// The column's type (its scale) became this one at `version`; older databases are altered.
 Column retyped(Column c, int version);
 Column notNull(Column c);
 Column defaultTo(Column c, const QString& sqlLiteral);
@@ -90,8 +90,8 @@ int currentVersion(const QList<Table>& tables);
 // DDL for one table: CREATE TABLE followed by its CREATE INDEX statements.
 QStringList createStatements(const Table& table, db::Engine engine);
 QString columnDefinition(const Column& column, db::Engine engine);
-// Changing an existing column to its present type: PostgreSQL alters it; SQLite keeps declared
-// lengths for show only, so there is nothing to do there (empty).
-QString retypeStatement(const Table& table, const Column& column, db::Engine engine);
+// What turns an existing column into `column`'s type; nothing on SQLite, whose NUMERIC columns
+// keep whatever scale is written to them.
+QStringList retypeStatements(const QString& table, const Column& column, db::Engine engine);
 
 } // namespace orvo::schema
