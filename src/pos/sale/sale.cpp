@@ -467,10 +467,17 @@ QList<long long> pendingPrints(const QSqlDatabase& db, const QString& serie) {
     return out;
 }
 
-PrintResult printPending(const QList<long long>& numbers,
+PrintResult printPending(const QList<long long>& numbers, long long printerLast,
+                         const std::function<void(long long number)>& markOnly,
                          const std::function<PrintResult(long long number)>& print) {
     PrintResult all;
     for (long long number : numbers) {
+        if (number <= printerLast) {
+            qCWarning(lcSale) << "document" << number
+                              << "was already on the fiscal printer: marked, not printed again";
+            markOnly(number);
+            continue;
+        }
         PrintResult r = print(number);
         if (!r.ok())
             return r;
@@ -480,11 +487,27 @@ PrintResult printPending(const QList<long long>& numbers,
     return all;
 }
 
+long long printerLastDocument(const shell::SessionContext& ctx, SalePrinter* printer,
+                              bool creditNotes, const QList<long long>& pending) {
+    if (pending.isEmpty() || !printer || !printsFiscally(ctx))
+        return 0;
+    const fiscal::PrinterFacts facts = printer->facts();
+    if (!facts.answers)
+        return 0;
+    return creditNotes ? facts.lastCreditNote : facts.lastInvoice;
+}
+
 PrintResult printPendingSales(const QSqlDatabase& db, const shell::SessionContext& ctx,
                               SalePrinter* printer, const PaperPrinter& paper) {
-    return printPending(pendingPrints(db, ctx.serial), [&](long long number) {
-        return printSale(db, ctx, number, false, printer, paper);
-    });
+    const QList<long long> pending = pendingPrints(db, ctx.serial);
+    return printPending(
+        pending, printerLastDocument(ctx, printer, false, pending),
+        [&](long long number) {
+            db::Transaction tx(db);
+            store::markPrinted(db, ctx.serial, number);
+            tx.commit();
+        },
+        [&](long long number) { return printSale(db, ctx, number, false, printer, paper); });
 }
 
 } // namespace orvo::pos::sale
