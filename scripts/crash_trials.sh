@@ -69,7 +69,9 @@ stuck() {
 xvfb_pid=""
 for n in $(seq 140 199); do
   [ -e "/tmp/.X$n-lock" ] || [ -e "/tmp/.X11-unix/X$n" ] && continue
-  Xvfb ":$n" -screen 0 1600x1000x24 -nolisten tcp 2>"$work/xvfb.log" &
+  # -noreset: the server would otherwise restart whenever its last client (the killed program)
+  # goes, and refuse whoever connects meanwhile.
+  Xvfb ":$n" -screen 0 1600x1000x24 -nolisten tcp -noreset 2>"$work/xvfb.log" &
   xvfb_pid=$!
   if wait_for 20 test -e "/tmp/.X11-unix/X$n" && kill -0 "$xvfb_pid" 2>/dev/null; then
     export DISPLAY=:$n
@@ -84,7 +86,22 @@ windows() { xdotool search --onlyvisible --name '.' getwindowname %@ 2>/dev/null
 window_named() { xdotool search --onlyvisible --name "$1" 2>/dev/null | head -n 1; }
 has_window() { [ -n "$(window_named "$1")" ]; }
 no_window() { [ -z "$(window_named "$1")" ]; }
-keys() { xdotool key --delay 40 "$@"; }
+# The program has handled what it was sent: its CPU time stands still for a moment.
+cpu_time() { awk '{print $14 + $15}' "/proc/$orvo_pid/stat" 2>/dev/null; }
+idle() {
+  local end=$((SECONDS + 30)) last now
+  last=$(cpu_time)
+  while [ $SECONDS -lt $end ]; do
+    sleep 0.08
+    now=$(cpu_time)
+    [ "$now" = "$last" ] && return 0
+    last=$now
+  done
+}
+keys() {
+  xdotool key --delay 40 "$@"
+  idle
+}
 typed() { xdotool type --delay 25 "$1"; }
 
 # The demo store, its printer and card terminal, as scripts/run.sh sets them up.
@@ -112,6 +129,7 @@ start() {
   typed 1234
   keys Return
   wait_for 30 no_window "Iniciar sesión" || stuck "el inicio de sesión no terminó"
+  idle
 }
 
 # Ventas > the menu's n-th entry (1 Facturación, 4 Apertura de caja).
@@ -120,6 +138,7 @@ menu_sales() {
   main=$(window_named "Empresa :")
   xdotool windowfocus --sync "$main"
   xdotool mousemove --window "$main" 28 8 click 1
+  idle
   local downs=()
   for _ in $(seq 1 "$1"); do downs+=(Down); done
   keys "${downs[@]}" Return
@@ -149,9 +168,11 @@ sell() {
   keys F10
   wait_for 30 has_window "Pagos de la Factura" || stuck "F10 no abrió los pagos"
   xdotool windowfocus --sync "$(window_named "Pagos de la Factura")"
+  idle
   typed EF
   keys Return
-  keys Return
+  # The Enter that accepts: no waiting after it, the kill may come at once.
+  xdotool key Return
 }
 
 verify() {
@@ -180,6 +201,11 @@ window_ms=$((accept_ms + 50))
 echo "aceptar e imprimir una factura: ${accept_ms} ms; las muertes caen en 0..${window_ms} ms (semilla $seed)"
 verify
 
+counts() {
+  /usr/bin/python3 -c "
+import json; f = json.load(open('$faults'))
+print(len(f['lost']), len(f['duplicated']), len(f['mismatch']), len(f.get('cents', {})))"
+}
 declare -A outcomes=()
 for trial in $(seq 1 "$trials"); do
   read -r before _ _ <<<"$(invoice_state)"
@@ -198,19 +224,22 @@ for trial in $(seq 1 "$trials"); do
   elif [ "$pending" -gt 0 ]; then moment="impresa sin marcar"
   else moment="completa"; fi
   outcomes[$moment]=$((${outcomes[$moment]:-0} + 1))
-  # Started again, the next sale goes out after whatever the killed one left pending.
+  if [ $((trial % 10)) -eq 0 ] && [ "$trial" -lt "$trials" ]; then
+    read -r lost duplicated mismatches _ < <(counts)
+    echo "  $trial/$trials: $lost lost, $duplicated duplicated, $mismatches counter mismatches" >&2
+  fi
+  # Started again; the next sale prints (or marks) first whatever the killed one left pending.
   start
   menu_sales 1
-  sell
-  wait_for 60 invoice_done $((last + 1)) || stuck "la venta después de reiniciar no salió (prueba $trial)"
-  verify
 done
+# The last sale is not killed: everything before it must now be printed and marked.
+read -r last _ _ <<<"$(invoice_state)"
+sell
+wait_for 60 invoice_done $((last + 1)) || stuck "la venta después de reiniciar no salió"
 verify --final
 for moment in "${!outcomes[@]}"; do echo "  muerte $moment: ${outcomes[$moment]}"; done
+read -r lost duplicated mismatches cents < <(counts)
 
-read -r lost duplicated mismatches cents < <(/usr/bin/python3 -c "
-import json; f = json.load(open('$faults'))
-print(len(f['lost']), len(f['duplicated']), len(f['mismatch']), len(f.get('cents', {})))")
 if [ "$cents" -gt 0 ]; then
   echo "  $cents facturas cuyo total impreso difiere del guardado en céntimos (redondeo del IVA)"
 fi
