@@ -55,18 +55,8 @@ bench::Figures closeTheDay(const QSqlDatabase& db) {
     // tickets do not count in the setting up.
     db::execute(db, QStringLiteral("UPDATE PARAMETROS SET UsaImpresoraFiscal = 0"));
     db::execute(db, QStringLiteral("UPDATE INVENTARIO SET Existencia = 100000 WHERE Tipo = 0"));
-    shell::SessionContext ctx;
-    ctx.serial = serie;
-    shell::loadSession(db, ctx);
-    ctx.userCode = QStringLiteral("CAJERO1");
-    QStringList codes;
-    {
-        db::Sql q(db, QStringLiteral("SELECT CodigoBarra FROM INVENTARIO WHERE Tipo = 0 AND "
-                                     "CostoPromedio > 0 ORDER BY CodigoBarra LIMIT ?"));
-        q.bind(kLines * 10).exec();
-        while (q.next())
-            codes << q.text(QStringLiteral("CodigoBarra")).trimmed();
-    }
+    const shell::SessionContext ctx = bench::cashierSession(db, serie);
+    const QStringList codes = bench::costedBarcodes(db, kLines * 10);
     for (int i = 0; i < kInvoices; ++i) {
         sale::SaleDraft draft = sale::newDraft(db, ctx);
         draft.setClient(*sale::findClient(db, QString::fromLatin1(shell::demo::kCashClient)));

@@ -33,19 +33,9 @@ bench::Figure measure(const QSqlDatabase& db) {
                 QStringLiteral("INSERT INTO DIARIOCAJA (Serie, Fecha, Numero, FacturaInicial, "
                                "FacturaFinal, Status, Acumulado) VALUES (?, ?, 1, 0, 0, 0, 0)"),
                 {serie, db::dayStart(db::serverNow(db).date())});
-    shell::SessionContext ctx;
-    ctx.serial = serie;
-    shell::loadSession(db, ctx);
-    ctx.userCode = QStringLiteral("CAJERO1");
+    const shell::SessionContext ctx = bench::cashierSession(db, serie);
 
-    QStringList codes;
-    {
-        db::Sql q(db, QStringLiteral("SELECT CodigoBarra FROM INVENTARIO WHERE Tipo = 0 AND "
-                                     "CostoPromedio > 0 ORDER BY CodigoBarra LIMIT ?"));
-        q.bind(kLines).exec();
-        while (q.next())
-            codes << q.text(QStringLiteral("CodigoBarra")).trimmed();
-    }
+    const QStringList codes = bench::costedBarcodes(db, kLines);
     SaleDraft draft = newDraft(db, ctx);
     draft.setClient(*findClient(db, QString::fromLatin1(shell::demo::kCashClient)));
     draft.setSeller(findSeller(db, QStringLiteral("003")));

@@ -101,4 +101,22 @@ void forEachEngine(const QString& name, const QString& what, const QString& budg
     });
 }
 
+shell::SessionContext cashierSession(const QSqlDatabase& db, const QString& serie) {
+    shell::SessionContext ctx;
+    ctx.serial = serie;
+    shell::loadSession(db, ctx);
+    ctx.userCode = QStringLiteral("CAJERO1");
+    return ctx;
+}
+
+QStringList costedBarcodes(const QSqlDatabase& db, int count) {
+    db::Sql q(db, QStringLiteral("SELECT CodigoBarra FROM INVENTARIO WHERE Tipo = 0 AND "
+                                 "CostoPromedio > 0 ORDER BY CodigoBarra LIMIT ?"));
+    q.bind(count).exec();
+    QStringList codes;
+    while (q.next())
+        codes << q.text(QStringLiteral("CodigoBarra")).trimmed();
+    return codes;
+}
+
 } // namespace orvo::bench

@@ -1,7 +1,10 @@
 #pragma once
 
+#include "shell/session/session_context.h"
+
 #include <QSqlDatabase>
 #include <QString>
+#include <QStringList>
 #include <functional>
 
 namespace orvo::bench {
@@ -24,5 +27,10 @@ void forEachEngine(const QString& name, const QString& what, const QString& budg
 // The same with several figures per run, each printed under its own `what`.
 using Figures = QList<std::pair<QString, Figure>>;
 void forEachEngine(const QString& name, const std::function<Figures(const QSqlDatabase& db)>& body);
+
+// The session of register `serie` as its cashier (CAJERO1) works it.
+shell::SessionContext cashierSession(const QSqlDatabase& db, const QString& serie);
+// The barcodes of the first `count` stocked articles that have a cost, in barcode order.
+QStringList costedBarcodes(const QSqlDatabase& db, int count);
 
 } // namespace orvo::bench
