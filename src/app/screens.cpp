@@ -1,5 +1,6 @@
 #include "app/screens.h"
 
+#include "exchange/export/exchange_screens.h"
 #include "inventory/articles/article_screens.h"
 #include "inventory/purchases/purchase_screens.h"
 #include "inventory/transfers/transfer_screens.h"
@@ -28,6 +29,7 @@ void registerAllScreens() {
     pos::sale::registerSaleScreens();
     pos::cash::registerCashScreens();
     pos::payments::registerPaymentScreens();
+    exchange::registerExchangeScreens();
 }
 
 } // namespace orvo::app

@@ -3,6 +3,7 @@
 #include "common/db/sql.h"
 #include "common/db/transaction.h"
 #include "common/errors/errors.h"
+#include "exchange/export/closing_export.h"
 #include "pos/fiscal/fiscal_printer_thread.h"
 #include "pos/fiscal/register_printer.h"
 #include "pos/payments/payment_rules.h"
@@ -185,10 +186,12 @@ ClosingFigures checkClosing(const QSqlDatabase& db, const QString& serial, const
         throw UserError(QStringLiteral("Existen cheques pendientes por depositar. El cierre de "
                                        "caja no se efectuara ..."),
                         QStringLiteral("Cheques Pendientes por depositar"));
+    // Only an earlier day of another register holds this one back: registers open on the same
+    // day close each in turn.
     if (db::exists(db,
                    QStringLiteral("SELECT Serie FROM DIARIOCAJA WHERE Fecha < ? AND Serie <> ? "
                                   "AND COALESCE(Status, 0) <> 2"),
-                   {db::nextDayStart(day.fecha), serial}))
+                   {db::dayStart(day.fecha), serial}))
         throw UserError(QStringLiteral("Existen cajas pendientes por su cierre\nPor favor "
                                        "asegurarse de realizar el cierre en todas las cajas."),
                         QStringLiteral("Cajas sin cierre"));
@@ -377,7 +380,10 @@ QString authoriseForeignClosing(const QSqlDatabase& db, const QString& user,
     return who.code;
 }
 
-void startExportAfterClosing(const QSqlDatabase&, const QString&, const QDate&) {}
+void startExportAfterClosing(const QSqlDatabase& db, const QString&, const QDate& day) {
+    // The store's package to head office (the exchange area decides what runs and how).
+    exchange::exporting::exportAfterClosing(db, day);
+}
 
 ClosingOutcome closeDayWith(const QSqlDatabase& db, fiscal::FiscalPrinterThread& printer,
                             const ClosingRequest& r) {

@@ -102,6 +102,18 @@ void seedCompany(const QSqlDatabase& db, const DemoBranch& here) {
                              "ExentaDeImpuesto", "PorcentajeDeRedondeo"}));
     for (const DemoBranch& b : kBranches)
         branches.insert({s(b.code), s(b.name), s(b.address), s(b.phone), 1, 0, money(Decimal())});
+
+    // The closing exports the store package and mails it to head office through this account:
+    // scripts/run.sh starts a local mail server and points the account at it.
+    db::execute(db, QStringLiteral("UPDATE PARAMETROS SET ComportamientoExportar = 'Orvo'"));
+    RowWriter(db, QStringLiteral("CUENTAS_MAIL"),
+              cols({"Nombre", "SrvSalida", "PuertoSaliente", "SrvEntrada", "UsrMail", "SrvDominio",
+                    "PswMail", "EMailDest"}))
+        .insert({s(here.name), s("127.0.0.1"), 2525, s(""), s("tienda") + QLatin1String(here.code),
+                 s("orvo-demo.com.ve"), s(""), s("casamatriz@orvo-demo.com.ve")});
+    RowWriter(db, QStringLiteral("MENSAJES"), cols({"Asunto", "Anexo"}))
+        .insert({s("Información de la tienda ") + QLatin1String(here.code),
+                 QLatin1String(here.code) + s(".zip")});
 }
 
 void seedRegister(const QSqlDatabase& db) {
