@@ -9,6 +9,7 @@
 #include "inventory/purchases/purchases.h"
 #include "shell/startup/app_home.h"
 
+#include <QApplication>
 #include <QDateEdit>
 #include <QDesktopServices>
 #include <QDir>
@@ -407,6 +408,11 @@ bool DocumentScreen::offers(Action action) const {
 void DocumentScreen::updateEditability() {
     m_browser->setEnabled(!isEditing());
     m_grid->setEnabled(true);
+    // After a save the field that had the focus is disabled and Qt hands the focus out of the
+    // screen: bring it back to the documents, so that the screen's F-keys keep working.
+    QWidget* focused = QApplication::focusWidget();
+    if (!isEditing() && isVisible() && !(focused && isAncestorOf(focused) && focused->isEnabled()))
+        m_browser->setFocus();
 }
 
 void DocumentScreen::barcodeEntered() {
