@@ -4,6 +4,7 @@
 #include "common/errors/errors.h"
 #include "inventory/purchases/document_screen.h"
 #include "inventory/purchases/reception_store.h"
+#include "inventory/transfers/transfer_screen.h"
 #include "inventory/transfers/transfer_store.h"
 #include "inventory/transfers/transfers.h"
 
@@ -44,13 +45,7 @@ DestinationScreen::DestinationScreen(QSqlDatabase db, QWidget* parent)
     m_current = new QLabel(this);
     m_current->setObjectName(QStringLiteral("lblDestinoActual"));
     form->addRow(QStringLiteral("Destino actual"), m_current);
-    m_branch = new QComboBox(this);
-    m_branch->setObjectName(QStringLiteral("cboSucursal"));
-    const QString here = store::storeCode(m_db);
-    for (const purchases::store::Branch& b : purchases::store::activeBranches(m_db))
-        if (b.code != here)
-            m_branch->addItem(b.code + QStringLiteral(" - ") + b.name, b.code);
-    m_branch->setCurrentIndex(-1);
+    m_branch = branchCombo(this, m_db);
     form->addRow(QStringLiteral("Nuevo destino"), m_branch);
     layout->addLayout(form);
     auto* buttons = new QHBoxLayout;

@@ -6,6 +6,7 @@
 #include "inventory/purchases/order_screen.h"
 #include "inventory/purchases/reception_store.h"
 #include "inventory/transfers/transfer_print.h"
+#include "inventory/transfers/transfer_screen.h"
 #include "inventory/transfers/transfer_store.h"
 #include "inventory/transfers/transfers.h"
 #include "shell/startup/app_home.h"
@@ -47,13 +48,7 @@ GenerateScreen::GenerateScreen(QSqlDatabase db, QString userCode, QWidget* paren
     auto* form = new QFormLayout;
     m_supplier = purchases::supplierCombo(this, m_db);
     form->addRow(QStringLiteral("Proveedor"), m_supplier);
-    m_branch = new QComboBox(this);
-    m_branch->setObjectName(QStringLiteral("cboSucursal"));
-    const QString here = store::storeCode(m_db);
-    for (const purchases::store::Branch& b : purchases::store::activeBranches(m_db))
-        if (b.code != here)
-            m_branch->addItem(b.code + QStringLiteral(" - ") + b.name, b.code);
-    m_branch->setCurrentIndex(-1);
+    m_branch = branchCombo(this, m_db);
     form->addRow(QStringLiteral("Sucursal"), m_branch);
     auto* folderRow = new QHBoxLayout;
     m_folder = new QLineEdit(this);

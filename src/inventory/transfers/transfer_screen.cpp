@@ -44,6 +44,17 @@ long long lastBox(const QList<DocumentLine>& lines) {
 
 } // namespace
 
+QComboBox* branchCombo(QWidget* parent, const QSqlDatabase& db) {
+    auto* combo = new QComboBox(parent);
+    combo->setObjectName(QStringLiteral("cboSucursal"));
+    const QString here = store::storeCode(db);
+    for (const purchases::store::Branch& b : purchases::store::activeBranches(db))
+        if (b.code != here)
+            combo->addItem(b.code + QStringLiteral(" - ") + b.name, b.code);
+    combo->setCurrentIndex(-1);
+    return combo;
+}
+
 TransferScreen::TransferScreen(Kind kind, QSqlDatabase db, QString userCode, QWidget* parent)
     : DocumentScreen(std::move(db), std::move(userCode),
                      kind == Kind::Transfer ? kTransferScreen : kReturnScreen,
@@ -62,13 +73,7 @@ TransferScreen::TransferScreen(Kind kind, QSqlDatabase db, QString userCode, QWi
     m_number->setReadOnly(true);
     markKey(m_number);
     header()->addRow(QStringLiteral("Número"), m_number);
-    m_branch = new QComboBox(this);
-    m_branch->setObjectName(QStringLiteral("cboSucursal"));
-    const QString here = store::storeCode(m_db);
-    for (const purchases::store::Branch& b : purchases::store::activeBranches(m_db))
-        if (b.code != here)
-            m_branch->addItem(b.code + QStringLiteral(" - ") + b.name, b.code);
-    m_branch->setCurrentIndex(-1);
+    m_branch = branchCombo(this, m_db);
     markRequired(m_branch, QStringLiteral("la sucursal"));
     header()->addRow(transfer ? QStringLiteral("Recibe") : QStringLiteral("Tienda que devuelve"),
                      m_branch);

@@ -8,6 +8,9 @@ class QMenu;
 
 namespace orvo::inventory::transfers {
 
+// The active branches other than this store ("02 - TIENDA VALENCIA"), none chosen: cboSucursal.
+QComboBox* branchCombo(QWidget* parent, const QSqlDatabase& db);
+
 // frmTransferencias and frmDevTransferencias: a transfer to another branch, or the goods another
 // branch gives back, keyed box by box (txtCaja, then barcode and quantity) or loaded from another
 // document. Guardar asks whether to approve: a transfer then takes the goods out of stock at

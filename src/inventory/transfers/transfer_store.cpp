@@ -90,38 +90,23 @@ void insertHeader(const QSqlDatabase& db, const Transfer& t) {
 
 bool updateHeader(const QSqlDatabase& db, const Transfer& t) {
     db::requireTransaction(db);
-    if (t.kind == Kind::Transfer) {
-        db::Sql up(db, QStringLiteral("UPDATE TRANSFERENCIAS SET Fecha = ?, FechaEmision = ?, "
-                                      "CodigoRecibe = ?, DocumentoOrigen = ?, Observacion = ?, "
-                                      "TotalValor = ?, IDLote = ?, IDDespacho = ?, Usuario = ? "
-                                      "WHERE Numero = ? AND Status = 0"));
-        up.bind(t.date)
-            .bind(t.issueDate)
-            .bind(t.receiver)
-            .bind(t.origin)
-            .bind(t.note)
-            .bind(t.totalValue, kMoney)
-            .bind(t.lotId)
-            .bind(t.dispatchId)
-            .bind(t.user)
-            .bind(t.number)
-            .exec();
-        return up.rowsAffected() > 0;
-    }
-    db::Sql up(db, QStringLiteral("UPDATE DEVTRANSFERENCIAS SET Fecha = ?, FechaEmision = ?, "
-                                  "CodigoRecibe = ?, DocumentoOrigen = ?, Observacion = ?, "
-                                  "TotalValor = ?, IDLote = ?, Usuario = ? WHERE Numero = ? AND "
-                                  "Status = 0"));
+    const bool transfer = t.kind == Kind::Transfer;
+    db::Sql up(db, QStringLiteral("UPDATE ") + issued(t.kind).header +
+                       QStringLiteral(" SET Fecha = ?, FechaEmision = ?, CodigoRecibe = ?, "
+                                      "DocumentoOrigen = ?, Observacion = ?, TotalValor = ?, "
+                                      "IDLote = ?, ") +
+                       (transfer ? QStringLiteral("IDDespacho = ?, ") : QString()) +
+                       QStringLiteral("Usuario = ? WHERE Numero = ? AND Status = 0"));
     up.bind(t.date)
         .bind(t.issueDate)
         .bind(t.receiver)
         .bind(t.origin)
         .bind(t.note)
         .bind(t.totalValue, kMoney)
-        .bind(t.lotId)
-        .bind(t.user)
-        .bind(t.number)
-        .exec();
+        .bind(t.lotId);
+    if (transfer)
+        up.bind(t.dispatchId);
+    up.bind(t.user).bind(t.number).exec();
     return up.rowsAffected() > 0;
 }
 

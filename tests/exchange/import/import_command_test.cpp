@@ -3,14 +3,13 @@
 #include "common/db/connection.h"
 #include "common/db/sql.h"
 #include "common/decimal/decimal.h"
+#include "exchange/orvo_command.h"
 #include "inventory/transfers/transfer_package.h"
 #include "inventory/transfers/transfers.h"
 #include "support/test_db.h"
 
 #include <QDir>
 #include <QFile>
-#include <QProcess>
-#include <QProcessEnvironment>
 #include <QScopeGuard>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
@@ -20,25 +19,8 @@ using namespace orvo::inventory::transfers;
 
 namespace {
 
-struct CommandRun {
-    int exitCode = -1;
-    QString out;
-    QString err;
-};
-
-CommandRun runOrvo(const QString& home, const QStringList& args) {
-    QProcess p;
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert(QStringLiteral("ORVO_HOME"), home);
-    env.insert(QStringLiteral("HOME"), home);
-    env.insert(QStringLiteral("XDG_CONFIG_HOME"), home + QStringLiteral("/config"));
-    p.setProcessEnvironment(env);
-    p.start(QStringLiteral(ORVO_BINARY), args);
-    if (!p.waitForFinished(120000))
-        return {};
-    return {p.exitCode(), QString::fromUtf8(p.readAllStandardOutput()),
-            QString::fromUtf8(p.readAllStandardError())};
-}
+using test::CommandRun;
+using test::runOrvo;
 
 // Two shirts of the demo catalogue, at 580 in both stores.
 const QString kPink = QStringLiteral("7591234000858");
