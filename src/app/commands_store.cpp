@@ -209,8 +209,8 @@ int dbInit(const QStringList& args) {
             const QString branch = company.codigo.isEmpty() ? QStringLiteral("01") : company.codigo;
             shell::demo::seedDemoStore(db, branch);
             created = true;
-            out() << "Tienda de demostración " << branch
-                  << " creada: usuarios ADMIN y CAJERO1, clave 1234." << Qt::endl;
+            out() << "Tienda de demostración creada (sucursal " << branch
+                  << "): usuarios ADMIN y CAJERO1, clave 1234." << Qt::endl;
         }
         bindToDemoRegister(db, created);
     } else {
