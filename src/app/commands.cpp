@@ -7,6 +7,8 @@
 #include "common/errors/errors.h"
 #include "common/schema/migrate.h"
 #include "exchange/export/export_commands.h"
+#include "exchange/import/import_loaders.h"
+#include "inventory/transfers/transfer_import.h"
 #include "pos/card/terminal_settings.h"
 #include "pos/fiscal/company_rif.h"
 #include "pos/fiscal/port_finder.h"
@@ -19,6 +21,7 @@
 #include "tools/fiscal_emulator/wire_server.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFile>
 #include <QSqlDatabase>
 #include <QStringList>
@@ -127,6 +130,29 @@ int cardTerminal(const QStringList& args) {
     return 0;
 }
 
+// What `orvo import` loads, one line per area that receives files from head office.
+void registerImportLoaders() {
+    inventory::transfers::registerTransferLoader();
+}
+
+// Loads what lies in Recibe (or the folder given), each kind in its order, with the screens' code.
+int importCommand(const QStringList& args) {
+    if (args.size() > 1) {
+        err() << "uso: orvo import [CARPETA]" << Qt::endl;
+        return 2;
+    }
+    QSqlDatabase db = openConfiguredStore(false);
+    const QString folder = args.isEmpty() ? shell::appHome() + QStringLiteral("/Recibe")
+                                          : QDir(args.first()).absolutePath();
+    registerImportLoaders();
+    const auto lines = exchange::import::loadAll(db, folder, printProgress);
+    if (lines.isEmpty())
+        out() << "No hay archivos pendientes por cargar en " << folder << "." << Qt::endl;
+    for (const auto& l : lines)
+        out() << l.loader << ": " << l.text << Qt::endl;
+    return 0;
+}
+
 const QList<Command>& commands() {
     static const QList<Command> list = {
         {QStringLiteral("db"),
@@ -188,6 +214,10 @@ const QList<Command>& commands() {
          [](const QStringList& args) {
              return exchange::mailAccountCommand(openConfiguredStore(false), args, out(), err());
          }},
+        {QStringLiteral("import"), QStringLiteral("import [CARPETA]"),
+         QStringLiteral("carga lo recibido en Recibe (o en CARPETA): las transferencias y las "
+                        "devoluciones de transferencias de otras tiendas"),
+         importCommand},
     };
     return list;
 }
