@@ -3,6 +3,7 @@
 #include "common/dialogs/dialogs.h"
 
 #include <QAction>
+#include <QKeySequence>
 #include <QMdiSubWindow>
 
 namespace orvo::shell {
@@ -37,6 +38,25 @@ QString toolTipOf(Action action) {
         return QStringLiteral("Salir");
     }
     return {};
+}
+
+// Keyboard first: the toolbar's usual actions have keys of their own (Escape cancels by closing
+// the screen, which asks first). Control keys, because the screens use the function keys.
+QKeySequence shortcutOf(Action action) {
+    switch (action) {
+    case Action::New:
+        return QKeySequence(Qt::CTRL | Qt::Key_N);
+    case Action::Modify:
+        return QKeySequence(Qt::CTRL | Qt::Key_M);
+    case Action::Search:
+        return QKeySequence(Qt::CTRL | Qt::Key_B);
+    case Action::Print:
+        return QKeySequence(Qt::CTRL | Qt::Key_P);
+    case Action::Save:
+        return QKeySequence(Qt::CTRL | Qt::Key_G);
+    default:
+        return {};
+    }
 }
 
 RecordScreen* recordScreenOf(QWidget* w) {
@@ -79,7 +99,11 @@ RecordToolbar::RecordToolbar(QWidget* parent) : QToolBar(parent) {
             addSeparator();
         QAction* act = addAction(key);
         act->setObjectName(key);
-        act->setToolTip(toolTipOf(a));
+        const QKeySequence keys = shortcutOf(a);
+        act->setShortcut(keys);
+        act->setToolTip(keys.isEmpty() ? toolTipOf(a)
+                                       : toolTipOf(a) + QStringLiteral(" (") +
+                                             keys.toString(QKeySequence::NativeText) + u')');
         if (QWidget* button = widgetForAction(act))
             button->setObjectName(QStringLiteral("cmd") + key);
         connect(act, &QAction::triggered, this, [this, a] { trigger(a); });
