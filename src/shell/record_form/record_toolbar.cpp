@@ -40,23 +40,30 @@ QString toolTipOf(Action action) {
     return {};
 }
 
-// Keyboard first: the toolbar's usual actions have keys of their own (Escape cancels by closing
-// the screen, which asks first). Control keys, because the screens use the function keys.
+// The keys a clerk uses instead of the mouse. Ctrl with a letter only: the till screens keep their
+// F-keys, and a line edit keeps Ctrl+A, Ctrl+K, Ctrl+Z and the clipboard keys.
 QKeySequence shortcutOf(Action action) {
     switch (action) {
     case Action::New:
         return QKeySequence(Qt::CTRL | Qt::Key_N);
     case Action::Modify:
         return QKeySequence(Qt::CTRL | Qt::Key_M);
+    case Action::Delete:
+        return QKeySequence(Qt::CTRL | Qt::Key_E);
     case Action::Search:
         return QKeySequence(Qt::CTRL | Qt::Key_B);
     case Action::Print:
         return QKeySequence(Qt::CTRL | Qt::Key_P);
+    case Action::Cancel:
+        return QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_C);
     case Action::Save:
         return QKeySequence(Qt::CTRL | Qt::Key_G);
-    default:
-        return {};
+    case Action::Approve:
+        return QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_A);
+    case Action::Exit:
+        return {}; // Escape and Ctrl+F4 close the screen
     }
+    return {};
 }
 
 RecordScreen* recordScreenOf(QWidget* w) {
@@ -101,9 +108,10 @@ RecordToolbar::RecordToolbar(QWidget* parent) : QToolBar(parent) {
         act->setObjectName(key);
         const QKeySequence keys = shortcutOf(a);
         act->setShortcut(keys);
-        act->setToolTip(keys.isEmpty() ? toolTipOf(a)
-                                       : toolTipOf(a) + QStringLiteral(" (") +
-                                             keys.toString(QKeySequence::NativeText) + u')');
+        act->setToolTip(keys.isEmpty()
+                            ? toolTipOf(a)
+                            : toolTipOf(a) + QStringLiteral(" (") +
+                                  keys.toString(QKeySequence::NativeText) + QLatin1Char(')'));
         if (QWidget* button = widgetForAction(act))
             button->setObjectName(QStringLiteral("cmd") + key);
         connect(act, &QAction::triggered, this, [this, a] { trigger(a); });
