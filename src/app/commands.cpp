@@ -40,7 +40,8 @@ struct Command {
 };
 
 // Identity of the register's printer, from the store: this workstation's register serial, the
-// company's RIF (letters and digits only, as the printer keeps it) and the invoice header lines.
+// company's RIF (letters and digits only, as the printer keeps it) and the invoice header lines
+// (ENCFISCAL, or the company's name).
 void takeRegisterIdentity(tools::fiscal::EmulatorOptions& options) {
     QSqlDatabase db = openConfiguredStore(false);
     const QString serie = shell::settings::read(QStringLiteral("Serie")).trimmed();
@@ -58,8 +59,9 @@ void takeRegisterIdentity(tools::fiscal::EmulatorOptions& options) {
     q.exec();
     while (q.next())
         options.header << q.text(QStringLiteral("Descripcion"));
+    // The printer prints the RIF of its fiscal memory itself, under the header.
     if (options.header.isEmpty())
-        options.header << ctx.nombre << ctx.nombreIdFiscal + u' ' + ctx.idEmpresa;
+        options.header << ctx.nombre;
 }
 
 // The software fiscal printer on a pseudo-terminal: prints its device path, then serves it.

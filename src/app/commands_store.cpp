@@ -33,6 +33,12 @@ QTextStream& err() {
 }
 
 void printProgress(int percent, const QString& label) {
+    // A log or a pipe gets each step once, finished; a terminal sees it move.
+    if (!isatty(STDOUT_FILENO)) {
+        if (percent >= 100)
+            out() << label << Qt::endl;
+        return;
+    }
     out() << QStringLiteral("\r[%1%] %2").arg(percent, 3).arg(label) << Qt::flush;
     if (percent >= 100)
         out() << Qt::endl;
