@@ -1,8 +1,10 @@
 #include "app/screens.h"
 
 #include "exchange/export/exchange_screens.h"
+#include "inventory/adjustments/adjustment_screens.h"
 #include "inventory/articles/article_screens.h"
 #include "inventory/purchases/purchase_screens.h"
+#include "inventory/stock/stock_screens.h"
 #include "pos/cash/cash_screens.h"
 #include "pos/fiscal/counter_correction_screen.h"
 #include "pos/payments/payment_ways_screen.h"
@@ -19,6 +21,8 @@ void registerAllScreens() {
     // One line per area: each area's register function adds its screens.
     inventory::registerArticleScreens();
     inventory::purchases::registerPurchaseScreens();
+    inventory::stock::registerStockScreens();
+    inventory::adjustments::registerAdjustmentScreens();
     shell::registerRecordScreens(
         {[] { return shell::mainDb(); }, [] { return shell::session().userCode; }});
     pos::registers::registerScreens();

@@ -220,9 +220,11 @@ void DocumentScreen::finish(QBoxLayout* extraButtons) {
 
     m_grid = new QTableWidget(0, 6, this);
     m_grid->setObjectName(m_linesName);
-    m_grid->setHorizontalHeaderLabels({QStringLiteral("Código"), QStringLiteral("Descripción"),
-                                       QStringLiteral("Cantidad"), QStringLiteral("Precio"),
-                                       QStringLiteral("% Imp."), QStringLiteral("Total")});
+    m_grid->setHorizontalHeaderLabels(
+        {QStringLiteral("Código"), QStringLiteral("Descripción"), QStringLiteral("Cantidad"),
+         m_atCost ? QStringLiteral("Costo") : QStringLiteral("Precio"), QStringLiteral("% Imp."),
+         QStringLiteral("Total")});
+    m_grid->setColumnHidden(4, m_atCost);
     m_grid->setEditTriggers(QAbstractItemView::NoEditTriggers);
     m_grid->setSelectionBehavior(QAbstractItemView::SelectRows);
     m_grid->setSelectionMode(QAbstractItemView::SingleSelection);
@@ -233,8 +235,14 @@ void DocumentScreen::finish(QBoxLayout* extraButtons) {
 
     auto* bottom = new QHBoxLayout;
     auto label = [&](const char* name, const QString& caption) {
-        bottom->addWidget(new QLabel(caption, this));
+        auto* shownCaption = new QLabel(caption, this);
+        bottom->addWidget(shownCaption);
         auto* l = new QLabel(this);
+        // Valued at cost there is no discount or tax to show.
+        if (m_atCost && qstrcmp(name, "lblTotal") != 0) {
+            shownCaption->hide();
+            l->hide();
+        }
         l->setObjectName(QString::fromLatin1(name));
         l->setMinimumWidth(90);
         l->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
@@ -397,7 +405,7 @@ void DocumentScreen::refreshLines() {
         m_grid->setItem(r, 0, cell(l.barcode));
         m_grid->setItem(r, 1, cell(l.name));
         m_grid->setItem(r, 2, cell(shown(l.quantity), true));
-        m_grid->setItem(r, 3, cell(shown(l.price, 6), true));
+        m_grid->setItem(r, 3, cell(shown(l.price, m_atCost ? 2 : 6), true));
         m_grid->setItem(r, 4, cell(shown(l.taxPercent), true));
         m_grid->setItem(r, 5, cell(shown((l.quantity * l.price).rounded(2)), true));
     }

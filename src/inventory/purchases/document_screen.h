@@ -54,6 +54,9 @@ protected:
     // A button kept out of the Enter chain; `key` (an F-key) presses it from anywhere on the
     // screen and is shown in its caption.
     QPushButton* button(const QString& name, const QString& text, int key = 0);
+    // Lines valued at cost, without tax or discount (adjustments): the price column is the unit
+    // cost and only the total is shown. Called before finish().
+    void valueLinesAtCost() { m_atCost = true; }
     // Adds the keying row, the lines and the totals; installs the keyboard behaviour.
     void finish(QBoxLayout* extraButtons = nullptr);
 
@@ -116,6 +119,7 @@ private:
 
     QString m_linesName;
     bool m_withPrice;
+    bool m_atCost = false;
     QList<DocumentSummary> m_documents;
     QList<DocumentLine> m_lines;
     int m_current = -1;
