@@ -3,6 +3,7 @@
 #include "exchange/export/exchange_screens.h"
 #include "inventory/adjustments/adjustment_screens.h"
 #include "inventory/articles/article_screens.h"
+#include "inventory/counts/count_screens.h"
 #include "inventory/purchases/purchase_screens.h"
 #include "inventory/stock/stock_screens.h"
 #include "pos/cash/cash_screens.h"
@@ -23,6 +24,7 @@ void registerAllScreens() {
     inventory::purchases::registerPurchaseScreens();
     inventory::stock::registerStockScreens();
     inventory::adjustments::registerAdjustmentScreens();
+    inventory::counts::registerCountScreens();
     shell::registerRecordScreens(
         {[] { return shell::mainDb(); }, [] { return shell::session().userCode; }});
     pos::registers::registerScreens();
