@@ -497,14 +497,10 @@ void activateStockedArticles(const QSqlDatabase& db) {
                                    "OR Existencia > 0) AND Status <> 3"));
 }
 
-QList<Difference> partialDifferences(const QSqlDatabase& db) {
-    db::Sql q(db, QStringLiteral("SELECT M.CodigoBarra, MAX(I.Nombre) AS Nombre, "
-                                 "MAX(COALESCE(I.Existencia, 0)) AS Libro, ROUND(SUM(M.Cantidad), "
-                                 "3) AS Contado, MAX(COALESCE(I.CostoPromedio, 0)) AS Costo FROM "
-                                 "MOVTOMAFISICA1 M INNER JOIN INVENTARIO I ON I.CodigoBarra = "
-                                 "M.CodigoBarra WHERE I.Status <> 3 GROUP BY M.CodigoBarra HAVING "
-                                 "ROUND(SUM(M.Cantidad) - MAX(COALESCE(I.Existencia, 0)), 3) <> 0 "
-                                 "ORDER BY M.CodigoBarra"));
+namespace {
+
+QList<Difference> differences(const QSqlDatabase& db, const QString& sql) {
+    db::Sql q(db, sql);
     q.exec();
     QList<Difference> out;
     while (q.next())
@@ -512,6 +508,32 @@ QList<Difference> partialDifferences(const QSqlDatabase& db) {
                     q.decimal(QStringLiteral("Libro")), q.decimal(QStringLiteral("Contado")),
                     q.decimal(QStringLiteral("Costo"))});
     return out;
+}
+
+} // namespace
+
+QList<Difference> partialDifferences(const QSqlDatabase& db) {
+    return differences(
+        db, QStringLiteral("SELECT M.CodigoBarra, MAX(I.Nombre) AS Nombre, "
+                           "MAX(COALESCE(I.Existencia, 0)) AS Libro, ROUND(SUM(M.Cantidad), "
+                           "3) AS Contado, MAX(COALESCE(I.CostoPromedio, 0)) AS Costo FROM "
+                           "MOVTOMAFISICA1 M INNER JOIN INVENTARIO I ON I.CodigoBarra = "
+                           "M.CodigoBarra WHERE I.Status <> 3 GROUP BY M.CodigoBarra HAVING "
+                           "ROUND(SUM(M.Cantidad) - MAX(COALESCE(I.Existencia, 0)), 3) <> 0 "
+                           "ORDER BY M.CodigoBarra"));
+}
+
+QList<Difference> physicalDifferences(const QSqlDatabase& db) {
+    // Services carry no stock and are never counted.
+    return differences(
+        db, QStringLiteral("SELECT I.CodigoBarra, MAX(I.Nombre) AS Nombre, "
+                           "MAX(COALESCE(I.Existencia, 0)) AS Libro, "
+                           "ROUND(COALESCE(SUM(M.Cantidad3), 0), 3) AS Contado, "
+                           "MAX(COALESCE(I.CostoPromedio, 0)) AS Costo FROM INVENTARIO I LEFT "
+                           "JOIN MOVTOMAFISICA3 M ON M.CodigoBarra = I.CodigoBarra WHERE I.Status "
+                           "<> 3 AND COALESCE(I.Tipo, 0) <> 1 GROUP BY I.CodigoBarra HAVING "
+                           "ROUND(COALESCE(SUM(M.Cantidad3), 0) - MAX(COALESCE(I.Existencia, "
+                           "0)), 3) <> 0 ORDER BY I.CodigoBarra"));
 }
 
 void deleteFirstCount(const QSqlDatabase& db) {

@@ -92,6 +92,9 @@ struct Difference {
     Decimal cost;
 };
 QList<Difference> partialDifferences(const QSqlDatabase& db);
+// What the store-wide adjustment would change: every article (but Status 3) whose count 3 differs
+// from its book stock, an article not counted at 0.
+QList<Difference> physicalDifferences(const QSqlDatabase& db);
 void deleteFirstCount(const QSqlDatabase& db);
 
 } // namespace orvo::inventory::counts::store

@@ -194,6 +194,10 @@ void checkPartialAdjustment(const QSqlDatabase& db) {
         throw UserError(QStringLiteral("No existen paginas de conteo 1...!"));
 }
 
+QList<store::Difference> physicalDifferences(const QSqlDatabase& db) {
+    return store::physicalDifferences(db);
+}
+
 QList<store::Difference> partialDifferences(const QSqlDatabase& db) {
     return store::partialDifferences(db);
 }

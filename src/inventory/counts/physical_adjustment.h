@@ -62,6 +62,9 @@ private:
 PhysicalAdjustmentResult adjustNow(const QSqlDatabase& db, const PhysicalAdjustmentOptions& options,
                                    const std::function<void(int, const QString&)>& progress = {});
 
+// What the store-wide adjustment would change, for the screen to show before it runs.
+QList<store::Difference> physicalDifferences(const QSqlDatabase& db);
+
 // --- Partial count ---
 // Refused with count-1 pages open, with count-2 pages, without pages, or when the
 // physical-logical adjustment was already made today.
