@@ -195,6 +195,9 @@ void checkPartialAdjustment(const QSqlDatabase& db) {
 }
 
 QList<store::Difference> physicalDifferences(const QSqlDatabase& db) {
+    // Without a count in progress there is nothing to compare: not every article at 0.
+    if (!store::anyFinalPage(db))
+        return {};
     return store::physicalDifferences(db);
 }
 
