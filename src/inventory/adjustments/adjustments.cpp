@@ -51,8 +51,7 @@ QList<AdjustmentType> adjustmentTypes(const QSqlDatabase& db) {
     return store::activeTypes(db);
 }
 
-AdjustmentLine adjustmentLine(const QSqlDatabase& db, const QString& barcode,
-                              const Decimal& quantity) {
+Article stockArticle(const QSqlDatabase& db, const QString& barcode) {
     const QString code = barcode.trimmed();
     if (code.isEmpty())
         throw UserError(QStringLiteral("Debe ingresar el código del artículo...!"));
@@ -63,9 +62,15 @@ AdjustmentLine adjustmentLine(const QSqlDatabase& db, const QString& barcode,
     if (article->type == 1)
         throw UserError(QStringLiteral("El artículo ") + code +
                         QStringLiteral(" es un servicio y no lleva existencia...!"));
+    return *article;
+}
+
+AdjustmentLine adjustmentLine(const QSqlDatabase& db, const QString& barcode,
+                              const Decimal& quantity) {
+    const Article article = stockArticle(db, barcode);
     if (quantity <= Decimal())
         throw UserError(QStringLiteral("La cantidad debe ser mayor a cero...!"));
-    return {article->barcode, article->name, quantity, article->averageCost, Decimal()};
+    return {article.barcode, article.name, quantity, article.averageCost, Decimal()};
 }
 
 void checkAdjustment(const Adjustment& a) {

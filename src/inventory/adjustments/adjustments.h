@@ -1,6 +1,7 @@
 #pragma once
 
 #include "inventory/adjustments/adjustment_types.h"
+#include "inventory/articles/article_types.h"
 #include "inventory/purchases/line_sources.h"
 #include "inventory/purchases/purchase_print.h"
 
@@ -14,6 +15,9 @@ namespace orvo::inventory::adjustments {
 inline const QString kAdjustmentScreen = QStringLiteral("frmAjustes");
 
 QList<AdjustmentType> adjustmentTypes(const QSqlDatabase& db);
+
+// An article that carries stock, by its barcode: unknown barcodes and services are refused.
+Article stockArticle(const QSqlDatabase& db, const QString& barcode);
 
 // An article keyed on an adjustment, valued at its average cost. Unknown barcodes, services and
 // quantities of zero or less are refused.

@@ -2,6 +2,7 @@
 
 #include "common/dialogs/dialogs.h"
 #include "common/errors/errors.h"
+#include "inventory/adjustments/adjustments.h"
 #include "inventory/counts/counts.h"
 #include "inventory/purchases/document_screen.h"
 #include "inventory/purchases/purchase_rules.h"
@@ -27,26 +28,6 @@
 namespace orvo::inventory::counts {
 
 namespace {
-
-QTableWidget* table(QWidget* parent, const QString& name, const QStringList& headers, int stretch) {
-    auto* t = new QTableWidget(0, int(headers.size()), parent);
-    t->setObjectName(name);
-    t->setHorizontalHeaderLabels(headers);
-    t->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    t->setSelectionBehavior(QAbstractItemView::SelectRows);
-    t->setSelectionMode(QAbstractItemView::SingleSelection);
-    t->verticalHeader()->hide();
-    t->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
-    t->horizontalHeader()->setSectionResizeMode(stretch, QHeaderView::Stretch);
-    return t;
-}
-
-QTableWidgetItem* cell(const QString& text, bool right = false) {
-    auto* item = new QTableWidgetItem(text);
-    if (right)
-        item->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    return item;
-}
 
 QString units(const Decimal& d) {
     return d.toLocaleString(QLocale(), 2);
@@ -96,11 +77,11 @@ FinalCountScreen::FinalCountScreen(QSqlDatabase db, QWidget* parent)
     setObjectName(kFinalCountScreen);
     setWindowTitle(QStringLiteral("Toma física - Conteo 3"));
     auto* layout = new QVBoxLayout(this);
-    m_browser =
-        table(this, QStringLiteral("grdPaginas"),
-              {QStringLiteral("Página"), QStringLiteral("Conteo 1"), QStringLiteral("Conteo 2"),
-               QStringLiteral("Conteo 3"), QStringLiteral("Diferencias")},
-              4);
+    m_browser = purchases::listTable(this, QStringLiteral("grdPaginas"),
+                                     {QStringLiteral("Página"), QStringLiteral("Conteo 1"),
+                                      QStringLiteral("Conteo 2"), QStringLiteral("Conteo 3"),
+                                      QStringLiteral("Diferencias")},
+                                     4);
     m_browser->installEventFilter(this);
     connect(m_browser, &QTableWidget::currentCellChanged, this, [this](int row) {
         if (row >= 0 && row < m_pages.size())
@@ -131,11 +112,11 @@ FinalCountScreen::FinalCountScreen(QSqlDatabase db, QWidget* parent)
     keying->addWidget(m_quantity);
     keying->addWidget(m_article, 3);
     layout->addLayout(keying);
-    m_grid =
-        table(this, QStringLiteral("SpreadToma"),
-              {QStringLiteral("Código"), QStringLiteral("Descripción"), QStringLiteral("Conteo 1"),
-               QStringLiteral("Conteo 2"), QStringLiteral("Conteo 3")},
-              1);
+    m_grid = purchases::listTable(this, QStringLiteral("SpreadToma"),
+                                  {QStringLiteral("Código"), QStringLiteral("Descripción"),
+                                   QStringLiteral("Conteo 1"), QStringLiteral("Conteo 2"),
+                                   QStringLiteral("Conteo 3")},
+                                  1);
     layout->addWidget(m_grid, 2);
     auto* buttons = new QHBoxLayout;
     buttons->addStretch();
@@ -152,6 +133,8 @@ FinalCountScreen::FinalCountScreen(QSqlDatabase db, QWidget* parent)
            [this] { closeScreen(this); });
     layout->addLayout(buttons);
     guarded(this, [&] { refresh(); });
+    // The F-keys act where the focus is: the pages, ready for F3.
+    m_browser->setFocus();
 }
 
 int FinalCountScreen::currentPage() const {
@@ -167,12 +150,13 @@ void FinalCountScreen::refresh() {
     int row = m_pages.isEmpty() ? -1 : 0;
     for (int r = 0; r < m_pages.size(); ++r) {
         const PageProgress& p = m_pages[r];
-        m_browser->setItem(r, 0, cell(QString::number(p.number), true));
-        m_browser->setItem(r, 1, cell(passState(p.first)));
-        m_browser->setItem(r, 2, cell(passState(p.second)));
-        m_browser->setItem(r, 3, cell(finalState(p.final)));
-        m_browser->setItem(r, 4,
-                           cell(p.final < 0 ? QString() : QString::number(p.differences), true));
+        m_browser->setItem(r, 0, purchases::listCell(QString::number(p.number), true));
+        m_browser->setItem(r, 1, purchases::listCell(passState(p.first)));
+        m_browser->setItem(r, 2, purchases::listCell(passState(p.second)));
+        m_browser->setItem(r, 3, purchases::listCell(finalState(p.final)));
+        m_browser->setItem(
+            r, 4,
+            purchases::listCell(p.final < 0 ? QString() : QString::number(p.differences), true));
         if (p.number == keep)
             row = r;
     }
@@ -193,6 +177,7 @@ void FinalCountScreen::showPage() {
     m_grid->setRowCount(0);
     m_keyed.clear();
     m_article->clear();
+    m_code->clear();
     m_quantity->clear();
     if (!m_final) {
         m_state->setText(page > 0 ? QStringLiteral("Página ") + QString::number(page) +
@@ -209,11 +194,11 @@ void FinalCountScreen::showPage() {
     m_grid->setRowCount(int(m_final->lines.size()));
     for (int r = 0; r < m_final->lines.size(); ++r) {
         const FinalLine& l = m_final->lines[r];
-        m_grid->setItem(r, 0, cell(l.barcode));
-        m_grid->setItem(r, 1, cell(l.name));
-        m_grid->setItem(r, 2, cell(units(l.first), true));
-        m_grid->setItem(r, 3, cell(units(l.second), true));
-        m_grid->setItem(r, 4, cell(units(l.final), true));
+        m_grid->setItem(r, 0, purchases::listCell(l.barcode));
+        m_grid->setItem(r, 1, purchases::listCell(l.name));
+        m_grid->setItem(r, 2, purchases::listCell(units(l.first), true));
+        m_grid->setItem(r, 3, purchases::listCell(units(l.second), true));
+        m_grid->setItem(r, 4, purchases::listCell(units(l.final), true));
         if (l.differs())
             for (int c = 0; c < 5; ++c)
                 m_grid->item(r, c)->setBackground(QColor(255, 236, 200));
@@ -243,6 +228,12 @@ void FinalCountScreen::keyCode(const QString& text) {
     const QString code = text.trimmed();
     if (code.isEmpty())
         return;
+    try {
+        adjustments::stockArticle(m_db, code);
+    } catch (const UserError&) {
+        m_code->selectAll();
+        throw;
+    }
     for (int r = 0; r < m_final->lines.size(); ++r)
         if (m_final->lines[r].barcode == code) {
             m_grid->selectRow(r);
@@ -301,6 +292,11 @@ bool FinalCountScreen::eventFilter(QObject* watched, QEvent* event) {
             guarded(this, [&] { keyQuantity(m_quantity->text()); });
             return true;
         }
+        // The page's keys from the keying fields too.
+        if (key->key() == Qt::Key_F12 && (watched == m_code || watched == m_quantity)) {
+            guarded(this, [&] { approve(); });
+            return true;
+        }
         if (enter && watched == m_browser && m_code->isEnabled()) {
             m_code->setFocus();
             return true;
@@ -317,11 +313,12 @@ BatchApprovalScreen::BatchApprovalScreen(QSqlDatabase db, QWidget* parent)
     setObjectName(kBatchApprovalScreen);
     setWindowTitle(QStringLiteral("Aprobar conteos en lotes"));
     auto* layout = new QVBoxLayout(this);
-    m_grid = table(this, QStringLiteral("grdPaginas"),
-                   {QStringLiteral("Aprobar"), QStringLiteral("Página"), QStringLiteral("Usuario"),
-                    QStringLiteral("Fecha"), QStringLiteral("Artículos"),
-                    QStringLiteral("Unidades"), QStringLiteral("Observación")},
-                   6);
+    m_grid = purchases::listTable(this, QStringLiteral("grdPaginas"),
+                                  {QStringLiteral("Aprobar"), QStringLiteral("Página"),
+                                   QStringLiteral("Usuario"), QStringLiteral("Fecha"),
+                                   QStringLiteral("Artículos"), QStringLiteral("Unidades"),
+                                   QStringLiteral("Observación")},
+                                  6);
     layout->addWidget(m_grid, 1);
     m_message = new QLabel(this);
     m_message->setObjectName(QStringLiteral("lblMensaje"));
@@ -354,17 +351,18 @@ void BatchApprovalScreen::refresh() {
     m_grid->setRowCount(int(pages.size()));
     for (int r = 0; r < pages.size(); ++r) {
         const PageSummary& p = pages[r];
-        auto* tick = cell(QString());
+        auto* tick = purchases::listCell(QString());
         tick->setFlags(tick->flags() | Qt::ItemIsUserCheckable);
         tick->setCheckState(Qt::Unchecked);
         tick->setData(Qt::UserRole, p.number);
         m_grid->setItem(r, 0, tick);
-        m_grid->setItem(r, 1, cell(QString::number(p.number), true));
-        m_grid->setItem(r, 2, cell(p.user));
-        m_grid->setItem(r, 3, cell(p.date.toString(QStringLiteral("dd/MM/yyyy HH:mm"))));
-        m_grid->setItem(r, 4, cell(QString::number(p.items), true));
-        m_grid->setItem(r, 5, cell(units(p.units), true));
-        m_grid->setItem(r, 6, cell(p.note));
+        m_grid->setItem(r, 1, purchases::listCell(QString::number(p.number), true));
+        m_grid->setItem(r, 2, purchases::listCell(p.user));
+        m_grid->setItem(r, 3,
+                        purchases::listCell(p.date.toString(QStringLiteral("dd/MM/yyyy HH:mm"))));
+        m_grid->setItem(r, 4, purchases::listCell(QString::number(p.items), true));
+        m_grid->setItem(r, 5, purchases::listCell(units(p.units), true));
+        m_grid->setItem(r, 6, purchases::listCell(p.note));
     }
     if (!pages.isEmpty())
         m_grid->setCurrentCell(0, 0);
@@ -421,11 +419,11 @@ PhysicalAdjustmentScreen::PhysicalAdjustmentScreen(QSqlDatabase db, QString user
         this);
     note->setWordWrap(true);
     layout->addWidget(note);
-    m_grid = table(this, QStringLiteral("grdDiferencias"),
-                   {QStringLiteral("Código"), QStringLiteral("Descripción"),
-                    QStringLiteral("Existencia"), QStringLiteral("Contado"),
-                    QStringLiteral("Diferencia"), QStringLiteral("Costo")},
-                   1);
+    m_grid = purchases::listTable(this, QStringLiteral("grdDiferencias"),
+                                  {QStringLiteral("Código"), QStringLiteral("Descripción"),
+                                   QStringLiteral("Existencia"), QStringLiteral("Contado"),
+                                   QStringLiteral("Diferencia"), QStringLiteral("Costo")},
+                                  1);
     layout->addWidget(m_grid, 1);
     m_progress = new stock::JobProgress(this);
     layout->addWidget(m_progress);
@@ -444,6 +442,7 @@ PhysicalAdjustmentScreen::PhysicalAdjustmentScreen(QSqlDatabase db, QString user
     connect(m_progress, &stock::JobProgress::runningChanged, this,
             [this](bool running) { m_process->setEnabled(!running); });
     guarded(this, [&] { refresh(); });
+    m_grid->setFocus();
 }
 
 void PhysicalAdjustmentScreen::refresh() {
@@ -453,12 +452,12 @@ void PhysicalAdjustmentScreen::refresh() {
     Decimal value;
     for (int r = 0; r < rows.size(); ++r) {
         const store::Difference& d = rows[r];
-        m_grid->setItem(r, 0, cell(d.barcode));
-        m_grid->setItem(r, 1, cell(d.name));
-        m_grid->setItem(r, 2, cell(units(d.book), true));
-        m_grid->setItem(r, 3, cell(units(d.counted), true));
-        m_grid->setItem(r, 4, cell(units(d.counted - d.book), true));
-        m_grid->setItem(r, 5, cell(units(d.cost), true));
+        m_grid->setItem(r, 0, purchases::listCell(d.barcode));
+        m_grid->setItem(r, 1, purchases::listCell(d.name));
+        m_grid->setItem(r, 2, purchases::listCell(units(d.book), true));
+        m_grid->setItem(r, 3, purchases::listCell(units(d.counted), true));
+        m_grid->setItem(r, 4, purchases::listCell(units(d.counted - d.book), true));
+        m_grid->setItem(r, 5, purchases::listCell(units(d.cost), true));
         value += (d.counted - d.book) * d.cost;
     }
     m_result->setText(QString::number(rows.size()) +

@@ -25,26 +25,6 @@ namespace orvo::inventory::counts {
 
 namespace {
 
-QTableWidget* table(QWidget* parent, const QString& name, const QStringList& headers, int stretch) {
-    auto* t = new QTableWidget(0, int(headers.size()), parent);
-    t->setObjectName(name);
-    t->setHorizontalHeaderLabels(headers);
-    t->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    t->setSelectionBehavior(QAbstractItemView::SelectRows);
-    t->setSelectionMode(QAbstractItemView::SingleSelection);
-    t->verticalHeader()->hide();
-    t->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
-    t->horizontalHeader()->setSectionResizeMode(stretch, QHeaderView::Stretch);
-    return t;
-}
-
-QTableWidgetItem* cell(const QString& text, bool right = false) {
-    auto* item = new QTableWidgetItem(text);
-    if (right)
-        item->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    return item;
-}
-
 QString units(const Decimal& d) {
     return d.toLocaleString(QLocale(), 2);
 }
@@ -82,11 +62,12 @@ CountPageScreen::CountPageScreen(QSqlDatabase db, QString userCode, Kind kind, Q
     auto* outer = new QVBoxLayout(this);
     auto* split = new QSplitter(Qt::Vertical, this);
     outer->addWidget(split);
-    m_browser = table(split, QStringLiteral("grdPaginas"),
-                      {QStringLiteral("Página"), QStringLiteral("Usuario"), QStringLiteral("Fecha"),
-                       QStringLiteral("Artículos"), QStringLiteral("Unidades"),
-                       QStringLiteral("Estatus"), QStringLiteral("Observación")},
-                      6);
+    m_browser = purchases::listTable(split, QStringLiteral("grdPaginas"),
+                                     {QStringLiteral("Página"), QStringLiteral("Usuario"),
+                                      QStringLiteral("Fecha"), QStringLiteral("Artículos"),
+                                      QStringLiteral("Unidades"), QStringLiteral("Estatus"),
+                                      QStringLiteral("Observación")},
+                                     6);
     connect(m_browser, &QTableWidget::cellClicked, this, [this](int row) {
         if (!isEditing())
             guarded(this, [&] { navigateTo(row); });
@@ -143,7 +124,7 @@ CountPageScreen::CountPageScreen(QSqlDatabase db, QString userCode, Kind kind, Q
     m_article->setObjectName(QStringLiteral("lblDescripcion"));
     keying->addWidget(m_article, 3);
     bodyLayout->addLayout(keying);
-    m_grid = table(
+    m_grid = purchases::listTable(
         body, QStringLiteral("SpreadToma"),
         {QStringLiteral("Código"), QStringLiteral("Descripción"), QStringLiteral("Cantidad")}, 1);
     m_grid->installEventFilter(this);
@@ -250,13 +231,14 @@ void CountPageScreen::requery() {
     m_current = m_pages.isEmpty() ? -1 : 0;
     for (int r = 0; r < m_pages.size(); ++r) {
         const PageSummary& p = m_pages[r];
-        m_browser->setItem(r, 0, cell(QString::number(p.number), true));
-        m_browser->setItem(r, 1, cell(p.user));
-        m_browser->setItem(r, 2, cell(p.date.toString(QStringLiteral("dd/MM/yyyy HH:mm"))));
-        m_browser->setItem(r, 3, cell(QString::number(p.items), true));
-        m_browser->setItem(r, 4, cell(units(p.units), true));
-        m_browser->setItem(r, 5, cell(statusText(p, m_kind == Kind::Partial)));
-        m_browser->setItem(r, 6, cell(p.note));
+        m_browser->setItem(r, 0, purchases::listCell(QString::number(p.number), true));
+        m_browser->setItem(r, 1, purchases::listCell(p.user));
+        m_browser->setItem(
+            r, 2, purchases::listCell(p.date.toString(QStringLiteral("dd/MM/yyyy HH:mm"))));
+        m_browser->setItem(r, 3, purchases::listCell(QString::number(p.items), true));
+        m_browser->setItem(r, 4, purchases::listCell(units(p.units), true));
+        m_browser->setItem(r, 5, purchases::listCell(statusText(p, m_kind == Kind::Partial)));
+        m_browser->setItem(r, 6, purchases::listCell(p.note));
         if (p.number == m_pending)
             m_current = r;
     }
@@ -297,9 +279,9 @@ void CountPageScreen::showPage(const CountPage& page) {
     m_grid->setRowCount(int(page.lines.size()));
     for (int r = 0; r < page.lines.size(); ++r) {
         const CountLine& l = page.lines[r];
-        m_grid->setItem(r, 0, cell(l.barcode));
-        m_grid->setItem(r, 1, cell(l.name));
-        m_grid->setItem(r, 2, cell(units(l.quantity), true));
+        m_grid->setItem(r, 0, purchases::listCell(l.barcode));
+        m_grid->setItem(r, 1, purchases::listCell(l.name));
+        m_grid->setItem(r, 2, purchases::listCell(units(l.quantity), true));
         m_rowOf.insert(l.barcode, r);
     }
     m_article->clear();
@@ -311,9 +293,9 @@ void CountPageScreen::showLine(const CountLine& line) {
     if (row < 0) {
         row = m_grid->rowCount();
         m_grid->insertRow(row);
-        m_grid->setItem(row, 0, cell(line.barcode));
-        m_grid->setItem(row, 1, cell(line.name));
-        m_grid->setItem(row, 2, cell(units(line.quantity), true));
+        m_grid->setItem(row, 0, purchases::listCell(line.barcode));
+        m_grid->setItem(row, 1, purchases::listCell(line.name));
+        m_grid->setItem(row, 2, purchases::listCell(units(line.quantity), true));
         m_rowOf.insert(line.barcode, row);
         m_page.lines.append(line);
     } else {

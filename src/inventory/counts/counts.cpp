@@ -4,6 +4,7 @@
 #include "common/db/transaction.h"
 #include "common/errors/errors.h"
 #include "common/grid/grid_print.h"
+#include "inventory/adjustments/adjustments.h"
 #include "inventory/articles/articles.h"
 #include "inventory/counts/count_store.h"
 
@@ -27,20 +28,11 @@ QString gone(Pass pass, int number) {
 
 // The article a page may count.
 Article countable(const QSqlDatabase& db, const QString& barcode) {
-    const QString code = barcode.trimmed();
-    if (code.isEmpty())
-        throw UserError(QStringLiteral("Debe ingresar el código del artículo...!"));
-    const auto article = findArticleByBarcode(db, code);
-    if (!article)
-        throw UserError(QStringLiteral("El código ") + code +
-                        QStringLiteral(" no existe en el inventario...!"));
-    if (article->type == 1)
-        throw UserError(QStringLiteral("El artículo ") + code +
-                        QStringLiteral(" es un servicio y no se cuenta...!"));
-    if (article->status == kExcludedArticle)
-        throw UserError(QStringLiteral("El artículo ") + code +
+    const Article article = adjustments::stockArticle(db, barcode);
+    if (article.status == kExcludedArticle)
+        throw UserError(QStringLiteral("El artículo ") + article.barcode +
                         QStringLiteral(" está excluido de la toma física...!"));
-    return *article;
+    return article;
 }
 
 QString quantity(const Decimal& d) {

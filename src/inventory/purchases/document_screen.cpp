@@ -46,6 +46,27 @@ QString shown(const Decimal& value, int decimals = 2) {
 
 } // namespace
 
+QTableWidget* listTable(QWidget* parent, const QString& name, const QStringList& headers,
+                        int stretch) {
+    auto* t = new QTableWidget(0, int(headers.size()), parent);
+    t->setObjectName(name);
+    t->setHorizontalHeaderLabels(headers);
+    t->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    t->setSelectionBehavior(QAbstractItemView::SelectRows);
+    t->setSelectionMode(QAbstractItemView::SingleSelection);
+    t->verticalHeader()->hide();
+    t->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    t->horizontalHeader()->setSectionResizeMode(stretch, QHeaderView::Stretch);
+    return t;
+}
+
+QTableWidgetItem* listCell(const QString& text, bool right) {
+    auto* item = new QTableWidgetItem(text);
+    if (right)
+        item->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    return item;
+}
+
 QPushButton* screenButton(QWidget* screen, const QString& name, const QString& text, int key) {
     const QKeySequence shortcut(key);
     auto* b =

@@ -14,6 +14,7 @@ class QLabel;
 class QLineEdit;
 class QPushButton;
 class QTableWidget;
+class QTableWidgetItem;
 class QVBoxLayout;
 
 namespace orvo::inventory::purchases {
@@ -136,6 +137,12 @@ private:
     QLabel* m_tax = nullptr;
     QLabel* m_total = nullptr;
 };
+
+// A read-only list of whole rows, one selected at a time; column `stretch` takes the width left.
+QTableWidget* listTable(QWidget* parent, const QString& name, const QStringList& headers,
+                        int stretch);
+// A cell of such a list, numbers right-aligned.
+QTableWidgetItem* listCell(const QString& text, bool right = false);
 
 // A screen button outside the Enter chain, pressed by `key` (0: none) anywhere on `screen`.
 QPushButton* screenButton(QWidget* screen, const QString& name, const QString& text, int key = 0);

@@ -111,7 +111,8 @@ TEST_F(CountTest, ScanningKeepsOneLinePerBarcodeAndRefusesWhatCannotBeCounted) {
 
     EXPECT_EQ(refusal([&] { scan(db(), Pass::First, 7, "NOPE", 1); }),
               "El código NOPE no existe en el inventario...!");
-    EXPECT_FALSE(refusal([&] { scan(db(), Pass::First, 7, "SRV", 1); }).isEmpty());
+    EXPECT_EQ(refusal([&] { scan(db(), Pass::First, 7, "SRV", 1); }),
+              "El artículo SRV es un servicio y no lleva existencia...!");
     EXPECT_FALSE(refusal([&] { scan(db(), Pass::First, 7, "X", 1); }).isEmpty());
     EXPECT_FALSE(refusal([&] { createPage(db(), Pass::Second, {8}); }).isEmpty());
 
