@@ -21,6 +21,7 @@ class StockCardScreen : public QWidget {
     Q_OBJECT
 public:
     explicit StockCardScreen(QSqlDatabase db, QWidget* parent = nullptr);
+    QSize sizeHint() const override { return {1100, 700}; }
 
     void query();
     void chooseBarcode();

@@ -123,8 +123,10 @@ TEST_F(CountScreensTest, TwoTeamsCountAThirdSettlesAndTheAdjustmentMovesTheStock
     enter("4");
     ASSERT_EQ(focusName(), "txtCodigo") << dialogs.lastText().toStdString();
     EXPECT_EQ(grid->item(1, 4)->text(), QLocale().toString(4.0, 'f', 2));
+    // F12 from where the keying left the cursor.
     dialogs.expectQuestion("Desea Aprobar la Pagina ?", true);
-    pressOn(*third, Qt::Key_F12);
+    QTest::keyClick(focused(), Qt::Key_F12);
+    EXPECT_TRUE(dialogs.allAnswered());
     EXPECT_EQ(third->findChild<QTableWidget*>("grdPaginas")->item(0, 3)->text(), "APROBADA");
 
     auto adjust = open<PhysicalAdjustmentScreen>("frmAjusteFisicoLogico");
