@@ -428,9 +428,10 @@ void computeDifferences(const QSqlDatabase& db, const QDateTime& at) {
 void replaceStock(const QSqlDatabase& db, const QDateTime& at) {
     db::requireTransaction(db);
     db::execute(db,
-                QStringLiteral("UPDATE INVENTARIO SET Status = 0, Existencia = 0, "
-                               "ExistenciaInicial = 0, FechaPrimerMovimiento = ? WHERE Status "
-                               "<> 3"),
+                // A service is never counted and has no stock: it stays on sale as it was.
+                QStringLiteral("UPDATE INVENTARIO SET Status = CASE WHEN Tipo = 1 THEN Status ELSE "
+                               "0 END, Existencia = 0, ExistenciaInicial = 0, "
+                               "FechaPrimerMovimiento = ? WHERE Status <> 3"),
                 {at});
     db::execute(db,
                 QStringLiteral("UPDATE INVENTARIO SET Existencia = F.ExistenciaFisica, "

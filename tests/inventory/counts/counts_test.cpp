@@ -215,7 +215,8 @@ TEST_F(CountTest, PhysicalAdjustmentRefusesInOrderThenReplacesTheStockByTheCount
     EXPECT_EQ(stock("X"), d("9")); // kept out of counts
     EXPECT_EQ(articleStatus("X"), 3);
     EXPECT_EQ(articleStatus("A"), 1);
-    EXPECT_EQ(articleStatus("D"), 0); // only articles with stock stay active
+    EXPECT_EQ(articleStatus("D"), 0);   // only articles with stock stay active
+    EXPECT_EQ(articleStatus("SRV"), 1); // a service still sells
     EXPECT_EQ(count("FISICOLOGICO", "CodigoBarra = 'X'"), 0);
     EXPECT_EQ(
         Decimal::fromVariant(scalar("SELECT Ajuste FROM FISICOLOGICO WHERE CodigoBarra = 'D'")),
