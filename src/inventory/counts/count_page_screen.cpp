@@ -314,6 +314,11 @@ void CountPageScreen::showTotals() {
         total += l.quantity;
     m_totals->setText(QString::number(m_page.lines.size()) + QStringLiteral(" artículo(s), ") +
                       units(total) + QStringLiteral(" unidad(es)"));
+    // The page's row in the list follows the scanning.
+    if (current() && current()->number == m_page.number && m_browser->item(m_current, 4)) {
+        m_browser->item(m_current, 3)->setText(QString::number(m_page.lines.size()));
+        m_browser->item(m_current, 4)->setText(units(total));
+    }
 }
 
 void CountPageScreen::scanCode(const QString& text) {

@@ -174,12 +174,7 @@ void PhysicalAdjustmentJob::run(const QSqlDatabase& db) {
 PhysicalAdjustmentResult adjustNow(const QSqlDatabase& db, const PhysicalAdjustmentOptions& options,
                                    const std::function<void(int, const QString&)>& progress) {
     PhysicalAdjustmentJob job(db, options);
-    if (progress)
-        QObject::connect(&job, &jobs::Job::progress, &job, progress, Qt::DirectConnection);
-    job.start();
-    job.wait();
-    if (!job.succeeded())
-        throw UserError(job.error());
+    jobs::runToEnd(job, progress);
     return job.result();
 }
 

@@ -108,12 +108,7 @@ void StockRebuildJob::run(const QSqlDatabase& db) {
 
 RebuildResult rebuildNow(const QSqlDatabase& db, const RebuildProgress& progress) {
     StockRebuildJob job(db);
-    if (progress)
-        QObject::connect(&job, &jobs::Job::progress, &job, progress, Qt::DirectConnection);
-    job.start();
-    job.wait();
-    if (!job.succeeded())
-        throw UserError(job.error());
+    jobs::runToEnd(job, progress);
     return job.result();
 }
 
