@@ -8,6 +8,7 @@
 #include "common/schema/migrate.h"
 #include "exchange/export/export_commands.h"
 #include "exchange/import/import_loaders.h"
+#include "inventory/stock/stock_rebuild.h"
 #include "inventory/transfers/transfer_import.h"
 #include "pos/card/terminal_settings.h"
 #include "pos/fiscal/company_rif.h"
@@ -204,6 +205,16 @@ const QList<Command>& commands() {
          QStringLiteral("arma el paquete de la tienda en la carpeta de envío y escribe su ruta"),
          [](const QStringList& args) {
              return exchange::exportCommand(openConfiguredStore(false), args, out(), err());
+         }},
+        {QStringLiteral("stock"), QStringLiteral("stock rebuild"),
+         QStringLiteral("recalcula la existencia de todos los artículos desde el último ajuste "
+                        "físico-lógico con los documentos aprobados (Rekardear Inventario)"),
+         [](const QStringList& args) {
+             if (args != QStringList{QStringLiteral("rebuild")}) {
+                 err() << "uso: orvo stock rebuild" << Qt::endl;
+                 return 2;
+             }
+             return inventory::stock::stockCommand(openConfiguredStore(false), args, out(), err());
          }},
         {QStringLiteral("mail"), QStringLiteral("mail [--xml]"),
          QStringLiteral("envía por correo los paquetes de la carpeta de envío (MENSAJES)"),

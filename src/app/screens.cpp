@@ -1,8 +1,11 @@
 #include "app/screens.h"
 
 #include "exchange/export/exchange_screens.h"
+#include "inventory/adjustments/adjustment_screens.h"
 #include "inventory/articles/article_screens.h"
+#include "inventory/counts/count_screens.h"
 #include "inventory/purchases/purchase_screens.h"
+#include "inventory/stock/stock_screens.h"
 #include "inventory/transfers/transfer_screens.h"
 #include "pos/cash/cash_screens.h"
 #include "pos/fiscal/counter_correction_screen.h"
@@ -21,6 +24,9 @@ void registerAllScreens() {
     inventory::registerArticleScreens();
     inventory::purchases::registerPurchaseScreens();
     inventory::transfers::registerTransferScreens();
+    inventory::stock::registerStockScreens();
+    inventory::adjustments::registerAdjustmentScreens();
+    inventory::counts::registerCountScreens();
     shell::registerRecordScreens(
         {[] { return shell::mainDb(); }, [] { return shell::session().userCode; }});
     pos::registers::registerScreens();

@@ -42,6 +42,19 @@ QString tableHtml(const QStringList& headers, const QList<QStringList>& rows,
     return html + QStringLiteral("</table>");
 }
 
+QString fieldsHtml(const QList<QPair<QString, QString>>& pairs) {
+    QString html = QStringLiteral("<table cellspacing=\"0\" cellpadding=\"2\" width=\"100%\">");
+    for (int i = 0; i < pairs.size(); i += 2) {
+        html += QStringLiteral("<tr>");
+        for (int j = i; j < std::min<int>(i + 2, int(pairs.size())); ++j)
+            html += QStringLiteral("<td><b>") + pairs[j].first.toHtmlEscaped() +
+                    QStringLiteral(":</b></td><td>") + pairs[j].second.toHtmlEscaped() +
+                    QStringLiteral("</td>");
+        html += QStringLiteral("</tr>");
+    }
+    return html + QStringLiteral("</table><br>");
+}
+
 void printDocument(QPagedPaintDevice& device, QTextDocument& body, const QString& title,
                    const QDateTime& when) {
     QPainter painter(&device);

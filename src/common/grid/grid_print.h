@@ -22,6 +22,9 @@ void printDocument(QPagedPaintDevice& device, QTextDocument& body, const QString
 QString tableHtml(const QStringList& headers, const QList<QStringList>& rows,
                   const QList<bool>& rightAligned = {});
 
+// Label and value pairs, two to a row, as the heads of printed documents show them.
+QString fieldsHtml(const QList<QPair<QString, QString>>& pairs);
+
 // The visible columns of a grid as a table, printed with printDocument.
 void printGrid(QPagedPaintDevice& device, const GridModel& model, const QString& title);
 

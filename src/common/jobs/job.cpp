@@ -79,4 +79,13 @@ void Job::execute() {
     emit finished(error.isEmpty(), error);
 }
 
+void runToEnd(Job& job, const std::function<void(int, const QString&)>& progress) {
+    if (progress)
+        QObject::connect(&job, &Job::progress, &job, progress, Qt::DirectConnection);
+    job.start();
+    job.wait();
+    if (!job.succeeded())
+        throw UserError(job.error());
+}
+
 } // namespace orvo::jobs

@@ -6,6 +6,7 @@
 #include <QSqlDatabase>
 #include <QString>
 #include <atomic>
+#include <functional>
 #include <memory>
 
 class QThread;
@@ -61,5 +62,10 @@ private:
     QElapsedTimer m_lastReport;
     QString m_lastLabel;
 };
+
+// Starts `job` and waits for it on this thread (commands, tests), its progress passed to
+// `progress` as it comes; throws UserError with the job's error when it failed.
+void runToEnd(Job& job,
+              const std::function<void(int percent, const QString& label)>& progress = {});
 
 } // namespace orvo::jobs

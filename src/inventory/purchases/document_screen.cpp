@@ -49,6 +49,27 @@ QString shown(const Decimal& value, int decimals = 2) {
 
 } // namespace
 
+QTableWidget* listTable(QWidget* parent, const QString& name, const QStringList& headers,
+                        int stretch) {
+    auto* t = new QTableWidget(0, int(headers.size()), parent);
+    t->setObjectName(name);
+    t->setHorizontalHeaderLabels(headers);
+    t->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    t->setSelectionBehavior(QAbstractItemView::SelectRows);
+    t->setSelectionMode(QAbstractItemView::SingleSelection);
+    t->verticalHeader()->hide();
+    t->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    t->horizontalHeader()->setSectionResizeMode(stretch, QHeaderView::Stretch);
+    return t;
+}
+
+QTableWidgetItem* listCell(const QString& text, bool right) {
+    auto* item = new QTableWidgetItem(text);
+    if (right)
+        item->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    return item;
+}
+
 QPushButton* screenButton(QWidget* screen, const QString& name, const QString& text, int key) {
     const QKeySequence shortcut(key);
     auto* b =
@@ -231,18 +252,30 @@ void DocumentScreen::setBrowserHeaders(const QStringList& headers) {
 }
 
 QList<DocumentScreen::Column> DocumentScreen::lineColumns() const {
+    if (m_atCost)
+        return {{QStringLiteral("Código")},
+                {QStringLiteral("Descripción")},
+                {QStringLiteral("Cantidad"), true},
+                {QStringLiteral("Costo"), true},
+                {QStringLiteral("Total"), true}};
     return {{QStringLiteral("Código")},         {QStringLiteral("Descripción")},
             {QStringLiteral("Cantidad"), true}, {QStringLiteral("Precio"), true},
             {QStringLiteral("% Imp."), true},   {QStringLiteral("Total"), true}};
 }
 
 QStringList DocumentScreen::lineCells(const DocumentLine& l) const {
+    if (m_atCost)
+        return {l.barcode, l.name, shown(l.quantity), shown(l.price, 2),
+                shown((l.quantity * l.price).rounded(2))};
     return {l.barcode,           l.name,
             shown(l.quantity),   shown(l.price, 6),
             shown(l.taxPercent), shown((l.quantity * l.price).rounded(2))};
 }
 
 QList<DocumentScreen::TotalField> DocumentScreen::totalFields() const {
+    // Valued at cost there is no discount or tax to show.
+    if (m_atCost)
+        return {{QStringLiteral("lblTotal"), QStringLiteral("Total:")}};
     return {{QStringLiteral("lblTotalMercancia"), QStringLiteral("Mercancía:")},
             {QStringLiteral("lblTotalDescuento"), QStringLiteral("Descuento:")},
             {QStringLiteral("lblTotalImpuesto"), QStringLiteral("Impuesto:")},
@@ -257,6 +290,8 @@ QStringList DocumentScreen::totalTexts(const QList<DocumentLine>& lines) const {
         discount = Decimal(); // shown when the field is left
     }
     const DocumentTotals t = rules::totalsOf(lines, discount);
+    if (m_atCost)
+        return {shown(t.total())};
     return {shown(t.merchandise), shown(t.discount), shown(t.tax), shown(t.total())};
 }
 

@@ -14,6 +14,7 @@ class QLabel;
 class QLineEdit;
 class QPushButton;
 class QTableWidget;
+class QTableWidgetItem;
 class QVBoxLayout;
 
 namespace orvo::inventory::purchases {
@@ -59,6 +60,9 @@ protected:
     void keyIntoBoxes();
     // The browser's column captions (six: number, code, name, date, total, status).
     void setBrowserHeaders(const QStringList& headers);
+    // Lines valued at cost, without tax or discount (adjustments): the price column is the unit
+    // cost and only the total is shown. Called before finish().
+    void valueLinesAtCost() { m_atCost = true; }
     // Adds the keying row, the lines and the totals; installs the keyboard behaviour.
     void finish(QBoxLayout* extraButtons = nullptr);
 
@@ -142,6 +146,7 @@ private:
     QString m_linesName;
     bool m_withPrice;
     bool m_boxed = false;
+    bool m_atCost = false;
     QList<DocumentSummary> m_documents;
     QList<DocumentLine> m_lines;
     int m_current = -1;
@@ -155,6 +160,12 @@ private:
     QLabel* m_progress = nullptr;
     QList<QLabel*> m_totals;
 };
+
+// A read-only list of whole rows, one selected at a time; column `stretch` takes the width left.
+QTableWidget* listTable(QWidget* parent, const QString& name, const QStringList& headers,
+                        int stretch);
+// A cell of such a list, numbers right-aligned.
+QTableWidgetItem* listCell(const QString& text, bool right = false);
 
 // A screen button outside the Enter chain, pressed by `key` (0: none) anywhere on `screen`.
 QPushButton* screenButton(QWidget* screen, const QString& name, const QString& text, int key = 0);

@@ -54,16 +54,7 @@ QString supplierLabel(const QSqlDatabase& db, const QString& code) {
 } // namespace
 
 QString fields(const QList<QPair<QString, QString>>& pairs) {
-    QString html = QStringLiteral("<table cellspacing=\"0\" cellpadding=\"2\" width=\"100%\">");
-    for (int i = 0; i < pairs.size(); i += 2) {
-        html += QStringLiteral("<tr>");
-        for (int j = i; j < std::min<int>(i + 2, int(pairs.size())); ++j)
-            html += QStringLiteral("<td><b>") + pairs[j].first.toHtmlEscaped() +
-                    QStringLiteral(":</b></td><td>") + pairs[j].second.toHtmlEscaped() +
-                    QStringLiteral("</td>");
-        html += QStringLiteral("</tr>");
-    }
-    return html + QStringLiteral("</table><br>");
+    return grid::fieldsHtml(pairs);
 }
 
 QString statusText(int status) {

@@ -32,19 +32,6 @@ namespace orvo::inventory::purchases {
 
 namespace {
 
-QTableWidget* table(QWidget* parent, const QString& name, const QStringList& headers, int stretch) {
-    auto* t = new QTableWidget(0, int(headers.size()), parent);
-    t->setObjectName(name);
-    t->setHorizontalHeaderLabels(headers);
-    t->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    t->setSelectionBehavior(QAbstractItemView::SelectRows);
-    t->setSelectionMode(QAbstractItemView::SingleSelection);
-    t->verticalHeader()->hide();
-    t->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
-    t->horizontalHeader()->setSectionResizeMode(stretch, QHeaderView::Stretch);
-    return t;
-}
-
 void setRow(QTableWidget* t, int row, const QStringList& cells) {
     for (int c = 0; c < cells.size(); ++c) {
         auto* item = new QTableWidgetItem(cells[c]);
@@ -66,10 +53,10 @@ ReceptionScreen::ReceptionScreen(QSqlDatabase db, QString userCode, QWidget* par
     auto* split = new QSplitter(Qt::Vertical, this);
     outer->addWidget(split);
     m_browser =
-        table(split, QStringLiteral("grdConsulta"),
-              {QStringLiteral("Número"), QStringLiteral("Destino"), QStringLiteral("Nombre"),
-               QStringLiteral("Fecha"), QStringLiteral("Cantidad"), QStringLiteral("Estatus")},
-              2);
+        listTable(split, QStringLiteral("grdConsulta"),
+                  {QStringLiteral("Número"), QStringLiteral("Destino"), QStringLiteral("Nombre"),
+                   QStringLiteral("Fecha"), QStringLiteral("Cantidad"), QStringLiteral("Estatus")},
+                  2);
     connect(m_browser, &QTableWidget::cellClicked, this, [this](int row) {
         if (!isEditing())
             guarded(this, [&] { navigateTo(row); });
@@ -113,9 +100,9 @@ ReceptionScreen::ReceptionScreen(QSqlDatabase db, QString userCode, QWidget* par
     m_purchase->setObjectName(QStringLiteral("txtCompra"));
     m_purchase->setMaxLength(12);
     form->addRow(QStringLiteral("Compra Nº"), m_purchase);
-    m_purchases =
-        table(head, QStringLiteral("SpreadCompras"),
-              {QStringLiteral("Compra"), QStringLiteral("Proveedor"), QStringLiteral("Nombre")}, 2);
+    m_purchases = listTable(
+        head, QStringLiteral("SpreadCompras"),
+        {QStringLiteral("Compra"), QStringLiteral("Proveedor"), QStringLiteral("Nombre")}, 2);
     m_purchases->installEventFilter(this);
     form->addRow(m_purchases);
     m_state = new QLabel(head);
@@ -128,10 +115,10 @@ ReceptionScreen::ReceptionScreen(QSqlDatabase db, QString userCode, QWidget* par
 
     auto* boxes = new QGroupBox(QStringLiteral("Cajas"), body);
     auto* boxLayout = new QVBoxLayout(boxes);
-    m_boxes = table(boxes, QStringLiteral("grdCajas"),
-                    {QStringLiteral("Caja"), QStringLiteral("Usuario"), QStringLiteral("Cantidad"),
-                     QStringLiteral("Estatus")},
-                    1);
+    m_boxes = listTable(boxes, QStringLiteral("grdCajas"),
+                        {QStringLiteral("Caja"), QStringLiteral("Usuario"),
+                         QStringLiteral("Cantidad"), QStringLiteral("Estatus")},
+                        1);
     m_boxes->setMaximumHeight(150);
     boxLayout->addWidget(m_boxes);
     m_boxLabel = new QLabel(boxes);
@@ -150,7 +137,7 @@ ReceptionScreen::ReceptionScreen(QSqlDatabase db, QString userCode, QWidget* par
     keying->addWidget(new QLabel(QStringLiteral("Cantidad:"), boxes));
     keying->addWidget(m_quantity, 1);
     boxLayout->addLayout(keying);
-    m_boxGrid = table(
+    m_boxGrid = listTable(
         boxes, QStringLiteral("SpreadCaja"),
         {QStringLiteral("Código"), QStringLiteral("Descripción"), QStringLiteral("Cantidad")}, 1);
     m_boxGrid->installEventFilter(this);
