@@ -3,6 +3,7 @@
 #include "common/build_info/build_info.h"
 #include "common/db/connection.h"
 #include "common/errors/errors.h"
+#include "common/rate/exchange_rate.h"
 #include "common/schema/migrate.h"
 #include "pos/card/terminal_settings.h"
 #include "pos/fiscal/port_finder.h"
@@ -15,6 +16,7 @@
 #include "tools/fiscal_emulator/wire_server.h"
 
 #include <QCoreApplication>
+#include <QDate>
 #include <QFile>
 #include <QSqlDatabase>
 #include <QStringList>
@@ -148,6 +150,45 @@ int cardTerminal(const QStringList& args) {
     return 0;
 }
 
+// Registers the day's exchange rate as the rate screen does (repricing with ActTasa, the rate
+// file with ExpTasa).
+int rateCommand(const QStringList& args) {
+    QString typed;
+    QDate day;
+    for (int i = 0; i < args.size(); ++i) {
+        if (args[i] == QLatin1String("--fecha") && i + 1 < args.size()) {
+            day = QDate::fromString(args[++i], QStringLiteral("dd/MM/yyyy"));
+            if (!day.isValid()) {
+                err() << "fecha no valida (DD/MM/AAAA): " << args[i] << Qt::endl;
+                return 2;
+            }
+        } else if (typed.isEmpty()) {
+            typed = args[i];
+        } else {
+            err() << "argumento desconocido: " << args[i] << Qt::endl;
+            return 2;
+        }
+    }
+    const auto value = common::rate::parseTypedRate(typed);
+    if (!value) {
+        err() << "uso: orvo rate VALOR [--fecha DD/MM/AAAA]  (por ejemplo: orvo rate 36,50)"
+              << Qt::endl;
+        return 2;
+    }
+    QSqlDatabase db = openConfiguredStore(false);
+    const auto r = common::rate::registerRate(db, {*value, day, true});
+    out() << "Tasa de cambio " << r.value.toString() << " registrada";
+    if (day.isValid())
+        out() << " para el " << day.toString(QStringLiteral("dd/MM/yyyy"));
+    out() << "." << Qt::endl;
+    if (r.repriced)
+        out() << "Precios actualizados de " << r.articlesRepriced << " articulos (tasa anterior "
+              << r.previous->toString() << ")." << Qt::endl;
+    if (!r.rateFile.isEmpty())
+        out() << "Archivo para las tiendas: " << r.rateFile << Qt::endl;
+    return 0;
+}
+
 const QList<Command>& commands() {
     static const QList<Command> list = {
         {QStringLiteral("db"), QStringLiteral("db init [--demo]"),
@@ -180,6 +221,10 @@ const QList<Command>& commands() {
          QStringLiteral("muestra o fija el punto de venta VPOS de la caja de esta estación "
                         "(VPOS_URL_<Serie>)"),
          cardTerminal},
+        {QStringLiteral("rate"), QStringLiteral("rate VALOR [--fecha DD/MM/AAAA]"),
+         QStringLiteral("registra la tasa de cambio del dia (o de una fecha anterior); con "
+                        "ActTasa actualiza los precios"),
+         rateCommand},
     };
     return list;
 }

@@ -1,5 +1,6 @@
 #include "app/screens.h"
 
+#include "common/rate/rate_screen.h"
 #include "inventory/articles/article_screens.h"
 #include "pos/cash/cash_screens.h"
 #include "pos/fiscal/counter_correction_screen.h"
@@ -24,6 +25,7 @@ void registerAllScreens() {
     pos::sale::registerSaleScreens();
     pos::cash::registerCashScreens();
     pos::payments::registerPaymentScreens();
+    common::rate::registerRateScreens();
 }
 
 } // namespace orvo::app

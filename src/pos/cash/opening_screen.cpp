@@ -4,6 +4,7 @@
 #include "pos/cash/cash_widgets.h"
 
 #include "common/dialogs/dialogs.h"
+#include "common/rate/reconversion_dialog.h"
 #include "pos/cash/cash_day.h"
 #include "pos/fiscal/fiscal_printer_thread.h"
 #include "pos/fiscal/register_printer.h"
@@ -111,7 +112,7 @@ void OpeningScreen::openDay() {
     r.controlFactura = m_session.controlFactura;
     const bool checked = guarded(this, [&] {
         checkOpening(m_db, r.serial, r.day);
-        runDueReconversion(m_db);
+        common::rate::reconvertIfDue(this, m_db); // warnings, progress, end messages
     });
     if (!checked) {
         emit openingFinished(false);

@@ -2,6 +2,7 @@
 
 #include "common/dialogs/dialogs.h"
 #include "common/grid_ui/catalog_dialog.h"
+#include "common/rate/exchange_rate.h"
 #include "pos/fiscal/register_printer.h"
 #include "pos/register/day_state.h"
 #include "pos/sale/sale_payments.h"
@@ -90,6 +91,8 @@ SaleScreen::SaleScreen(QSqlDatabase db, shell::SessionContext& ctx,
     m_draft = newDraft(m_db, m_ctx);
     buildUi();
     clearForNextSale();
+    if (common::rate::rateReminderDue(m_db, QDate::currentDate()))
+        dialogs().warning(this, common::rate::kRateReminder); // the sale uses the day's rate
 }
 
 SaleScreen::~SaleScreen() = default;

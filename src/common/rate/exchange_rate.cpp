@@ -1,0 +1,143 @@
+#include "common/rate/exchange_rate.h"
+
+#include "common/db/sql.h"
+#include "common/db/transaction.h"
+#include "common/errors/errors.h"
+#include "common/rate/rate_file.h"
+#include "common/rate/rate_store.h"
+#include "shell/session/settings_readers.h"
+
+#include <QDir>
+#include <QFile>
+#include <QLoggingCategory>
+
+namespace orvo::common::rate {
+
+Q_LOGGING_CATEGORY(lcRate, "orvo.rate", QtWarningMsg)
+
+std::optional<Decimal> parseTypedRate(const QString& text) {
+    QString t = text.trimmed();
+    t.remove(QLatin1Char(' '));
+    t.remove(QChar(0xA0));
+    const int dot = int(t.lastIndexOf(QLatin1Char('.')));
+    const int comma = int(t.lastIndexOf(QLatin1Char(',')));
+    QChar decimal;
+    if (dot >= 0 && comma >= 0)
+        decimal = dot > comma ? QLatin1Char('.') : QLatin1Char(',');
+    else if (dot >= 0 && t.count(QLatin1Char('.')) == 1)
+        decimal = QLatin1Char('.');
+    else if (comma >= 0 && t.count(QLatin1Char(',')) == 1)
+        decimal = QLatin1Char(',');
+    QString normal;
+    for (const QChar c : std::as_const(t)) {
+        if (c == decimal)
+            normal += QLatin1Char('.');
+        else if (c != QLatin1Char('.') && c != QLatin1Char(','))
+            normal += c;
+    }
+    // A rate is kept with eight decimals; more would be silently rounded away.
+    const int point = int(normal.indexOf(QLatin1Char('.')));
+    if (point >= 0 && normal.size() - point - 1 > 8)
+        return std::nullopt;
+    const auto value = Decimal::parse(normal);
+    if (!value || *value <= Decimal())
+        return std::nullopt;
+    return value;
+}
+
+std::optional<Decimal> currentRate(const QSqlDatabase& db) {
+    const auto latest = store::latestRate(db);
+    if (!latest)
+        return std::nullopt;
+    return latest->value;
+}
+
+Decimal rateForDay(const QSqlDatabase& db, const QDate& day) {
+    return store::rateBefore(db, db::nextDayStart(day)).value_or(Decimal());
+}
+
+bool rateReminderDue(const QSqlDatabase& db, const QDate& day) {
+    if (!store::rateBefore(db, db::nextDayStart(day)))
+        return true;
+    if (day.dayOfWeek() >= Qt::Saturday)
+        return false;
+    return !store::rateRegisteredBetween(db, db::dayStart(day), db::nextDayStart(day));
+}
+
+QList<RateEntry> pastRates(const QSqlDatabase& db, int limit) {
+    return store::rates(db, limit);
+}
+
+RegisterResult registerRate(const QSqlDatabase& db, const RegisterRequest& request) {
+    if (request.value <= Decimal())
+        throw UserError(QStringLiteral("Introduzca una tasa de cambio válida...!"));
+    const QDate today = db::serverNow(db).date();
+    if (request.day.isValid() && request.day > today)
+        throw UserError(QStringLiteral("La fecha de la tasa de cambio no puede ser posterior al "
+                                       "dia de hoy...!"));
+    // A rate of an earlier day closes that day; today's is registered now by the server.
+    const QDateTime fecha = request.day.isValid() && request.day < today
+                                ? QDateTime(request.day, QTime(23, 59, 59))
+                                : QDateTime();
+
+    RegisterResult result;
+    result.value = request.value;
+    db::Transaction tx(db);
+    const auto before = store::latestRate(db);
+    if (before)
+        result.previous = before->value;
+    store::insertRate(db, request.value, fecha);
+    // Only a rate that becomes the current one moves prices: a late entry for an earlier day
+    // completes the history and leaves the catalogue as it is.
+    const bool becomesCurrent = !before || !fecha.isValid() || fecha >= before->fecha;
+    if (becomesCurrent && before && before->value > Decimal() &&
+        shell::exchangeRateUpdateEnabled(db)) {
+        result.articlesRepriced = store::repriceCatalogue(db, before->value, request.value);
+        result.repriced = true;
+    }
+    tx.commit();
+
+    if (request.mayExport && becomesCurrent && shell::exchangeRateExportEnabled(db))
+        result.rateFile = writeRateFile(request.value);
+    qCInfo(lcRate) << "tasa registrada" << request.value.toString() << "precios actualizados"
+                   << result.articlesRepriced;
+    return result;
+}
+
+Decimal readRateFile(const QString& path) {
+    QFile f(path);
+    if (!f.open(QIODevice::ReadOnly | QIODevice::Text))
+        throw UserError(QStringLiteral("No se pudo leer el archivo de tasa de cambio ") +
+                        QDir::toNativeSeparators(path) + QStringLiteral("...!"));
+    const QString first = QString::fromLatin1(f.readLine(256)).trimmed();
+    const auto value = parseTypedRate(first);
+    if (!value)
+        throw UserError(QStringLiteral("El archivo ") + QDir::toNativeSeparators(path) +
+                        QStringLiteral(" no contiene una tasa de cambio válida...!"));
+    return *value;
+}
+
+QString pendingRateFile(const QString& appFolder) {
+    const QDir recibe(appFolder + QStringLiteral("/Recibe"));
+    for (const QString& name : recibe.entryList(QDir::Files))
+        if (name.compare(QLatin1String("TasaCambio.txt"), Qt::CaseInsensitive) == 0)
+            return recibe.filePath(name);
+    return {};
+}
+
+std::optional<RegisterResult> loadReceivedRate(const QSqlDatabase& db, const QString& appFolder) {
+    if (!shell::exchangeRateImportEnabled(db))
+        return std::nullopt;
+    const QString path = pendingRateFile(appFolder);
+    if (path.isEmpty())
+        return std::nullopt;
+    RegisterRequest r;
+    r.value = readRateFile(path);
+    r.mayExport = false;
+    const RegisterResult result = registerRate(db, r);
+    if (!QFile::remove(path))
+        qCWarning(lcRate) << "no se pudo borrar" << path;
+    return result;
+}
+
+} // namespace orvo::common::rate

@@ -1,0 +1,27 @@
+#include "common/rate/rate_file.h"
+
+#include "common/errors/errors.h"
+#include "shell/startup/app_home.h"
+
+#include <QDir>
+#include <QSaveFile>
+
+namespace orvo::common::rate {
+
+QString rateFileFolder() {
+    return shell::appHome() + QStringLiteral("/ZipTemp");
+}
+
+QString writeRateFile(const Decimal& value) {
+    const QString folder = rateFileFolder();
+    QDir().mkpath(folder);
+    const QString path = folder + QStringLiteral("/TasaCambio.txt");
+    QSaveFile f(path);
+    if (!f.open(QIODevice::WriteOnly) || f.write(value.toString().toLatin1() + "\r\n") < 0 ||
+        !f.commit())
+        throw UserError(QStringLiteral("No se pudo escribir el archivo de tasa de cambio ") +
+                        QDir::toNativeSeparators(path) + QStringLiteral("...!"));
+    return path;
+}
+
+} // namespace orvo::common::rate

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "common/decimal/decimal.h"
+
+#include <QSqlDatabase>
+#include <QWidget>
+
+class QDateEdit;
+class QLabel;
+class QLineEdit;
+class QPushButton;
+class QTableWidget;
+
+namespace orvo::common::rate {
+
+// A rate shown with the decimals it has (at least two) and this country's separators.
+QString rateText(const Decimal& value);
+
+// frmRegistrarTasaCambio: the day's rate typed (or read from a file, or the one received from
+// head office), registered for today or an earlier day; the past rates below.
+class RateScreen : public QWidget {
+    Q_OBJECT
+public:
+    RateScreen(QSqlDatabase db, QString appFolder, QWidget* parent = nullptr);
+
+    // The screen's actions, as its buttons run them.
+    void registerTyped();
+    void loadFromFile();
+    void loadReceived();
+
+private:
+    void refresh();
+
+    QSqlDatabase m_db;
+    QString m_appFolder;
+    QLabel* m_current = nullptr;
+    QLabel* m_switches = nullptr;
+    QLineEdit* m_rate = nullptr;
+    QDateEdit* m_day = nullptr;
+    QPushButton* m_register = nullptr;
+    QPushButton* m_received = nullptr;
+    QTableWidget* m_rates = nullptr;
+};
+
+// frmExportarTasaCambio: head office writes the current rate into the file the stores load.
+class RateExportScreen : public QWidget {
+    Q_OBJECT
+public:
+    RateExportScreen(QSqlDatabase db, QWidget* parent = nullptr);
+    void exportRate();
+
+private:
+    QSqlDatabase m_db;
+    QLabel* m_current = nullptr;
+};
+
+void registerRateScreens();
+
+} // namespace orvo::common::rate
