@@ -2,6 +2,7 @@
 
 #include "common/rate/rate_screen.h"
 #include "inventory/articles/article_screens.h"
+#include "inventory/prices/price_screens.h"
 #include "pos/cash/cash_screens.h"
 #include "pos/fiscal/counter_correction_screen.h"
 #include "pos/payments/payment_ways_screen.h"
@@ -26,6 +27,7 @@ void registerAllScreens() {
     pos::cash::registerCashScreens();
     pos::payments::registerPaymentScreens();
     common::rate::registerRateScreens();
+    inventory::prices::registerPriceScreens();
 }
 
 } // namespace orvo::app

@@ -16,31 +16,10 @@ namespace orvo::common::rate {
 Q_LOGGING_CATEGORY(lcRate, "orvo.rate", QtWarningMsg)
 
 std::optional<Decimal> parseTypedRate(const QString& text) {
-    QString t = text.trimmed();
-    t.remove(QLatin1Char(' '));
-    t.remove(QChar(0xA0));
-    const int dot = int(t.lastIndexOf(QLatin1Char('.')));
-    const int comma = int(t.lastIndexOf(QLatin1Char(',')));
-    QChar decimal;
-    if (dot >= 0 && comma >= 0)
-        decimal = dot > comma ? QLatin1Char('.') : QLatin1Char(',');
-    else if (dot >= 0 && t.count(QLatin1Char('.')) == 1)
-        decimal = QLatin1Char('.');
-    else if (comma >= 0 && t.count(QLatin1Char(',')) == 1)
-        decimal = QLatin1Char(',');
-    QString normal;
-    for (const QChar c : std::as_const(t)) {
-        if (c == decimal)
-            normal += QLatin1Char('.');
-        else if (c != QLatin1Char('.') && c != QLatin1Char(','))
-            normal += c;
-    }
-    // A rate is kept with eight decimals; more would be silently rounded away.
-    const int point = int(normal.indexOf(QLatin1Char('.')));
-    if (point >= 0 && normal.size() - point - 1 > 8)
-        return std::nullopt;
-    const auto value = Decimal::parse(normal);
-    if (!value || *value <= Decimal())
+    int decimals = 0;
+    const auto value = parseTypedNumber(text, &decimals);
+    // A rate is kept with eight decimals: more would be rounded away without a word.
+    if (!value || *value <= Decimal() || decimals > 8)
         return std::nullopt;
     return value;
 }

@@ -3,9 +3,9 @@
 #include "common/db/sql.h"
 #include "common/dialogs/dialogs.h"
 #include "common/dialogs/field_chain.h"
+#include "common/dialogs/screen_widgets.h"
 #include "common/rate/exchange_rate.h"
 #include "common/rate/rate_file.h"
-#include "pos/cash/cash_widgets.h"
 #include "shell/screens/screen_registry.h"
 #include "shell/session/session_context.h"
 #include "shell/session/settings_readers.h"
@@ -24,8 +24,6 @@
 #include <QVBoxLayout>
 
 namespace orvo::common::rate {
-
-using pos::cash::actionButton;
 
 namespace {
 
@@ -64,7 +62,7 @@ RateScreen::RateScreen(QSqlDatabase db, QString appFolder, QWidget* parent)
     m_current->setObjectName(QStringLiteral("lblTasaActual"));
     m_switches = new QLabel(this);
     m_switches->setObjectName(QStringLiteral("lblConfiguracion"));
-    m_rate = pos::cash::inputField(this, "txtTasaCambio", true);
+    m_rate = inputField(this, "txtTasaCambio", true);
     m_day = new QDateEdit(QDate::currentDate(), this);
     m_day->setObjectName(QStringLiteral("dtpFecha"));
     m_day->setDisplayFormat(QStringLiteral("dd/MM/yyyy"));
@@ -74,8 +72,8 @@ RateScreen::RateScreen(QSqlDatabase db, QString appFolder, QWidget* parent)
     auto* fromFile = actionButton(this, "cmdCargarArchivo", QStringLiteral("Cargar de archivo..."));
     m_received = actionButton(this, "cmdCargarRecibida", QStringLiteral("Cargar tasa recibida"));
     auto* close = actionButton(this, "cmdSalir", QStringLiteral("Salir"));
-    m_rates = pos::cash::listTable(this, "grdTasas",
-                                   {QStringLiteral("Fecha"), QStringLiteral("Tasa de cambio")});
+    m_rates =
+        listTable(this, "grdTasas", {QStringLiteral("Fecha"), QStringLiteral("Tasa de cambio")});
 
     auto* form = new QFormLayout;
     form->addRow(QStringLiteral("Tasa actual:"), m_current);
