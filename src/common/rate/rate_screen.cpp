@@ -63,10 +63,7 @@ RateScreen::RateScreen(QSqlDatabase db, QString appFolder, QWidget* parent)
     m_switches = new QLabel(this);
     m_switches->setObjectName(QStringLiteral("lblConfiguracion"));
     m_rate = inputField(this, "txtTasaCambio", true);
-    m_day = new QDateEdit(QDate::currentDate(), this);
-    m_day->setObjectName(QStringLiteral("dtpFecha"));
-    m_day->setDisplayFormat(QStringLiteral("dd/MM/yyyy"));
-    m_day->setCalendarPopup(true);
+    m_day = dateField(this, "dtpFecha");
     m_day->setMaximumDate(QDate::currentDate());
     m_register = actionButton(this, "cmdRegistrar", QStringLiteral("Registrar"));
     auto* fromFile = actionButton(this, "cmdCargarArchivo", QStringLiteral("Cargar de archivo..."));
@@ -210,15 +207,19 @@ void RateExportScreen::exportRate() {
                                     QDir::toNativeSeparators(file) + QStringLiteral("...!"));
 }
 
-void registerRateScreens() {
+void registerRateScreens(RateServices s) {
+    if (!s.database)
+        s.database = [] { return shell::mainDb(); };
+    if (!s.appFolder)
+        s.appFolder = [] {
+            return shell::session().appFolder.isEmpty() ? shell::appHome()
+                                                        : shell::session().appFolder;
+        };
     auto& r = shell::ScreenRegistry::instance();
-    r.add(kRateScreen, [](QWidget* parent) {
-        const QString folder =
-            shell::session().appFolder.isEmpty() ? shell::appHome() : shell::session().appFolder;
-        return new RateScreen(shell::mainDb(), folder, parent);
-    });
+    r.add(kRateScreen,
+          [s](QWidget* parent) { return new RateScreen(s.database(), s.appFolder(), parent); });
     r.add(QStringLiteral("frmExportarTasaCambio"),
-          [](QWidget* parent) { return new RateExportScreen(shell::mainDb(), parent); });
+          [s](QWidget* parent) { return new RateExportScreen(s.database(), parent); });
 }
 
 } // namespace orvo::common::rate

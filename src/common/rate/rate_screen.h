@@ -4,6 +4,7 @@
 
 #include <QSqlDatabase>
 #include <QWidget>
+#include <functional>
 
 class QDateEdit;
 class QLabel;
@@ -54,6 +55,13 @@ private:
     QLabel* m_current = nullptr;
 };
 
-void registerRateScreens();
+// What the rate screens borrow from the running program.
+struct RateServices {
+    std::function<QSqlDatabase()> database;
+    std::function<QString()> appFolder;
+};
+// Adds frmRegistrarTasaCambio and frmExportarTasaCambio to the ScreenRegistry. Without services,
+// the shared connection and the application folder.
+void registerRateScreens(RateServices services = {});
 
 } // namespace orvo::common::rate

@@ -7,17 +7,18 @@
 
 namespace orvo::inventory::prices {
 
-void registerPriceScreens() {
+void registerPriceScreens(ArticleServices s) {
+    if (!s.database)
+        s.database = [] { return shell::mainDb(); };
+    if (!s.userCode)
+        s.userCode = [] { return shell::session().userCode; };
     auto& r = shell::ScreenRegistry::instance();
-    r.add(kPriceListScreen, [](QWidget* parent) {
-        return new PriceListScreen(shell::mainDb(), shell::session().userCode, parent);
-    });
-    r.add(kPromotionScreen, [](QWidget* parent) {
-        return new PromotionScreen(shell::mainDb(), shell::session().userCode, parent);
-    });
-    r.add(kRepriceScreen, [](QWidget* parent) {
-        return new RepriceScreen(shell::mainDb(), shell::session().userCode, parent);
-    });
+    r.add(kPriceListScreen,
+          [s](QWidget* parent) { return new PriceListScreen(s.database(), s.userCode(), parent); });
+    r.add(kPromotionScreen,
+          [s](QWidget* parent) { return new PromotionScreen(s.database(), s.userCode(), parent); });
+    r.add(kRepriceScreen,
+          [s](QWidget* parent) { return new RepriceScreen(s.database(), s.userCode(), parent); });
 }
 
 } // namespace orvo::inventory::prices

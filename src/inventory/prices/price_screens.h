@@ -1,7 +1,9 @@
 #pragma once
 
+#include "inventory/articles/article_screens.h"
+
 namespace orvo::inventory::prices {
-// frmListaPrecios, frmPreciosPromocion and frmActualizarPrecios on the main connection, for the
-// logged-in user.
-void registerPriceScreens();
+// Adds frmListaPrecios, frmPreciosPromocion and frmActualizarPrecios to the ScreenRegistry.
+// Without services, the shared connection and the logged-in user.
+void registerPriceScreens(ArticleServices services = {});
 } // namespace orvo::inventory::prices

@@ -132,7 +132,7 @@ void PromotionScreen::buildUi() {
         if (item)
             guarded(this, [this] { showModels(); });
     });
-    connect(m_brand, &QComboBox::activated, this,
+    connect(m_brand, &QComboBox::currentIndexChanged, this,
             [this] { guarded(this, [this] { showModels(); }); });
     connect(m_reference, &QLineEdit::returnPressed, this,
             [this] { guarded(this, [this] { showModels(); }); });

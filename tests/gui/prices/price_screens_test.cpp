@@ -1,0 +1,201 @@
+// The price screens as a user drives them: a brand on promotion for next week approved into the
+// catalogue, a list keyed by hand, the repricing from costs.
+#include "inventory/prices/price_support.h"
+
+#include "inventory/prices/price_list_screen.h"
+#include "inventory/prices/price_screens.h"
+#include "inventory/prices/promotion_screen.h"
+#include "shell/screens/screen_registry.h"
+#include "support/scripted_dialogs.h"
+
+#include <QComboBox>
+#include <QDateEdit>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTableWidget>
+#include <QTest>
+
+using namespace orvo;
+using namespace orvo::inventory::prices;
+
+namespace {
+
+class PriceScreensTest : public test::PriceTest {
+protected:
+    void SetUp() override {
+        PriceTest::SetUp();
+        registerPriceScreens({[this] { return db(); }, [] { return QString("ANA"); }});
+    }
+    std::unique_ptr<QWidget> open(const char* name) {
+        std::unique_ptr<QWidget> w(shell::ScreenRegistry::instance().create(name, nullptr));
+        EXPECT_TRUE(w) << name;
+        if (w) {
+            EXPECT_EQ(w->objectName(), name);
+            w->show();
+        }
+        return w;
+    }
+    template <class T> static T* child(QWidget& w, const char* name) {
+        T* c = w.findChild<T*>(QString::fromLatin1(name));
+        EXPECT_NE(c, nullptr) << name;
+        return c;
+    }
+    static void type(QWidget& w, const char* name, const QString& text) {
+        auto* e = child<QLineEdit>(w, name);
+        e->selectAll();
+        QTest::keyClicks(e, text);
+    }
+    static void click(QWidget& w, const char* name) {
+        QTest::mouseClick(child<QPushButton>(w, name), Qt::LeftButton);
+    }
+    static void pickBrand(QWidget& w, const char* code) {
+        auto* box = child<QComboBox>(w, "cboMarca");
+        box->setCurrentIndex(box->findData(code));
+    }
+};
+
+} // namespace
+
+TEST_F(PriceScreensTest, ABrandOnPromotionForNextWeekIsApprovedIntoTheCatalogue) {
+    test::ScriptedDialogs dialogs;
+    const QDate nextMonday = QDate::currentDate().addDays(8 - QDate::currentDate().dayOfWeek());
+    {
+        auto screen = open("frmPreciosPromocion");
+        auto* models = child<QTableWidget>(*screen, "lstModelos");
+        EXPECT_EQ(models->rowCount(), 3);
+        pickBrand(*screen, "N1");
+        ASSERT_EQ(models->rowCount(), 2);
+        EXPECT_EQ(models->item(0, 1)->text(), "R1");
+
+        click(*screen, "cmdGenerar");
+        EXPECT_EQ(dialogs.lastText(),
+                  "Debe seleccionar una marca y una referencia para la promoción...!");
+        click(*screen, "cmdMarcarTodos");
+        type(*screen, "txtPorcentajePromocion", "30");
+        child<QDateEdit>(*screen, "dtpFechaInicial")->setDate(nextMonday);
+        child<QDateEdit>(*screen, "dtpFechaFinal")->setDate(nextMonday.addDays(6));
+        dialogs.expectQuestion("Esta seguro de generar la lista de precio...?", true);
+        click(*screen, "cmdGenerar");
+        EXPECT_EQ(dialogs.lastText(), "Lista de precio generada con exito...!");
+        EXPECT_TRUE(child<QLabel>(*screen, "lblResultado")->text().contains("Nº 1"));
+    }
+    EXPECT_EQ(count("MOVLISTAPRECIO", "Numero = 1 AND Promocion = 1"), 2);
+    EXPECT_EQ(count("INVENTARIO", "Promocion = 1"), 0);
+
+    auto screen = open("frmListaPrecios");
+    auto& s = static_cast<PriceListScreen&>(*screen);
+    s.openList(1);
+    auto* lines = child<QTableWidget>(s, "SpreadListaPrecios");
+    ASSERT_EQ(lines->rowCount(), 2);
+    EXPECT_EQ(child<QLabel>(s, "lblStatus")->text(), "ABIERTA");
+    EXPECT_EQ(lines->item(0, 12)->text(), "70,00");
+    EXPECT_EQ(lines->item(1, 13)->text(), nextMonday.toString("dd/MM/yyyy"));
+
+    dialogs.expectQuestion("Desea aprobar la lista de precio...?", true);
+    dialogs.expectQuestion("Desea actualizar los valores del inventario con la lista de precio...?",
+                           true);
+    QTest::keyClick(&s, Qt::Key_F10);
+    EXPECT_TRUE(dialogs.allAnswered());
+    EXPECT_EQ(dialogs.lastText(),
+              "Lista de precio Nº 1 guardada y aprobada: se actualizaron los precios de 5 "
+              "artículos...!");
+    EXPECT_EQ(child<QLabel>(s, "lblStatus")->text(), "APROBADA");
+    EXPECT_FALSE(child<QPushButton>(s, "cmdGuardar")->isEnabled());
+    EXPECT_EQ(
+        count("INVENTARIO",
+              "Promocion = 1 AND PrecioPromocion = 70 AND FechaInicial >= ? "
+              "AND FechaInicial < ?",
+              {QDateTime(nextMonday, QTime(0, 0)), QDateTime(nextMonday.addDays(1), QTime(0, 0))}),
+        3);
+    EXPECT_EQ(count("INVENTARIO", "Promocion = 1 AND PrecioPromocion = 28"), 2);
+    EXPECT_EQ(count("INVENTARIO", "CodigoMarca = 'A1' AND Promocion = 0"), 1);
+}
+
+TEST_F(PriceScreensTest, AListKeyedByHandFromTheKeyboard) {
+    test::ScriptedDialogs dialogs;
+    auto screen = open("frmListaPrecios");
+    auto& s = static_cast<PriceListScreen&>(*screen);
+    auto* lines = child<QTableWidget>(s, "SpreadListaPrecios");
+
+    // Reference, Enter, brand, Enter: the model is added.
+    type(s, "txtReferencia", "R2");
+    QTest::keyClick(child<QLineEdit>(s, "txtReferencia"), Qt::Key_Return);
+    pickBrand(s, "N1");
+    QTest::keyClick(child<QComboBox>(s, "cboMarca"), Qt::Key_Return);
+    ASSERT_EQ(lines->rowCount(), 1);
+    EXPECT_EQ(lines->item(0, 2)->text(), "ZAPATO R2");
+    EXPECT_EQ(lines->item(0, 3)->text(), "20,00");
+    guarded(&s, [&] { s.addModel("R2", "N1"); });
+    EXPECT_EQ(dialogs.lastText(), "La referencia R2 ya esta en la lista...!");
+    guarded(&s, [&] { s.addModel("R9", "N1"); });
+    EXPECT_EQ(dialogs.lastText(), "No existe la referencia R9 de la marca N1...!");
+
+    // The factor suggests from the cost; typed prices and the promotion.
+    type(s, "txtFactorDetal", "2,5");
+    QTest::keyClick(child<QLineEdit>(s, "txtFactorDetal"), Qt::Key_Return);
+    EXPECT_EQ(lines->item(0, 4)->text(), "50,00");
+    lines->item(0, 5)->setText("49,90");
+    EXPECT_EQ(s.list().lines[0].retail, test::PriceTest::d("49.9"));
+    lines->item(0, 11)->setText("10");
+    EXPECT_EQ(lines->item(0, 12)->text(), "44,91");
+    lines->item(0, 13)->setText("31/02/2026");
+    EXPECT_EQ(dialogs.lastText(), "Escriba la fecha como dd/mm/aaaa...!");
+    lines->item(0, 14)->setText("01/01/1999");
+    EXPECT_EQ(dialogs.lastText(),
+              "La fecha inicial no puede ser mayor a la fecha final de la promoción...!");
+    EXPECT_EQ(lines->item(0, 14)->text(), "01/01/2000"); // back to what the line holds
+    lines->item(0, 10)->setCheckState(Qt::Checked);
+    EXPECT_TRUE(s.list().lines[0].promotion);
+    EXPECT_EQ(s.list().lines[0].start, QDate::currentDate());
+
+    // A zero price stops the save before any question.
+    lines->item(0, 7)->setText("0");
+    click(s, "cmdGuardar");
+    EXPECT_EQ(dialogs.lastText(), "Existen precios mayor en cero...!");
+    lines->item(0, 7)->setText("39");
+
+    // Approved without the second Yes, the catalogue waits for "Actualizar inventario".
+    dialogs.expectQuestion("Desea aprobar la lista de precio...?", true);
+    dialogs.expectQuestion("Desea actualizar los valores del inventario", false);
+    click(s, "cmdGuardar");
+    EXPECT_EQ(dialogs.lastText(), "Lista de precio Nº 1 guardada y aprobada...!");
+    EXPECT_EQ(inventory("PrecioDetal", "R2-S"), test::PriceTest::d("40"));
+    ASSERT_TRUE(child<QPushButton>(s, "cmdActualizarInventario")->isEnabled());
+    dialogs.expectQuestion("Desea actualizar los valores del inventario", true);
+    click(s, "cmdActualizarInventario");
+    EXPECT_EQ(dialogs.lastText(), "Se actualizaron los precios de 2 artículos...!");
+    EXPECT_EQ(inventory("PrecioDetal", "R2-M"), test::PriceTest::d("49.9"));
+    EXPECT_EQ(inventory("PrecioPromocion", "R2-M"), test::PriceTest::d("44.91"));
+    EXPECT_EQ(inventory("PrecioMayor", "R2-M"), test::PriceTest::d("39"));
+
+    // Nuevo starts an empty list; the next one takes number 2.
+    click(s, "cmdNuevo");
+    EXPECT_EQ(lines->rowCount(), 0);
+    EXPECT_EQ(child<QLabel>(s, "lblStatus")->text(), "ABIERTA");
+    s.loadFromList(1);
+    EXPECT_EQ(lines->rowCount(), 1);
+    type(s, "txtDescuento", "15");
+    click(s, "cmdAplicarDescuento");
+    EXPECT_EQ(dialogs.lastText(), "Se aplico un descuento de 15% a la lista actual.");
+    EXPECT_EQ(s.list().lines[0].promotionPrice, test::PriceTest::d("42.415"));
+    dialogs.expectQuestion("Desea aprobar la lista de precio...?", false);
+    click(s, "cmdGuardar");
+    EXPECT_EQ(dialogs.lastText(), "Lista de precio Nº 2 guardada...!");
+}
+
+TEST_F(PriceScreensTest, TheCatalogueRepricedFromCostsAndMargins) {
+    test::ScriptedDialogs dialogs;
+    auto screen = open("frmActualizarPrecios");
+    type(*screen, "txtUtilidadDetal", "40");
+    type(*screen, "txtUtilidadMayor", "20");
+    click(*screen, "cmdActualizar");
+    EXPECT_EQ(dialogs.lastText(),
+              "Introduzca un porcentaje de utilidad para el precio afiliado...!");
+    type(*screen, "txtUtilidadAfiliado", "30");
+    dialogs.expectQuestion("Desea actualizar los precios de los articulos y servicion?...", true);
+    QTest::keyClick(child<QLineEdit>(*screen, "txtUtilidadAfiliado"), Qt::Key_Return);
+    EXPECT_EQ(dialogs.lastText(), "precios actualizados con exito...!");
+    EXPECT_EQ(inventory("PrecioDetal", "R1-36"), test::PriceTest::d("70"));
+    EXPECT_EQ(inventory("PrecioAfiliado", "R2-S"), test::PriceTest::d("26"));
+}
