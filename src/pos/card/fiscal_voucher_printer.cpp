@@ -3,7 +3,6 @@
 #include "common/errors/errors.h"
 #include "pos/card/terminal_settings.h"
 #include "pos/fiscal/fiscal_printer_thread.h"
-#include "pos/fiscal/register_printer.h"
 
 #include <QEventLoop>
 #include <QFutureWatcher>
@@ -15,7 +14,6 @@ FiscalVoucherPrinter::FiscalVoucherPrinter(fiscal::FiscalPrinterThread& printer)
 
 void FiscalVoucherPrinter::printLines(const QStringList& lines) {
     QFuture<void> future = m_printer.call([lines](fiscal::FiscalPrinter& p) {
-        fiscal::ensureOpen(p);
         if (!p.printNonFiscal(lines))
             throw UserError(
                 QStringLiteral("No se pudo imprimir el voucher: %1").arg(p.errorText()));

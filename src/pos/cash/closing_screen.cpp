@@ -6,7 +6,6 @@
 #include "common/dialogs/dialogs.h"
 #include "pos/cash/closing_report.h"
 #include "pos/fiscal/fiscal_printer_thread.h"
-#include "pos/fiscal/register_printer.h"
 #include "pos/payments/payment_rules.h"
 #include "shell/session/session_context.h"
 
@@ -184,15 +183,7 @@ void ClosingScreen::accept() {
     }
     setBusy(true);
     progress(0, QStringLiteral("Verificando la impresora fiscal..."));
-    m_printer
-        .call([](fiscal::FiscalPrinter& p) {
-            try {
-                fiscal::ensureOpen(p);
-            } catch (const UserError&) {
-                return PrinterZState{};
-            }
-            return readPrinterZState(p);
-        })
+    m_printer.call([](fiscal::FiscalPrinter& p) { return readPrinterZState(p); })
         .then(this, [this](const PrinterZState& s) { afterPrinterState(s); });
 }
 

@@ -1,5 +1,7 @@
 #include "pos/cash/opening_screen.h"
 
+#include "shell/startup/external_backup.h"
+
 #include "common/dialogs/field_chain.h"
 #include "pos/cash/cash_widgets.h"
 
@@ -7,7 +9,6 @@
 #include "common/rate/reconversion_dialog.h"
 #include "pos/cash/cash_day.h"
 #include "pos/fiscal/fiscal_printer_thread.h"
-#include "pos/fiscal/register_printer.h"
 #include "shell/session/session_context.h"
 
 #include <QDateEdit>
@@ -119,20 +120,16 @@ void OpeningScreen::openDay() {
         return;
     }
     setBusy(true, QStringLiteral("Verificando la impresora fiscal..."));
-    m_printer
-        .call([](fiscal::FiscalPrinter& p) {
-            try {
-                fiscal::ensureOpen(p);
-            } catch (const UserError&) {
-                return PrinterAtOpening{}; // reported as the printer not answering
-            }
-            return readPrinterForOpening(p);
-        })
+    m_printer.call([](fiscal::FiscalPrinter& p) { return readPrinterForOpening(p); })
         .then(this, [this, r](const PrinterAtOpening& printer) mutable {
             r.today = QDate::currentDate();
             r.now = QDateTime::currentDateTime();
             const bool opened = guarded(this, [&] { cash::openDay(m_db, r, printer); });
             setBusy(false);
+            // The day is open; the closing's backup would fail later, so say it now.
+            if (opened)
+                if (const QString problem = shell::backupToolProblem(m_db); !problem.isEmpty())
+                    dialogs().warning(this, problem);
             emit openingFinished(opened);
         });
 }

@@ -72,7 +72,6 @@ void CounterCorrectionScreen::accept() {
     m_accept->setEnabled(false);
     m_printer
         .call([](FiscalPrinter& p) {
-            ensureOpen(p);
             const auto numbers = p.lastDocumentNumbers();
             if (!numbers)
                 throw UserError(

@@ -45,7 +45,8 @@ QString FiscalPrinter::errorText() const {
     case 112:
         return QStringLiteral("El buffer de la impresora fiscal está lleno.");
     case kErrorPort:
-        return QStringLiteral("No se pudo abrir el puerto de la impresora fiscal.");
+        return QStringLiteral("El puerto NO responde. Verifique que algún otro programa no lo "
+                              "este utilizando.");
     case kErrorNoAnswer:
         return QStringLiteral("La impresora fiscal no responde.");
     case kErrorCheckByte:

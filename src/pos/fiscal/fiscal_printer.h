@@ -33,6 +33,8 @@ public:
     virtual QString portName() const = 0;
     // Whether open() failed because another program holds the port.
     virtual bool portBusy() const = 0;
+    // Whether the printer was unplugged while open: it must be opened again.
+    virtual bool lineLost() { return false; }
 
     // Status probe (ENQ): updates status() and error(); false when there is no answer.
     virtual bool probe() = 0;

@@ -2,7 +2,8 @@
 
 namespace orvo::pos::fiscal {
 
-FiscalPrinterThread::FiscalPrinterThread(Factory factory, QObject* parent) : QObject(parent) {
+FiscalPrinterThread::FiscalPrinterThread(Factory factory, Prepare prepare, QObject* parent)
+    : QObject(parent), m_prepare(std::move(prepare)) {
     m_thread.setObjectName(QStringLiteral("ImpresoraFiscal"));
     m_worker = new QObject;
     m_worker->moveToThread(&m_thread);

@@ -20,13 +20,16 @@ namespace orvo::pos::fiscal {
 //       .then(this, [this](bool ok) { ... });
 //
 // Calls run one at a time in the order they were queued. An exception thrown by a call (a
-// UserError) is rethrown by the future's result().
+// UserError) is rethrown by the future's result(). `prepare`, when given, runs on the thread
+// before every call: the register's printer opens its port there (makeRegisterPrinter), so that
+// no caller can forget to.
 class FiscalPrinterThread : public QObject {
     Q_OBJECT
 public:
     using Factory = std::function<std::unique_ptr<FiscalPrinter>()>;
+    using Prepare = std::function<void(FiscalPrinter&)>;
 
-    explicit FiscalPrinterThread(Factory factory, QObject* parent = nullptr);
+    explicit FiscalPrinterThread(Factory factory, Prepare prepare = {}, QObject* parent = nullptr);
     // Waits for the call under way, closes the port and stops the thread.
     ~FiscalPrinterThread() override;
 
@@ -39,6 +42,8 @@ public:
             m_worker,
             [this, promise, fn = std::move(fn)]() mutable {
                 try {
+                    if (m_prepare)
+                        m_prepare(*m_printer);
                     if constexpr (std::is_void_v<R>)
                         fn(*m_printer);
                     else
@@ -63,6 +68,7 @@ public:
 private:
     QThread m_thread;
     QObject* m_worker = nullptr;
+    const Prepare m_prepare; // set once, read only on the printer's thread
     std::unique_ptr<FiscalPrinter> m_printer;
 };
 

@@ -42,6 +42,7 @@ PrinterFacts readPrinterFacts(FiscalPrinter& printer) {
     f.lastCreditNote = numbers->lastCreditNote;
     f.date = s1->date;
     f.serial = s1->serial;
+    f.rif = s1->rif;
     return f;
 }
 

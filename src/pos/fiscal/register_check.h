@@ -23,6 +23,7 @@ struct PrinterFacts {
     int lastCreditNote = 0;
     QDate date;
     QString serial;
+    QString rif;
 };
 
 // The register's counters: CAJAS of `serial`, or PARAMETROS when ControlFactura is 2.

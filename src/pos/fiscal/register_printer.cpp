@@ -1,11 +1,16 @@
 #include "pos/fiscal/register_printer.h"
 
+#include "common/errors/errors.h"
+#include "pos/fiscal/port_finder.h"
 #include "pos/fiscal/serial_fiscal_printer.h"
 
 #include <QCoreApplication>
+#include <QLoggingCategory>
 #include <memory>
 
 namespace orvo::pos::fiscal {
+
+Q_LOGGING_CATEGORY(lcFiscal, "orvo.pos.fiscal")
 
 namespace {
 std::unique_ptr<FiscalPrinterThread> g_printer;
@@ -28,20 +33,38 @@ void appendTotals(QStringList& out, const QString& title, const protocol::Docume
 }
 } // namespace
 
+std::unique_ptr<FiscalPrinterThread> makeRegisterPrinter(const LinkTiming& timing) {
+    return std::make_unique<FiscalPrinterThread>(
+        [timing] { return std::make_unique<SerialFiscalPrinter>(timing); }, openWhenClosed);
+}
+
 FiscalPrinterThread& registerPrinter() {
     if (!g_printer) {
-        g_printer = std::make_unique<FiscalPrinterThread>(
-            [] { return std::make_unique<SerialFiscalPrinter>(); });
+        g_printer = makeRegisterPrinter();
         if (auto* app = QCoreApplication::instance())
             QObject::connect(app, &QCoreApplication::aboutToQuit, [] { g_printer.reset(); });
     }
     return *g_printer;
 }
 
-PortChoice ensureOpen(FiscalPrinter& printer) {
-    if (printer.isOpen())
-        return {printer.portName(), {}};
-    return openConfiguredPrinter(printer);
+void openWhenClosed(FiscalPrinter& printer) {
+    if (printer.isOpen()) {
+        if (!printer.lineLost())
+            return;
+        qCWarning(lcFiscal) << "impresora fiscal desconectada de" << printer.portName();
+        printer.close();
+    }
+    try {
+        const PortChoice choice = openConfiguredPrinter(printer);
+        if (choice.message.isEmpty())
+            qCInfo(lcFiscal) << "impresora fiscal en" << choice.port;
+        else
+            qCWarning(lcFiscal) << choice.message;
+    } catch (const UserError& e) {
+        // Left closed: the call reports it, and the next one looks again (the printer may have
+        // been switched on meanwhile).
+        qCWarning(lcFiscal) << e.text();
+    }
 }
 
 QString zReportText(const protocol::ZReport& z) {

@@ -1,22 +1,31 @@
 #pragma once
 
 #include "pos/fiscal/fiscal_printer_thread.h"
-#include "pos/fiscal/port_finder.h"
 #include "pos/fiscal/protocol/replies.h"
+#include "pos/fiscal/serial_link.h"
 
 #include <QString>
+#include <memory>
 
 namespace orvo::pos::fiscal {
 
-// This register's printer for the whole run: a SerialFiscalPrinter on its own thread, created at
-// first use and stopped when the application quits. Calls open it on the configured port with
-// ensureOpen().
+// The register's printer: a SerialFiscalPrinter on its own thread that, before every call, opens
+// itself on this workstation's port when it is closed (openWhenClosed). Every fiscal action goes
+// through one: the sale, returns and exchanges, the opening and closing, the fiscal operations,
+// the counters, card vouchers and the customer display. Nothing opens the port beforehand, so a
+// program restarted with the printer left on its port sells at once.
+std::unique_ptr<FiscalPrinterThread> makeRegisterPrinter(const LinkTiming& timing = {});
+
+// The program's register printer for the whole run, created at first use and stopped when the
+// application quits.
 FiscalPrinterThread& registerPrinter();
 
-// Opens the printer on this workstation's port unless it is open; throws UserError as
-// openConfiguredPrinter() does. Call it first inside a queued call:
-//   registerPrinter().call([](FiscalPrinter& p) { ensureOpen(p); return p.printXReport(); });
-PortChoice ensureOpen(FiscalPrinter& printer);
+// The one way the register's printer is opened: unless it is open (and still plugged in: one
+// that was pulled out is opened again), on the configured port, else
+// on the first serial port that answers (saved as the configured one; see port_finder.h). When
+// no port answers the printer stays closed and the call that follows fails with the port's
+// message ("El puerto NO responde..."). Runs on the printer's thread.
+void openWhenClosed(FiscalPrinter& printer);
 
 // The text of a Z report as the closing records it.
 QString zReportText(const protocol::ZReport& z);

@@ -16,6 +16,7 @@ public:
     bool isOpen() const override { return m_link.isOpen(); }
     QString portName() const override { return m_link.portName(); }
     bool portBusy() const override { return m_busy; }
+    bool lineLost() override { return m_link.deviceGone(); }
 
     bool probe() override;
     bool sendCommand(const QByteArray& command) override;

@@ -39,6 +39,16 @@ void SerialLink::close() {
     m_reader.reset();
 }
 
+bool SerialLink::deviceGone() {
+    if (!m_port.isOpen())
+        return false;
+    m_port.waitForReadyRead(0);
+    // An unplugged adapter reports a resource error; a terminal whose far end is gone reads
+    // end-of-file, a read error.
+    const auto e = m_port.error();
+    return e == QSerialPort::ResourceError || e == QSerialPort::ReadError;
+}
+
 void SerialLink::write(const QByteArray& bytes) {
     m_port.write(bytes);
     m_port.waitForBytesWritten(1000);

@@ -33,6 +33,9 @@ public:
     bool open(const QString& port, bool* busy);
     void close();
     bool isOpen() const { return m_port.isOpen(); }
+    // Whether the device went away under the open port (a USB adapter pulled out, the far end of
+    // a pseudo-terminal gone). Takes in a hang-up the port has not noticed yet.
+    bool deviceGone();
     QString portName() const { return m_name; }
 
     // ENQ, sent again once without an answer.

@@ -2,7 +2,6 @@
 
 #include "common/dialogs/dialogs.h"
 #include "pos/fiscal/fiscal_printer_thread.h"
-#include "pos/fiscal/register_printer.h"
 
 #include <QFuture>
 #include <QLabel>
@@ -37,18 +36,15 @@ protected:
     // Controls disabled while the printer works.
     void addActionControl(QWidget* w) { m_controls.append(w); }
 
-    // Runs fn(printer) on the printer's thread after opening the port, then done(result) here.
+    // Runs fn(printer) on the printer's thread (which opens the port first), then done(result)
+    // here.
     template <class F, class Done> void runOnPrinter(const QString& busyText, F fn, Done done) {
         if (m_busy)
             return;
         setBusy(true, busyText);
         using R = std::invoke_result_t<F, fiscal::FiscalPrinter&>;
         QPointer<PrinterScreen> self(this);
-        m_printer
-            .call([fn = std::move(fn)](fiscal::FiscalPrinter& p) mutable -> R {
-                fiscal::ensureOpen(p);
-                return fn(p);
-            })
+        m_printer.call(std::move(fn))
             .then(this, [self, done = std::move(done)](QFuture<R> future) mutable {
                 if (!self)
                     return;

@@ -4,6 +4,7 @@
 #include "common/db/transaction.h"
 #include "common/errors/errors.h"
 #include "common/numbering/numbering.h"
+#include "inventory/stock/model_average.h"
 #include "pos/fiscal/document_builder.h"
 #include "pos/fiscal/register_check.h"
 #include "pos/payments/payment_rules.h"
@@ -62,7 +63,8 @@ SavedReturn writeReturn(const QSqlDatabase& db, const shell::SessionContext& ctx
                                 .arg(line.source.codigoBarra));
     }
     store::restock(db, number, ctx.serial, negative);
-    store::recomputeModelAverage(db, number, ctx.serial);
+    inventory::stock::recomputeModelAverage(
+        db, inventory::stock::AveragedDocument::salesReturn(number, ctx.serial));
     SavedReturn saved;
     saved.number = number;
     saved.totals = store::writeTotals(db, number, ctx.serial);

@@ -4,8 +4,6 @@
 #include "common/db/transaction.h"
 #include "pos/sale/line_insert.h"
 
-#include <QMap>
-
 namespace orvo::pos::returns::store {
 
 std::optional<ReturnableInvoice> loadInvoice(const QSqlDatabase& db, long long number,
@@ -157,44 +155,6 @@ void restock(const QSqlDatabase& db, long long number, const QString& serie,
     for (int i = 0; i < 4; ++i)
         down.bind(number).bind(serie);
     down.exec();
-}
-
-void recomputeModelAverage(const QSqlDatabase& db, long long number, const QString& serie) {
-    db::requireTransaction(db);
-    // The variants with stock of every model the return touched. Averaged here: a correlated
-    // UPDATE would see its own earlier rows on SQLite and not on PostgreSQL.
-    db::Sql q(db, QStringLiteral(
-                      "SELECT A.Referencia, A.CodigoMarca, A.CostoPromedio, A.Existencia FROM "
-                      "INVENTARIO A WHERE A.Existencia > 0 AND EXISTS (SELECT 1 FROM INVENTARIO B "
-                      "INNER JOIN MOVDEVVENTAS M ON M.CodigoBarra = B.CodigoBarra INNER JOIN "
-                      "DEVVENTAS D ON D.NumeroDevolucion = M.NumeroDevolucion AND D.Serie = "
-                      "M.Serie WHERE M.NumeroDevolucion = ? AND D.Serie = ? AND B.Existencia > 0 "
-                      "AND B.Referencia = A.Referencia AND B.CodigoMarca = A.CodigoMarca)"));
-    q.bind(number).bind(serie).exec();
-    struct Sums {
-        QString referencia;
-        QString marca;
-        Decimal value;
-        Decimal stock;
-    };
-    QMap<QString, Sums> models;
-    while (q.next()) {
-        const QString ref = q.text(QStringLiteral("Referencia"));
-        const QString brand = q.text(QStringLiteral("CodigoMarca"));
-        Sums& s = models[ref + QLatin1Char('\x1f') + brand];
-        s.referencia = ref;
-        s.marca = brand;
-        const Decimal stock = q.decimal(QStringLiteral("Existencia"));
-        s.value += q.decimal(QStringLiteral("CostoPromedio")) * stock;
-        s.stock += stock;
-    }
-    // Every variant of the model takes the average, and its last cost the cost it had before.
-    db::Sql up(db, QStringLiteral("UPDATE INVENTARIO SET UltimoCosto = CostoPromedio, "
-                                  "CostoPromedio = ? WHERE Referencia = ? AND CodigoMarca = ?"));
-    for (const Sums& s : std::as_const(models)) {
-        up.bind((s.value / s.stock).rounded(5), 5).bind(s.referencia).bind(s.marca);
-        up.exec();
-    }
 }
 
 ReturnTotals writeTotals(const QSqlDatabase& db, long long number, const QString& serie) {

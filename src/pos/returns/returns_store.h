@@ -35,9 +35,6 @@ enum class NegativeStockLastCost { LineCost, ListPrice };
 // cost, last cost = the line's list price), then those still negative (cost of the line).
 void restock(const QSqlDatabase& db, long long number, const QString& serie,
              NegativeStockLastCost negative);
-// Every model the return touched gets the stock-weighted average of its variants with stock; the
-// last cost takes each variant's average from before this statement.
-void recomputeModelAverage(const QSqlDatabase& db, long long number, const QString& serie);
 // The totals summed from the saved lines, written to DEVVENTAS.
 ReturnTotals writeTotals(const QSqlDatabase& db, long long number, const QString& serie);
 

@@ -2,7 +2,6 @@
 
 #include "common/db/sql.h"
 #include "pos/fiscal/fiscal_printer_thread.h"
-#include "pos/fiscal/register_printer.h"
 #include "pos/payments/payment_rules.h"
 #include "shell/session/session_context.h"
 
@@ -37,17 +36,6 @@ struct Outcome {
     QString error;
 };
 
-// The register's printer opens on its configured port at first use; one that does not answer
-// is reported by the call itself.
-void openIfNeeded(fiscal::FiscalPrinter& p) {
-    if (p.isOpen())
-        return;
-    try {
-        fiscal::ensureOpen(p);
-    } catch (const std::exception&) {
-    }
-}
-
 QString esc(const QString& s) {
     return s.toHtmlEscaped();
 }
@@ -61,7 +49,6 @@ fiscal::PrinterFacts ThreadSalePrinter::facts() {
 
 bool ThreadSalePrinter::printZ() {
     const Outcome o = wait(m_thread.call([](fiscal::FiscalPrinter& p) {
-        openIfNeeded(p);
         const bool ok = p.printZReport() && p.waitUntilReady(kZReportTimeoutMs);
         return Outcome{ok, ok ? QString() : p.errorText()};
     }));
@@ -71,7 +58,6 @@ bool ThreadSalePrinter::printZ() {
 
 bool ThreadSalePrinter::print(const fiscal::FiscalDocument& document) {
     const Outcome o = wait(m_thread.call([document](fiscal::FiscalPrinter& p) {
-        openIfNeeded(p);
         const bool ok = p.isOpen() && p.printDocument(document);
         QString error = p.errorText();
         if (!ok && error.isEmpty())

@@ -1,11 +1,10 @@
 // frmCorregirConsecutivos against the software printer: the invoice counter must be the
 // printer's, the return counter may only grow.
+#include "../../pos/fiscal/printer_on_emulator.h"
 #include "pos/fiscal/counter_correction_screen.h"
 #include "pos/fiscal/fiscal_printer_thread.h"
-#include "pos/fiscal/serial_fiscal_printer.h"
 #include "support/scripted_dialogs.h"
 #include "support/test_db.h"
-#include "tools/fiscal_emulator/emulator_thread.h"
 
 #include <QLineEdit>
 #include <QPushButton>
@@ -24,8 +23,7 @@ protected:
         exec("INSERT INTO CAJAS (Serie, Numero, UltimaFactura, UltimaDevolucion) "
              "VALUES (?, ?, ?, ?)",
              {"Z1B0000001", 1, 5, 2});
-        const QString device = emulator.device();
-        ASSERT_TRUE(printer.callAndWait([device](FiscalPrinter& p) { return p.open(device); }));
+        printer = test::printerThreadOn(emulator);
     }
     QLineEdit* field(QWidget& s, const char* name) {
         return s.findChild<QLineEdit*>(QString::fromLatin1(name));
@@ -40,20 +38,15 @@ protected:
             .toInt();
     }
 
-    tools::fiscal::EmulatorThread emulator;
-    FiscalPrinterThread printer{[] {
-        LinkTiming fast;
-        fast.ackTimeoutMs = fast.replyTimeoutMs = fast.blockTimeoutMs = 300;
-        fast.probeTimeoutMs = 150;
-        return std::make_unique<SerialFiscalPrinter>(fast);
-    }};
+    test::RunningEmulator emulator;
+    std::unique_ptr<FiscalPrinterThread> printer;
     test::ScriptedDialogs dialogs;
 };
 
 } // namespace
 
 TEST_F(CounterCorrectionScreenTest, InvoiceFollowsThePrinterReturnOnlyGrows) {
-    CounterCorrectionScreen screen(db(), QStringLiteral("Z1B0000001"), 1, printer);
+    CounterCorrectionScreen screen(db(), QStringLiteral("Z1B0000001"), 1, *printer);
     screen.show();
     EXPECT_EQ(screen.objectName(), QStringLiteral("frmCorregirConsecutivos"));
     QLineEdit* invoice = field(screen, "txtFactura");
@@ -82,7 +75,7 @@ TEST_F(CounterCorrectionScreenTest, InvoiceFollowsThePrinterReturnOnlyGrows) {
     l.quantity = Decimal(1);
     l.name = QStringLiteral("CAMISA");
     d.lines = {l};
-    ASSERT_TRUE(printer.callAndWait([d](FiscalPrinter& p) { return p.printDocument(d); }));
+    ASSERT_TRUE(printer->callAndWait([d](FiscalPrinter& p) { return p.printDocument(d); }));
     invoice->setText(QStringLiteral("1"));
     returned->setText(QStringLiteral("1"));
     dialogs.clear();
@@ -114,7 +107,7 @@ TEST_F(CounterCorrectionScreenTest, InvoiceFollowsThePrinterReturnOnlyGrows) {
 
 TEST_F(CounterCorrectionScreenTest, CompanyWideCountersAndASilentPrinter) {
     exec("INSERT INTO PARAMETROS (UltimaFactura, UltimaDevolucion) VALUES (?, ?)", {0, 0});
-    CounterCorrectionScreen screen(db(), QStringLiteral("Z1B0000001"), 2, printer);
+    CounterCorrectionScreen screen(db(), QStringLiteral("Z1B0000001"), 2, *printer);
     screen.show();
     EXPECT_EQ(field(screen, "txtFactura")->text(), QStringLiteral("0"));
     field(screen, "txtDevolucion")->setText(QStringLiteral("4"));

@@ -1,8 +1,7 @@
 #pragma once
 
-#include "../../pos/fiscal/running_emulator.h"
+#include "../../pos/fiscal/printer_on_emulator.h"
 #include "pos/fiscal/fiscal_printer_thread.h"
-#include "pos/fiscal/serial_fiscal_printer.h"
 #include "shell/session/session_context.h"
 #include "support/test_db.h"
 
@@ -19,9 +18,7 @@ protected:
     void SetUp() override {
         DbTest::SetUp();
         QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, m_settingsDir.path());
-        qputenv("ORVO_PUERTO_FISCAL", m_emulator.device().toUtf8());
-        m_printer = std::make_unique<pos::fiscal::FiscalPrinterThread>(
-            [] { return std::make_unique<pos::fiscal::SerialFiscalPrinter>(fastTiming()); });
+        m_printer = printerThreadOn(m_emulator);
         exec("INSERT INTO PARAMETROS (Nombre, ControlFactura) VALUES ('TIENDA', 1)");
         exec("INSERT INTO IMPRESORAFISCAL (ID, NombreImpresora, Status) VALUES (1, 'HKA', 1)");
         exec("INSERT INTO CAJAS (Serie, Numero, IdImpresoraFiscal, UltimaFactura, "
@@ -31,7 +28,6 @@ protected:
     }
     void TearDown() override {
         m_printer.reset();
-        qunsetenv("ORVO_PUERTO_FISCAL");
         QSettings::setPath(QSettings::IniFormat, QSettings::UserScope,
                            processTempDir() + "/settings");
         DbTest::TearDown();

@@ -1,9 +1,8 @@
-#include "../fiscal/running_emulator.h"
+#include "../fiscal/printer_on_emulator.h"
 #include "common/db/sql.h"
 #include "common/errors/errors.h"
 #include "pos/card/fiscal_voucher_printer.h"
 #include "pos/fiscal/fiscal_printer_thread.h"
-#include "pos/fiscal/serial_fiscal_printer.h"
 #include "support/test_db.h"
 
 #include <QDir>
@@ -11,25 +10,14 @@
 #include <gtest/gtest.h>
 
 using namespace orvo;
-using pos::fiscal::FiscalPrinter;
-using pos::fiscal::FiscalPrinterThread;
-using pos::fiscal::SerialFiscalPrinter;
 
-class FiscalVoucher : public test::DbTest {
-protected:
-    void TearDown() override {
-        qunsetenv("ORVO_PUERTO_FISCAL");
-        test::DbTest::TearDown();
-    }
-};
+class FiscalVoucher : public test::DbTest {};
 
 TEST_F(FiscalVoucher, EachCopyIsANonFiscalDocumentOnTheRegisterPrinter) {
     test::RunningEmulator emulator;
     ASSERT_TRUE(emulator.started()) << emulator.error().toStdString();
-    qputenv("ORVO_PUERTO_FISCAL", emulator.device().toLocal8Bit());
-    FiscalPrinterThread printer(
-        [] { return std::make_unique<SerialFiscalPrinter>(test::fastTiming()); });
-    auto voucher = pos::card::makeVoucherPrinter(db(), printer);
+    const auto printer = test::printerThreadOn(emulator);
+    auto voucher = pos::card::makeVoucherPrinter(db(), *printer);
     voucher->printLines({QStringLiteral("BANCO DE VENEZUELA"), QStringLiteral("APROBADO 123456")});
     voucher->printLines({QStringLiteral("COPIA CLIENTE"), QStringLiteral("APROBADO 123456")});
     ASSERT_TRUE(emulator.hasTicket("NOFISCAL_00000001.txt"));
@@ -41,17 +29,15 @@ TEST_F(FiscalVoucher, EachCopyIsANonFiscalDocumentOnTheRegisterPrinter) {
 TEST_F(FiscalVoucher, SilentPrinterIsReportedAndTheStoreFolderWinsWhenSet) {
     test::RunningEmulator emulator;
     ASSERT_TRUE(emulator.started());
-    qputenv("ORVO_PUERTO_FISCAL", emulator.device().toLocal8Bit());
-    FiscalPrinterThread printer(
-        [] { return std::make_unique<SerialFiscalPrinter>(test::fastTiming()); });
+    const auto printer = test::printerThreadOn(emulator);
     emulator.fault(QStringLiteral("silence"));
-    auto fiscal = pos::card::makeVoucherPrinter(db(), printer);
+    auto fiscal = pos::card::makeVoucherPrinter(db(), *printer);
     EXPECT_THROW(fiscal->printLines({QStringLiteral("VOUCHER")}), UserError);
 
     QTemporaryDir folder;
     db::execute(db(), "INSERT INTO TABLA_VALORES (IdTabla, Codigo, Descripcion) VALUES (?, ?, ?)",
                 {QStringLiteral("VPOS_CARPETA"), QStringLiteral("01"), folder.path()});
-    auto files = pos::card::makeVoucherPrinter(db(), printer);
+    auto files = pos::card::makeVoucherPrinter(db(), *printer);
     files->printLines({QStringLiteral("VOUCHER")});
     EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files).size(), 1);
 }

@@ -1,8 +1,7 @@
 #pragma once
 
-#include "pos/fiscal/fiscal_printer_thread.h"
-#include "pos/fiscal/running_emulator.h"
-#include "pos/fiscal/serial_fiscal_printer.h"
+#include "pos/fiscal/fiscal_printer.h"
+#include "pos/fiscal/printer_on_emulator.h"
 
 #include "common/db/sql.h"
 #include "common/security/scrambler.h"
@@ -15,9 +14,9 @@
 
 namespace orvo::test {
 
-// A register "Z1B0000001" (the software printer's serial) with its printer on a real
-// pseudo-terminal, reached through its own printer thread; ORVO_HOME and the per-user settings
-// in a fresh folder.
+// A register "Z1B0000001" (the software printer's serial) whose workstation port is the software
+// printer's pseudo-terminal, reached through the program's register printer; ORVO_HOME and the
+// per-user settings in a fresh folder.
 class CashTest : public DbTest {
 protected:
     static constexpr const char* kSerial = "Z1B0000001";
@@ -34,11 +33,7 @@ protected:
              "VALUES ('CAJA02', 4, 0, 0)");
         exec("INSERT INTO IMPUESTOS (Codigo, Nombre, PorcentajeImpuesto) VALUES "
              "(1, 'GENERAL', 12), (2, 'REDUCIDA', 9), (4, 'EXENTO', 0)");
-        m_printer = std::make_unique<pos::fiscal::FiscalPrinterThread>(
-            [] { return std::make_unique<pos::fiscal::SerialFiscalPrinter>(fastTiming()); });
-        const QString device = m_emulator.device();
-        ASSERT_TRUE(m_printer->callAndWait(
-            [device](pos::fiscal::FiscalPrinter& p) { return p.open(device); }));
+        m_printer = printerThreadOn(m_emulator);
     }
     void TearDown() override {
         m_printer.reset();

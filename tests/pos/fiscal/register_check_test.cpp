@@ -1,9 +1,10 @@
 // The printer checked against the register, and sales and returns read from the store database
 // and printed on the software printer.
 #include "pos/fiscal/document_builder.h"
+#include "pos/fiscal/port_finder.h"
 #include "pos/fiscal/register_check.h"
 #include "pos/fiscal/serial_fiscal_printer.h"
-#include "running_emulator.h"
+#include "printer_on_emulator.h"
 
 #include "common/errors/errors.h"
 #include "support/test_db.h"
@@ -28,7 +29,8 @@ class FiscalStoreTest : public test::DbTest {
 protected:
     void SetUp() override {
         DbTest::SetUp();
-        ASSERT_TRUE(printer.open(emulator.device()));
+        test::bindFiscalPort(emulator);
+        openConfiguredPrinter(printer);
         exec("INSERT INTO CAJAS (Serie, Numero, UltimaFactura, UltimaDevolucion) "
              "VALUES (?, ?, ?, ?)",
              {"Z1B0000001", 1, 0, 0});

@@ -9,11 +9,20 @@ namespace orvo::test {
 class RunningEmulator : public tools::fiscal::EmulatorThread {
 public:
     explicit RunningEmulator(int zBusyMs = 300) : EmulatorThread(options(zBusyMs)) {}
+    // A printer whose memory and tickets live in `folder`: another one started there later is
+    // the same printer plugged in again.
+    RunningEmulator(const QString& folder, int zBusyMs)
+        : EmulatorThread(options(zBusyMs, folder)) {}
 
 private:
-    static tools::fiscal::EmulatorOptions options(int zBusyMs) {
+    static tools::fiscal::EmulatorOptions options(int zBusyMs, const QString& folder = {}) {
         tools::fiscal::EmulatorOptions o;
         o.zBusyMs = zBusyMs;
+        if (!folder.isEmpty()) {
+            o.statePath = folder + QStringLiteral("/memoria.json");
+            o.ticketsFolder = folder + QStringLiteral("/tickets");
+            o.controlFile = folder + QStringLiteral("/control.txt");
+        }
         return o;
     }
 };

@@ -3,7 +3,7 @@
 #include "pos/fiscal/port_finder.h"
 #include "pos/fiscal/register_printer.h"
 #include "pos/fiscal/serial_fiscal_printer.h"
-#include "running_emulator.h"
+#include "printer_on_emulator.h"
 
 #include "common/errors/errors.h"
 
@@ -38,7 +38,8 @@ class SerialPrinterTest : public ::testing::Test {
 protected:
     void SetUp() override {
         ASSERT_FALSE(emulator.device().isEmpty());
-        ASSERT_TRUE(printer.open(emulator.device())) << printer.errorText().toStdString();
+        test::bindFiscalPort(emulator);
+        ASSERT_EQ(openConfiguredPrinter(printer).port, emulator.device());
     }
     RunningEmulator emulator;
     SerialFiscalPrinter printer{test::fastTiming()};
@@ -213,7 +214,7 @@ TEST(FiscalPortFinder, PortsByPathBusyPortsAndSilentPorts) {
 
     // The configured port is taken: the next one that answers is assigned.
     SerialFiscalPrinter second(test::fastTiming());
-    EXPECT_FALSE(second.open(a.device()));
+    EXPECT_THROW(openPrinterPort(second, a.device(), {}), UserError);
     EXPECT_TRUE(second.portBusy());
     const PortChoice other = openPrinterPort(second, a.device(), {a.device(), b.device()});
     EXPECT_EQ(other.port, b.device());
@@ -234,13 +235,12 @@ TEST(FiscalPortFinder, PortsByPathBusyPortsAndSilentPorts) {
 
 TEST(FiscalPrinterThreadTest, CallsRunOnThePrinterThreadInOrder) {
     RunningEmulator emulator(400);
-    const QString device = emulator.device();
-    FiscalPrinterThread thread(
-        [] { return std::make_unique<SerialFiscalPrinter>(test::fastTiming()); });
+    const auto printer = test::printerThreadOn(emulator);
+    FiscalPrinterThread& thread = *printer;
     QThread* caller = QThread::currentThread();
     const bool opened = thread.callAndWait([&](FiscalPrinter& p) {
         EXPECT_NE(QThread::currentThread(), caller);
-        return p.open(device);
+        return p.isOpen();
     });
     ASSERT_TRUE(opened);
     // A forced Z and the wait for ready do not hold the caller.
@@ -258,12 +258,9 @@ TEST(FiscalPrinterThreadTest, CallsRunOnThePrinterThreadInOrder) {
 
 TEST(FiscalRegisterPrinter, OpensOnTheConfiguredPortAndGivesTheZText) {
     RunningEmulator emulator;
-    qputenv("ORVO_PUERTO_FISCAL", emulator.device().toLocal8Bit());
-    const auto z = registerPrinter().callAndWait([](FiscalPrinter& p) {
-        ensureOpen(p);
-        return p.printXReport() ? p.openDay() : std::nullopt;
-    });
-    qunsetenv("ORVO_PUERTO_FISCAL");
+    test::bindFiscalPort(emulator);
+    const auto z = registerPrinter().callAndWait(
+        [](FiscalPrinter& p) { return p.printXReport() ? p.openDay() : std::nullopt; });
     registerPrinter().callAndWait([](FiscalPrinter& p) { p.close(); });
     ASSERT_TRUE(z);
     EXPECT_TRUE(emulator.hasTicket("REPORTEX_00000001.txt"));

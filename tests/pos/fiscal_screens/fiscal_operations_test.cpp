@@ -1,7 +1,7 @@
 // Managers' operations on the software printer through a real pseudo-terminal.
 #include "pos/fiscal_screens/fiscal_operations.h"
 
-#include "../fiscal/running_emulator.h"
+#include "../fiscal/printer_on_emulator.h"
 #include "common/errors/errors.h"
 #include "pos/fiscal/serial_fiscal_printer.h"
 #include "support/test_db.h"
@@ -18,7 +18,8 @@ class FiscalOperationsTest : public test::DbTest {
 protected:
     void SetUp() override {
         DbTest::SetUp();
-        ASSERT_TRUE(printer.open(emulator.device()));
+        test::bindFiscalPort(emulator);
+        fiscal::openConfiguredPrinter(printer);
     }
     QStringList tickets(const QString& pattern) const {
         return QDir(emulator.tools::fiscal::EmulatorThread::options().ticketsFolder)
