@@ -7,6 +7,8 @@
 #include "common/errors/errors.h"
 #include "common/rate/exchange_rate.h"
 #include "common/schema/migrate.h"
+#include "exchange/import/import_loaders.h"
+#include "inventory/prices/received_lists.h"
 #include "pos/card/terminal_settings.h"
 #include "pos/fiscal/company_rif.h"
 #include "pos/fiscal/port_finder.h"
@@ -20,6 +22,7 @@
 
 #include <QCoreApplication>
 #include <QDate>
+#include <QDir>
 #include <QFile>
 #include <QSqlDatabase>
 #include <QStringList>
@@ -167,6 +170,30 @@ int rateCommand(const QStringList& args) {
     return 0;
 }
 
+// What `orvo import` loads, one line per area that receives files from head office.
+void registerImportLoaders() {
+    common::rate::registerRateLoader();
+    inventory::prices::registerPriceListLoader();
+}
+
+// Loads what lies in Recibe (or the folder given): the rate, then each kind in its order.
+int importCommand(const QStringList& args) {
+    if (args.size() > 1) {
+        err() << "uso: orvo import [CARPETA]" << Qt::endl;
+        return 2;
+    }
+    QSqlDatabase db = openConfiguredStore(false);
+    const QString folder = args.isEmpty() ? shell::appHome() + QStringLiteral("/Recibe")
+                                          : QDir(args.first()).absolutePath();
+    registerImportLoaders();
+    const auto lines = exchange::import::loadAll(db, folder);
+    if (lines.isEmpty())
+        out() << "No hay archivos pendientes por cargar en " << folder << "." << Qt::endl;
+    for (const auto& l : lines)
+        out() << l.loader << ": " << l.text << Qt::endl;
+    return 0;
+}
+
 const QList<Command>& commands() {
     static const QList<Command> list = {
         {QStringLiteral("db"),
@@ -214,6 +241,10 @@ const QList<Command>& commands() {
          QStringLiteral("registra la tasa de cambio del dia (o de una fecha anterior); con "
                         "ActTasa actualiza los precios"),
          rateCommand},
+        {QStringLiteral("import"), QStringLiteral("import [CARPETA]"),
+         QStringLiteral("carga lo recibido en Recibe (o en CARPETA): la tasa de cambio y las "
+                        "listas de precios (aprobadas, al inventario)"),
+         importCommand},
     };
     return list;
 }

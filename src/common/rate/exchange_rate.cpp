@@ -5,10 +5,13 @@
 #include "common/errors/errors.h"
 #include "common/rate/rate_file.h"
 #include "common/rate/rate_store.h"
+#include "exchange/import/import_loaders.h"
+#include "exchange/package/zip_archive.h"
 #include "shell/session/settings_readers.h"
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QLoggingCategory>
 
 namespace orvo::common::rate {
@@ -96,20 +99,37 @@ Decimal readRateFile(const QString& path) {
     return *value;
 }
 
-QString pendingRateFile(const QString& appFolder) {
-    const QDir recibe(appFolder + QStringLiteral("/Recibe"));
-    for (const QString& name : recibe.entryList(QDir::Files))
+QString pendingRateFile(const QString& recibeFolder) {
+    const QDir recibe(recibeFolder);
+    QString archive;
+    for (const QString& name : recibe.entryList(QDir::Files)) {
         if (name.compare(QLatin1String("TasaCambio.txt"), Qt::CaseInsensitive) == 0)
             return recibe.filePath(name);
-    return {};
+        if (name.compare(QLatin1String("TasaCambio.zip"), Qt::CaseInsensitive) == 0)
+            archive = recibe.filePath(name);
+    }
+    return archive;
 }
 
-std::optional<RegisterResult> loadReceivedRate(const QSqlDatabase& db, const QString& appFolder) {
+std::optional<RegisterResult> loadReceivedRate(const QSqlDatabase& db,
+                                               const QString& recibeFolder) {
     if (!shell::exchangeRateImportEnabled(db))
         return std::nullopt;
-    const QString path = pendingRateFile(appFolder);
+    QString path = pendingRateFile(recibeFolder);
     if (path.isEmpty())
         return std::nullopt;
+    if (path.endsWith(QLatin1String(".zip"), Qt::CaseInsensitive)) {
+        const QString archive = path;
+        path.clear();
+        for (const QString& file : exchange::package::extractZip(archive, recibeFolder))
+            if (QFileInfo(file).fileName().startsWith(QLatin1String("TasaCambio"),
+                                                      Qt::CaseInsensitive))
+                path = file;
+        if (path.isEmpty())
+            throw UserError(QStringLiteral("El archivo ") + QFileInfo(archive).fileName() +
+                            QStringLiteral(" no contiene la tasa de cambio...!"));
+        QFile::remove(archive);
+    }
     RegisterRequest r;
     r.value = readRateFile(path);
     r.mayExport = false;
@@ -117,6 +137,21 @@ std::optional<RegisterResult> loadReceivedRate(const QSqlDatabase& db, const QSt
     if (!QFile::remove(path))
         qCWarning(lcRate) << "no se pudo borrar" << path;
     return result;
+}
+
+void registerRateLoader() {
+    exchange::import::addLoader(
+        {10, QStringLiteral("Tasa de cambio"), [](const QSqlDatabase& db, const QString& recibe) {
+             const auto r = loadReceivedRate(db, recibe);
+             if (!r)
+                 return QStringList();
+             QStringList lines{
+                 QStringLiteral("tasa de cambio %1 registrada").arg(r->value.toString())};
+             if (r->repriced)
+                 lines << QStringLiteral("precios actualizados en %1 articulos")
+                              .arg(r->articlesRepriced);
+             return lines;
+         }});
 }
 
 } // namespace orvo::common::rate

@@ -59,7 +59,7 @@ struct RegisterResult {
     Decimal value;
     bool repriced = false; // ActTasa was on and the new rate became the current one
     int articlesRepriced = 0;
-    QString rateFile; // the rate file written for the stores (ExpTasa), empty otherwise
+    QString rateFile; // the archive written for the stores (ExpTasa), empty otherwise
 };
 
 // Registers a rate in one transaction: the insert and, when ActTasa is on and the new rate
@@ -72,11 +72,16 @@ RegisterResult registerRate(const QSqlDatabase& db, const RegisterRequest& reque
 // hold a rate.
 Decimal readRateFile(const QString& path);
 
-// Recibe/TasaCambio.txt under the application folder (any case), or empty when there is none.
-QString pendingRateFile(const QString& appFolder);
+// The rate received from head office in the Recibe folder: TasaCambio.txt, or the archive
+// TasaCambio.zip holding it (any case). Empty when there is none.
+QString pendingRateFile(const QString& recibeFolder);
 
-// The store side: with ImpTasa on and a rate file received, registers its rate (steps 1-3) and
-// removes the file, so it is loaded once. Nothing when ImpTasa is off or no file lies there.
-std::optional<RegisterResult> loadReceivedRate(const QSqlDatabase& db, const QString& appFolder);
+// The store side: with ImpTasa on and a rate received, registers its rate (steps 1-3) and
+// removes the file (the archive is unpacked first), so it is loaded once. Nothing when ImpTasa is
+// off or no rate lies there.
+std::optional<RegisterResult> loadReceivedRate(const QSqlDatabase& db, const QString& recibeFolder);
+
+// `orvo import`: the received rate comes first (order 10).
+void registerRateLoader();
 
 } // namespace orvo::common::rate

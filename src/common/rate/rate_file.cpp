@@ -1,6 +1,7 @@
 #include "common/rate/rate_file.h"
 
 #include "common/errors/errors.h"
+#include "exchange/package/zip_archive.h"
 #include "shell/startup/app_home.h"
 
 #include <QDir>
@@ -21,7 +22,9 @@ QString writeRateFile(const Decimal& value) {
         !f.commit())
         throw UserError(QStringLiteral("No se pudo escribir el archivo de tasa de cambio ") +
                         QDir::toNativeSeparators(path) + QStringLiteral("...!"));
-    return path;
+    const QString archive = folder + QStringLiteral("/TasaCambio.zip");
+    exchange::package::writeZip(archive, {path});
+    return archive;
 }
 
 } // namespace orvo::common::rate

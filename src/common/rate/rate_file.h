@@ -11,8 +11,9 @@ namespace orvo::common::rate {
 QString rateFileFolder();
 
 // Writes the rate as one line ("36.5", '.' as decimal separator) into TasaCambio.txt of the rate
-// file folder, the name the stores read it by in their Recibe folder. Returns its path; UserError
-// when it cannot be written.
+// file folder, the name the stores read it by in their Recibe folder, and packs it into
+// TasaCambio.zip beside it, the archive that travels to the stores. Returns the archive's path;
+// UserError when either cannot be written.
 QString writeRateFile(const Decimal& value);
 
 } // namespace orvo::common::rate

@@ -128,7 +128,7 @@ void RateScreen::refresh() {
                                        "%3")
                             .arg(onOff(shell::exchangeRateUpdateEnabled(m_db)),
                                  onOff(shell::exchangeRateExportEnabled(m_db)), onOff(importing)));
-    m_received->setEnabled(importing && !pendingRateFile(m_appFolder).isEmpty());
+    m_received->setEnabled(importing && !pendingRateFile(recibeFolder()).isEmpty());
 }
 
 void RateScreen::registerTyped() {
@@ -164,7 +164,7 @@ void RateScreen::loadFromFile() {
 }
 
 void RateScreen::loadReceived() {
-    const auto r = loadReceivedRate(m_db, m_appFolder);
+    const auto r = loadReceivedRate(m_db, recibeFolder());
     refresh();
     if (r)
         dialogs().information(this, registeredText(*r));

@@ -31,6 +31,7 @@ public:
 
 private:
     void refresh();
+    QString recibeFolder() const { return m_appFolder + QStringLiteral("/Recibe"); }
 
     QSqlDatabase m_db;
     QString m_appFolder;

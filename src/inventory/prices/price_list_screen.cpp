@@ -11,6 +11,7 @@
 #include "inventory/prices/price_lists.h"
 #include "inventory/prices/price_rules.h"
 #include "inventory/prices/price_store.h"
+#include "inventory/prices/received_lists.h"
 
 #include <QComboBox>
 #include <QDateEdit>
@@ -72,8 +73,10 @@ QDate typedDate(const QString& text) {
 
 } // namespace
 
-PriceListScreen::PriceListScreen(QSqlDatabase db, QString userCode, QWidget* parent)
-    : QWidget(parent), m_db(std::move(db)), m_userCode(std::move(userCode)) {
+PriceListScreen::PriceListScreen(QSqlDatabase db, QString userCode, QString recibeFolder,
+                                 QWidget* parent)
+    : QWidget(parent), m_db(std::move(db)), m_userCode(std::move(userCode)),
+      m_recibe(std::move(recibeFolder)) {
     setObjectName(kPriceListScreen);
     setWindowTitle(QStringLiteral("Listas de precios"));
     buildUi();
@@ -125,6 +128,7 @@ void PriceListScreen::buildUi() {
     auto* open = actionButton(this, "cmdAbrir", QStringLiteral("Abrir..."));
     auto* fromList =
         actionButton(this, "cmdCargarLista", QStringLiteral("Cargar de otra lista..."));
+    auto* fromFile = actionButton(this, "cmdCargarArchivo", QStringLiteral("Cargar de RECIBE"));
     auto* removeLine = actionButton(this, "cmdEliminarLinea", QStringLiteral("Eliminar línea"));
     auto* save = actionButton(this, "cmdGuardar", QStringLiteral("Guardar (F10)"));
     m_apply =
@@ -170,7 +174,7 @@ void PriceListScreen::buildUi() {
     discount->addStretch();
 
     auto* buttons = new QHBoxLayout;
-    for (QPushButton* b : {fresh, open, fromList, removeLine, save, m_apply, print})
+    for (QPushButton* b : {fresh, open, fromList, fromFile, removeLine, save, m_apply, print})
         buttons->addWidget(b);
     buttons->addStretch();
     buttons->addWidget(close);
@@ -215,6 +219,7 @@ void PriceListScreen::buildUi() {
     action(fresh, [](PriceListScreen* s) { s->newList(); });
     action(open, [](PriceListScreen* s) { s->chooseList(); });
     action(fromList, [](PriceListScreen* s) { s->chooseListToLoad(); });
+    action(fromFile, [](PriceListScreen* s) { s->loadFromReceivedFile(); });
     action(removeLine, [](PriceListScreen* s) { s->removeLine(s->m_lines->currentRow()); });
     action(save, [](PriceListScreen* s) { s->save(); });
     action(m_apply, [](PriceListScreen* s) { s->applyToInventory(); });
@@ -413,6 +418,19 @@ void PriceListScreen::loadFromList(int number) {
     showList();
     dialogs().information(
         this, QStringLiteral("Se cargaron %1 referencias de la lista %2.").arg(n).arg(number));
+}
+
+void PriceListScreen::loadFromReceivedFile() {
+    const int n = mergeLines(m_list, linesFromReceivedFile(m_recibe));
+    // Names and suggested prices from this store's catalogue and the list's factors.
+    for (PriceLine& l : m_list.lines) {
+        if (l.name.isEmpty())
+            if (const auto model = modelLine(m_db, l.key(), m_list))
+                l.name = model->name;
+        rules::suggest(l, m_list);
+    }
+    showList();
+    dialogs().information(this, QStringLiteral("Se cargaron %1 referencias del archivo.").arg(n));
 }
 
 void PriceListScreen::applyDiscount() {

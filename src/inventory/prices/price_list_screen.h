@@ -20,7 +20,8 @@ namespace orvo::inventory::prices {
 class PriceListScreen : public QWidget {
     Q_OBJECT
 public:
-    PriceListScreen(QSqlDatabase db, QString userCode, QWidget* parent = nullptr);
+    PriceListScreen(QSqlDatabase db, QString userCode, QString recibeFolder = {},
+                    QWidget* parent = nullptr);
 
     const PriceList& list() const { return m_list; }
 
@@ -31,6 +32,7 @@ public:
     void addModel(const QString& reference, const QString& brand);
     void removeLine(int row);
     void loadFromList(int number);
+    void loadFromReceivedFile(); // MoviList.dbf / MovLista.dbf in Recibe
     void applyDiscount();
     void removeDiscount();
     void save();
@@ -53,6 +55,7 @@ private:
 
     QSqlDatabase m_db;
     QString m_userCode;
+    QString m_recibe;
     PriceList m_list;
     bool m_filling = false;
 

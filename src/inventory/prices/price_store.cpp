@@ -140,6 +140,13 @@ std::optional<int> listStatus(const QSqlDatabase& db, int number) {
     return v.toInt();
 }
 
+bool listWithNoteExists(const QSqlDatabase& db, const QString& prefix) {
+    QString pattern = prefix;
+    pattern.replace(QLatin1Char('%'), QStringLiteral("_"));
+    return db::exists(db, QStringLiteral("SELECT Numero FROM LISTAPRECIO WHERE Observacion LIKE ?"),
+                      {pattern + QLatin1Char('%')});
+}
+
 std::optional<PriceList> loadList(const QSqlDatabase& db, int number) {
     Sql q(db, QStringLiteral("SELECT Numero, Fecha, FactorDetal, FactorMayor, FactorAfiliado, "
                              "Observacion, Usuario, Status FROM LISTAPRECIO WHERE Numero = ?"));

@@ -25,6 +25,8 @@ void setApproved(const QSqlDatabase& db, int number);
 // The list's prices and promotion into every variant of each listed model.
 Written applyToInventory(const QSqlDatabase& db, int number);
 std::optional<int> listStatus(const QSqlDatabase& db, int number);
+// Whether a list's Observacion starts with `prefix` (a list received before).
+bool listWithNoteExists(const QSqlDatabase& db, const QString& prefix);
 
 std::optional<PriceList> loadList(const QSqlDatabase& db, int number);
 QList<PriceLine> lines(const QSqlDatabase& db, int number);

@@ -3,6 +3,7 @@
 #include "common/db/sql.h"
 #include "common/errors/errors.h"
 #include "common/rate/exchange_rate.h"
+#include "exchange/package/zip_archive.h"
 #include "pos/sale/sale_store.h"
 #include "support/test_db.h"
 
@@ -160,14 +161,30 @@ TEST_F(RateTest, TheSaleTakesTheRateOfItsDayNotOneEnteredAhead) {
     EXPECT_EQ(pos::sale::store::latestExchangeRate(db()), d("36.5"));
 }
 
-TEST_F(RateTest, ExpTasaWritesTheRateFileOfTheStores) {
+TEST_F(RateTest, TheRateFileOfHeadOfficeTravelsZippedAndIsLoadedByTheStore) {
     setSwitch("ExpTasa", "TRUE");
     const RegisterResult r = registerRate(db(), {d("40.25"), {}, true});
-    ASSERT_EQ(r.rateFile, m_home.filePath("ZipTemp/TasaCambio.txt"));
-    QFile f(r.rateFile);
+    ASSERT_EQ(r.rateFile, m_home.filePath("ZipTemp/TasaCambio.zip"));
+    EXPECT_EQ(exchange::package::zipEntries(r.rateFile), QStringList{"TasaCambio.txt"});
+    QFile f(m_home.filePath("ZipTemp/TasaCambio.txt"));
     ASSERT_TRUE(f.open(QIODevice::ReadOnly));
     EXPECT_EQ(f.readAll(), "40.25\r\n");
-    EXPECT_EQ(readRateFile(r.rateFile), d("40.25"));
+
+    // At the store: the archive lies in Recibe; ImpTasa loads it once.
+    test::TestDatabase store;
+    db::execute(store.db(),
+                "INSERT INTO TABLA_VALORES (IdTabla, Codigo, Descripcion) VALUES ('ImpTasa', "
+                "'01', 'TRUE')");
+    const QString recibe = m_home.filePath("Recibe");
+    QDir().mkpath(recibe);
+    ASSERT_TRUE(QFile::copy(r.rateFile, recibe + "/TASACAMBIO.ZIP"));
+    EXPECT_EQ(pendingRateFile(recibe), recibe + "/TASACAMBIO.ZIP");
+    const auto loaded = loadReceivedRate(store.db(), recibe);
+    ASSERT_TRUE(loaded);
+    EXPECT_EQ(loaded->value, d("40.25"));
+    EXPECT_EQ(currentRate(store.db()), d("40.25"));
+    EXPECT_TRUE(QDir(recibe).entryList(QDir::Files).isEmpty());
+    EXPECT_FALSE(loadReceivedRate(store.db(), recibe));
 }
 
 TEST_F(RateTest, TheReceivedRateIsLoadedOnceWithImpTasaAndNeverSentOn) {
@@ -175,26 +192,27 @@ TEST_F(RateTest, TheReceivedRateIsLoadedOnceWithImpTasaAndNeverSentOn) {
     setSwitch("ActTasa", "TRUE");
     setSwitch("ExpTasa", "TRUE");
     const QString file = receivedFile("40,00\r\nsegunda linea\r\n");
-    EXPECT_EQ(pendingRateFile(m_home.path()), file);
+    const QString recibe = m_home.filePath("Recibe");
+    EXPECT_EQ(pendingRateFile(recibe), file);
 
     setSwitch("ImpTasa", "FALSE");
-    EXPECT_FALSE(loadReceivedRate(db(), m_home.path()));
+    EXPECT_FALSE(loadReceivedRate(db(), recibe));
     EXPECT_TRUE(QFile::exists(file));
 
     setSwitch("ImpTasa", "TRUE");
-    const auto r = loadReceivedRate(db(), m_home.path());
+    const auto r = loadReceivedRate(db(), recibe);
     ASSERT_TRUE(r);
     EXPECT_EQ(r->value, Decimal(40));
     EXPECT_TRUE(r->repriced);
     EXPECT_TRUE(r->rateFile.isEmpty());
-    EXPECT_FALSE(QFile::exists(m_home.filePath("ZipTemp/TasaCambio.txt")));
+    EXPECT_FALSE(QFile::exists(m_home.filePath("ZipTemp/TasaCambio.zip")));
     EXPECT_FALSE(QFile::exists(file));
-    EXPECT_FALSE(loadReceivedRate(db(), m_home.path()));
+    EXPECT_FALSE(loadReceivedRate(db(), recibe));
     EXPECT_EQ(count("TASA_CAMBIO"), 2);
 
     // A file without a rate is refused and stays for someone to look at.
     const QString bad = receivedFile("sin tasa\r\n");
-    EXPECT_THROW(loadReceivedRate(db(), m_home.path()), UserError);
+    EXPECT_THROW(loadReceivedRate(db(), recibe), UserError);
     EXPECT_TRUE(QFile::exists(bad));
     EXPECT_EQ(count("TASA_CAMBIO"), 2);
 }
