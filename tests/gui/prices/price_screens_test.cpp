@@ -2,6 +2,7 @@
 // catalogue, a list keyed by hand, the repricing from costs.
 #include "inventory/prices/price_support.h"
 
+#include "inventory/prices/import_screen.h"
 #include "inventory/prices/price_list_screen.h"
 #include "inventory/prices/price_screens.h"
 #include "inventory/prices/promotion_screen.h"
@@ -10,10 +11,13 @@
 
 #include <QComboBox>
 #include <QDateEdit>
+#include <QDir>
+#include <QFile>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTableWidget>
+#include <QTemporaryDir>
 #include <QTest>
 
 using namespace orvo;
@@ -198,4 +202,55 @@ TEST_F(PriceScreensTest, TheCatalogueRepricedFromCostsAndMargins) {
     EXPECT_EQ(dialogs.lastText(), "precios actualizados con exito...!");
     EXPECT_EQ(inventory("PrecioDetal", "R1-36"), test::PriceTest::d("70"));
     EXPECT_EQ(inventory("PrecioAfiliado", "R2-S"), test::PriceTest::d("26"));
+}
+
+TEST_F(PriceScreensTest, HeadOfficeListsAreLoadedFromRecibeOnceTheTransfersAreIn) {
+    QTemporaryDir home;
+    const QByteArray oldHome = qgetenv("ORVO_HOME");
+    qputenv("ORVO_HOME", home.path().toUtf8());
+    const QString templates = home.filePath("Estructura");
+    exchange::package::installTemplates(templates);
+    const QString recibe = home.filePath("Recibe");
+    QDir().mkpath(recibe);
+    exchange::package::writeZip(recibe + "/lista.zip",
+                                test::writeHeadOfficeLists(templates, home.path(), "Resulist",
+                                                           "Movilist", "RESULIST", "MOVILIST"));
+    QFile transfers(recibe + "/Transfer.zip");
+    ASSERT_TRUE(transfers.open(QIODevice::WriteOnly));
+    transfers.close();
+
+    test::ScriptedDialogs dialogs;
+    {
+        auto screen = open("frmImpListaPrecios");
+        EXPECT_EQ(dialogs.lastText(), "Debe cargar las transferencias...!");
+        EXPECT_FALSE(child<QPushButton>(*screen, "cmdCargar")->isEnabled());
+    }
+    QFile::remove(recibe + "/Transfer.zip");
+    dialogs.clear();
+    auto screen = open("frmImpListaPrecios");
+    EXPECT_TRUE(dialogs.messages().isEmpty()) << dialogs.lastText().toStdString();
+    EXPECT_EQ(child<QTableWidget>(*screen, "grdListas")->rowCount(), 2);
+    EXPECT_EQ(child<QLabel>(*screen, "lblOrigen")->text(), "Recibido: lista.zip");
+    dialogs.expectQuestion("Desea aprobar la lista de precio...?", true);
+    dialogs.expectQuestion("Desea actualizar los valores del inventario", true);
+    click(*screen, "cmdCargar");
+    EXPECT_EQ(dialogs.lastText(), "Se cargaron 2 listas de precios (Nº 1, 2): se actualizaron los "
+                                  "precios de 6 artículos...!");
+    EXPECT_EQ(inventory("PrecioDetal", "R1-40"), test::PriceTest::d("150"));
+    EXPECT_FALSE(QFile::exists(recibe + "/lista.zip"));
+
+    // The price list screen takes the lines of a MoviList.dbf left in Recibe.
+    test::writeHeadOfficeLists(templates, recibe, "ResuList", "MoviList", "RESULIST", "MOVILIST");
+    auto lists = open("frmListaPrecios");
+    click(*lists, "cmdCargarArchivo");
+    EXPECT_EQ(dialogs.lastText(), "Se cargaron 3 referencias del archivo.");
+    auto* grid = child<QTableWidget>(*lists, "SpreadListaPrecios");
+    ASSERT_EQ(grid->rowCount(), 3);
+    EXPECT_EQ(grid->item(2, 2)->text(), "ZAPATO R3");
+    EXPECT_EQ(grid->item(2, 5)->text(), "66,50");
+
+    if (oldHome.isEmpty())
+        qunsetenv("ORVO_HOME");
+    else
+        qputenv("ORVO_HOME", oldHome);
 }

@@ -1,6 +1,10 @@
 #pragma once
 
 #include "common/db/sql.h"
+#include "exchange/package/dbf.h"
+#include "exchange/package/dbf_names.h"
+#include "exchange/package/templates.h"
+#include "exchange/package/zip_archive.h"
 #include "support/test_db.h"
 
 namespace orvo::test {
@@ -52,5 +56,59 @@ protected:
     }
     static Decimal d(const char* text) { return Decimal::fromString(QString::fromLatin1(text)); }
 };
+
+inline QVariant money(const Decimal& value) {
+    return QVariant::fromValue(value);
+}
+
+// Head office's price lists as it sends them, written from the templates in `templates` into
+// `folder`: list 12 of 04/05/2026 "PRECIOS DE MAYO" (R1 N1 at 150; R2 N1 at 45 on promotion at 36
+// for ten days from today) and list 13 of 05/05/2026 (R3 A1 at 66.5). Wholesale is retail - 5,
+// member retail - 2, cost 20. Returns the two tables' paths.
+inline QStringList writeHeadOfficeLists(const QString& templates, const QString& folder,
+                                        const char* summary, const char* lines,
+                                        const char* summaryTemplate, const char* linesTemplate) {
+    using exchange::package::dbfName;
+    using exchange::package::DbfWriter;
+    const auto d = [](const char* t) { return Decimal::fromString(QString::fromLatin1(t)); };
+    const QString s = folder + "/" + summary + ".dbf";
+    const QString l = folder + "/" + lines + ".dbf";
+    DbfWriter head =
+        DbfWriter::fromTemplate(exchange::package::findTemplate(summaryTemplate, templates), s);
+    head.append({{dbfName("Numero"), 12},
+                 {dbfName("Fecha"), QDate(2026, 5, 4)},
+                 {dbfName("Observacion"), QString("PRECIOS DE MAYO")},
+                 {dbfName("Status"), 1}});
+    head.append({{dbfName("Numero"), 13}, {dbfName("Fecha"), QDate(2026, 5, 5)}});
+    head.close();
+    DbfWriter body =
+        DbfWriter::fromTemplate(exchange::package::findTemplate(linesTemplate, templates), l);
+    struct Sent {
+        int number;
+        const char* reference;
+        const char* brand;
+        const char* retail;
+        const char* promotion; // nullptr: no promotion
+    };
+    for (const Sent& x : {Sent{12, "R1", "N1", "150", nullptr}, Sent{12, "R2", "N1", "45", "36"},
+                          Sent{13, "R3", "A1", "66.5", nullptr}}) {
+        QVariantHash v{{dbfName("Numero"), x.number},
+                       {dbfName("Referencia"), QString(x.reference)},
+                       {dbfName("CodigoMarca"), QString(x.brand)},
+                       {dbfName("Costo"), money(d("20"))},
+                       {dbfName("PrecioDetal"), money(d(x.retail))},
+                       {dbfName("PrecioMayor"), money(d(x.retail) - d("5"))},
+                       {dbfName("PrecioAfiliado"), money(d(x.retail) - d("2"))},
+                       {dbfName("Promocion"), x.promotion ? 1 : 0}};
+        if (x.promotion) {
+            v.insert(dbfName("PrecioPromocion"), money(d(x.promotion)));
+            v.insert(dbfName("FechaInicial"), QDate::currentDate());
+            v.insert(dbfName("FechaFinal"), QDate::currentDate().addDays(10));
+        }
+        body.append(v);
+    }
+    body.close();
+    return {s, l};
+}
 
 } // namespace orvo::test

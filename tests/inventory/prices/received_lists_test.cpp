@@ -20,17 +20,9 @@ using namespace orvo::inventory;
 using namespace orvo::inventory::prices;
 using exchange::package::dbfName;
 using exchange::package::DbfWriter;
+using test::money;
 
 namespace {
-
-QVariant money(const Decimal& value);
-
-struct SentLine {
-    const char* reference;
-    const char* brand;
-    const char* retail;
-    const char* promotion; // nullptr: no promotion
-};
 
 class ReceivedListsTest : public test::PriceTest {
 protected:
@@ -45,42 +37,10 @@ protected:
         QDir().mkpath(m_work);
     }
 
-    // Head office's tables: list 12 (two models) and list 13 (one) into `folder`.
     QStringList writeLists(const QString& folder, const char* summary, const char* lines,
                            const char* summaryTemplate, const char* linesTemplate) const {
-        const QString s = folder + "/" + summary + ".dbf";
-        const QString l = folder + "/" + lines + ".dbf";
-        DbfWriter head = DbfWriter::fromTemplate(
-            exchange::package::findTemplate(summaryTemplate, m_templates), s);
-        head.append({{dbfName("Numero"), 12},
-                     {dbfName("Fecha"), QDate(2026, 5, 4)},
-                     {dbfName("Observacion"), QString("PRECIOS DE MAYO")},
-                     {dbfName("Status"), 1}});
-        head.append({{dbfName("Numero"), 13}, {dbfName("Fecha"), QDate(2026, 5, 5)}});
-        head.close();
-        DbfWriter body =
-            DbfWriter::fromTemplate(exchange::package::findTemplate(linesTemplate, m_templates), l);
-        const QList<std::pair<int, SentLine>> sent = {{12, {"R1", "N1", "150", nullptr}},
-                                                      {12, {"R2", "N1", "45", "36"}},
-                                                      {13, {"R3", "A1", "66.5", nullptr}}};
-        for (const auto& [number, line] : sent) {
-            QVariantHash v{{dbfName("Numero"), number},
-                           {dbfName("Referencia"), QString(line.reference)},
-                           {dbfName("CodigoMarca"), QString(line.brand)},
-                           {dbfName("Costo"), money(d("20"))},
-                           {dbfName("PrecioDetal"), money(d(line.retail))},
-                           {dbfName("PrecioMayor"), money(d(line.retail) - d("5"))},
-                           {dbfName("PrecioAfiliado"), money(d(line.retail) - d("2"))},
-                           {dbfName("Promocion"), line.promotion ? 1 : 0}};
-            if (line.promotion) {
-                v.insert(dbfName("PrecioPromocion"), money(d(line.promotion)));
-                v.insert(dbfName("FechaInicial"), QDate::currentDate());
-                v.insert(dbfName("FechaFinal"), QDate::currentDate().addDays(10));
-            }
-            body.append(v);
-        }
-        body.close();
-        return {s, l};
+        return test::writeHeadOfficeLists(m_templates, folder, summary, lines, summaryTemplate,
+                                          linesTemplate);
     }
     QString listaZip() const {
         const QStringList tables =
@@ -100,10 +60,6 @@ protected:
     QString m_templates, m_recibe, m_work;
     QPair<QString, QString> m_demoModel;
 };
-
-QVariant money(const Decimal& value) {
-    return QVariant::fromValue(value);
-}
 
 template <class F> QString refusal(F&& action) {
     try {
