@@ -46,6 +46,12 @@ bool rateReminderDue(const QSqlDatabase& db, const QDate& day) {
     return !store::rateRegisteredBetween(db, db::dayStart(day), db::nextDayStart(day));
 }
 
+void setRateSwitch(const QSqlDatabase& db, const QString& key, bool on) {
+    db::Transaction tx(db);
+    store::setTableValue(db, key, on ? QStringLiteral("TRUE") : QStringLiteral("FALSE"));
+    tx.commit();
+}
+
 QList<RateEntry> pastRates(const QSqlDatabase& db, int limit) {
     return store::rates(db, limit);
 }

@@ -41,6 +41,10 @@ bool rateReminderDue(const QSqlDatabase& db, const QDate& day);
 inline const QString kRateReminder =
     QStringLiteral("Por favor asegurese de tener la tasa de cambio registrada correctamente.");
 
+// Turns a rate switch of TABLA_VALORES ("ActTasa", "ExpTasa", "ImpTasa") on ("TRUE") or off
+// ("FALSE"), in its own transaction.
+void setRateSwitch(const QSqlDatabase& db, const QString& key, bool on);
+
 // Past rates, newest first.
 QList<RateEntry> pastRates(const QSqlDatabase& db, int limit = 200);
 

@@ -12,10 +12,12 @@
 #include "shell/startup/app_home.h"
 #include "shell/startup/app_state.h"
 
+#include <QCheckBox>
 #include <QDateEdit>
 #include <QDir>
 #include <QFormLayout>
 #include <QHBoxLayout>
+#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QLocale>
@@ -26,10 +28,6 @@
 namespace orvo::common::rate {
 
 namespace {
-
-QString onOff(bool on) {
-    return on ? QStringLiteral("sí") : QStringLiteral("no");
-}
 
 QString registeredText(const RegisterResult& r) {
     QString text =
@@ -60,8 +58,24 @@ RateScreen::RateScreen(QSqlDatabase db, QString appFolder, QWidget* parent)
     setWindowTitle(QStringLiteral("Registrar tasa de cambio"));
     m_current = new QLabel(this);
     m_current->setObjectName(QStringLiteral("lblTasaActual"));
-    m_switches = new QLabel(this);
-    m_switches->setObjectName(QStringLiteral("lblConfiguracion"));
+    const auto switchBox = [this](const char* name, const QString& text, const char* key) {
+        auto* box = new QCheckBox(text, this);
+        box->setObjectName(QLatin1String(name));
+        connect(box, &QCheckBox::clicked, this, [this, key](bool on) {
+            guarded(this, [&] { setRateSwitch(m_db, QLatin1String(key), on); });
+            guarded(this, [this] { refresh(); });
+        });
+        return box;
+    };
+    m_update = switchBox("chkActTasa",
+                         QStringLiteral("Actualizar los precios al registrar la tasa (ActTasa)"),
+                         "ActTasa");
+    m_export = switchBox("chkExpTasa",
+                         QStringLiteral("Generar el archivo de la tasa para las tiendas (ExpTasa)"),
+                         "ExpTasa");
+    m_import =
+        switchBox("chkImpTasa", QStringLiteral("Cargar la tasa recibida de casa matriz (ImpTasa)"),
+                  "ImpTasa");
     m_rate = inputField(this, "txtTasaCambio", true);
     m_day = dateField(this, "dtpFecha");
     m_day->setMaximumDate(QDate::currentDate());
@@ -71,6 +85,8 @@ RateScreen::RateScreen(QSqlDatabase db, QString appFolder, QWidget* parent)
     auto* close = actionButton(this, "cmdSalir", QStringLiteral("Salir"));
     m_rates =
         listTable(this, "grdTasas", {QStringLiteral("Fecha"), QStringLiteral("Tasa de cambio")});
+    m_rates->horizontalHeader()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
+    m_rates->verticalHeader()->hide();
 
     auto* form = new QFormLayout;
     form->addRow(QStringLiteral("Tasa actual:"), m_current);
@@ -84,7 +100,9 @@ RateScreen::RateScreen(QSqlDatabase db, QString appFolder, QWidget* parent)
     buttons->addWidget(close);
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(form);
-    layout->addWidget(m_switches);
+    layout->addWidget(m_update);
+    layout->addWidget(m_export);
+    layout->addWidget(m_import);
     layout->addLayout(buttons);
     layout->addWidget(new QLabel(QStringLiteral("Tasas registradas"), this));
     layout->addWidget(m_rates);
@@ -123,11 +141,9 @@ void RateScreen::refresh() {
         m_rates->setItem(r, 1, value);
     }
     const bool importing = shell::exchangeRateImportEnabled(m_db);
-    m_switches->setText(QStringLiteral("Actualiza precios (ActTasa): %1    Genera archivo para las "
-                                       "tiendas (ExpTasa): %2    Carga la tasa recibida (ImpTasa): "
-                                       "%3")
-                            .arg(onOff(shell::exchangeRateUpdateEnabled(m_db)),
-                                 onOff(shell::exchangeRateExportEnabled(m_db)), onOff(importing)));
+    m_update->setChecked(shell::exchangeRateUpdateEnabled(m_db));
+    m_export->setChecked(shell::exchangeRateExportEnabled(m_db));
+    m_import->setChecked(importing);
     m_received->setEnabled(importing && !pendingRateFile(recibeFolder()).isEmpty());
 }
 

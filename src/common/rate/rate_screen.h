@@ -6,6 +6,7 @@
 #include <QWidget>
 #include <functional>
 
+class QCheckBox;
 class QDateEdit;
 class QLabel;
 class QLineEdit;
@@ -36,7 +37,9 @@ private:
     QSqlDatabase m_db;
     QString m_appFolder;
     QLabel* m_current = nullptr;
-    QLabel* m_switches = nullptr;
+    QCheckBox* m_update = nullptr;
+    QCheckBox* m_export = nullptr;
+    QCheckBox* m_import = nullptr;
     QLineEdit* m_rate = nullptr;
     QDateEdit* m_day = nullptr;
     QPushButton* m_register = nullptr;

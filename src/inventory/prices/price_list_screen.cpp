@@ -200,9 +200,11 @@ void PriceListScreen::buildUi() {
                  applyDiscount,
                  removeDiscount,
                  fromList,
+                 fromFile,
                  removeLine,
                  save};
 
+    resize(1000, 580);
     chainFields({m_reference, m_brand}, add);
     chainFields({m_discount, m_from, m_to}, applyDiscount);
     setFocusProxy(m_reference);

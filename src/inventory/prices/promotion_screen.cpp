@@ -76,6 +76,7 @@ void PromotionScreen::buildUi() {
                         QStringLiteral("Descripción"), QStringLiteral("Precio detal"),
                         QStringLiteral("Variantes")});
     m_list->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    m_list->verticalHeader()->hide();
     auto* all = actionButton(this, "cmdMarcarTodos", QStringLiteral("Marcar todos"));
     auto* none = actionButton(this, "cmdDesmarcarTodos", QStringLiteral("Desmarcar todos"));
     m_percent = inputField(this, "txtPorcentajePromocion", true);
@@ -88,6 +89,7 @@ void PromotionScreen::buildUi() {
     auto* close = actionButton(this, "cmdSalir", QStringLiteral("Salir"));
     m_result = new QLabel(this);
     m_result->setObjectName(QStringLiteral("lblResultado"));
+    m_result->setWordWrap(true);
 
     auto* filters = new QFormLayout;
     filters->addRow(QStringLiteral("Marca:"), m_brand);
@@ -126,6 +128,7 @@ void PromotionScreen::buildUi() {
     layout->addLayout(middle, 2);
     layout->addLayout(right, 1);
 
+    resize(1000, 520);
     chainFields({m_percent, m_wholesale, m_member, m_start, m_end}, generateButton);
     setFocusProxy(m_brand);
     connect(m_categories, &QTreeWidget::currentItemChanged, this, [this](QTreeWidgetItem* item) {

@@ -8,6 +8,7 @@
 #include "support/scripted_dialogs.h"
 #include "support/test_db.h"
 
+#include <QCheckBox>
 #include <QDateEdit>
 #include <QDir>
 #include <QFile>
@@ -76,6 +77,17 @@ TEST_F(RateScreenTest, ATypedRateRepricesTheCatalogueAndJoinsThePastRates) {
     auto* rates = child<QTableWidget>(*screen, "grdTasas");
     EXPECT_EQ(rates->rowCount(), 1);
     EXPECT_TRUE(child<QLabel>(*screen, "lblTasaActual")->text().startsWith("36,50"));
+
+    // The switches are kept in TABLA_VALORES as they are ticked.
+    auto* update = child<QCheckBox>(*screen, "chkActTasa");
+    ASSERT_TRUE(update->isChecked());
+    EXPECT_FALSE(child<QCheckBox>(*screen, "chkExpTasa")->isChecked());
+    QTest::mouseClick(update, Qt::LeftButton);
+    EXPECT_EQ(scalar("SELECT Descripcion FROM TABLA_VALORES WHERE IdTabla = 'ActTasa'").toString(),
+              "FALSE");
+    QTest::mouseClick(update, Qt::LeftButton);
+    EXPECT_EQ(scalar("SELECT Descripcion FROM TABLA_VALORES WHERE IdTabla = 'ActTasa'").toString(),
+              "TRUE");
 
     type(*screen, "txtTasaCambio", "cuarenta");
     QTest::mouseClick(child<QPushButton>(*screen, "cmdRegistrar"), Qt::LeftButton);
