@@ -5,11 +5,12 @@
 #include "common/rate/exchange_rate.h"
 #include "exchange/package/zip_archive.h"
 #include "pos/sale/sale_store.h"
+#include "support/orvo_process.h"
+#include "support/scoped_app_home.h"
 #include "support/test_db.h"
 
 #include <QDir>
 #include <QFile>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -26,20 +27,11 @@ class RateTest : public test::DbTest {
 protected:
     void SetUp() override {
         DbTest::SetUp();
-        m_oldHome = qgetenv("ORVO_HOME");
-        qputenv("ORVO_HOME", m_home.path().toUtf8());
         // Three variants of two models; one without a promotion price.
         exec("INSERT INTO INVENTARIO (CodigoBarra, Referencia, CodigoMarca, PrecioDetal, "
              "PrecioMayor, PrecioAfiliado, PrecioPromocion, CostoPromedio, Existencia) VALUES "
              "('A1', 'R1', 'M1', 100, 80, 95, 90, 50, 3), ('A2', 'R1', 'M1', 100, 80, 95, 90, "
              "50, 4), ('B1', 'R2', 'M1', 12.5, 10, 11, NULL, 6, 0)");
-    }
-    void TearDown() override {
-        if (m_oldHome.isEmpty())
-            qunsetenv("ORVO_HOME");
-        else
-            qputenv("ORVO_HOME", m_oldHome);
-        DbTest::TearDown();
     }
 
     void setSwitch(const char* key, const char* value) const {
@@ -64,8 +56,7 @@ protected:
         return path;
     }
 
-    QTemporaryDir m_home;
-    QByteArray m_oldHome;
+    test::ScopedAppHome m_home;
 };
 
 } // namespace
@@ -222,23 +213,15 @@ TEST(RateCommand, RegistersTheTypedRateOnTheStore) {
     if (test::testEngine() != db::Engine::Sqlite)
         GTEST_SKIP() << "the command runs on the embedded store";
     QTemporaryDir home;
-    auto orvo = [&](const QStringList& args) {
-        QProcess p;
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert("ORVO_HOME", home.path());
-        env.insert("HOME", home.path());
-        p.setProcessEnvironment(env);
-        p.setProcessChannelMode(QProcess::MergedChannels);
-        p.start(QStringLiteral(ORVO_BINARY), args);
-        p.waitForFinished(120000);
-        return std::make_pair(p.exitCode(), QString::fromUtf8(p.readAll()));
+    const auto orvo = [&](const QStringList& args) {
+        return test::runOrvo(QStringLiteral(ORVO_BINARY), home.path(), args);
     };
-    ASSERT_EQ(orvo({"db", "init"}).first, 0);
-    auto [code, output] = orvo({"rate", "41,75"});
-    EXPECT_EQ(code, 0) << output.toStdString();
-    EXPECT_TRUE(output.contains("Tasa de cambio 41.75 registrada.")) << output.toStdString();
-    std::tie(code, output) = orvo({"rate", "cuarenta"});
-    EXPECT_EQ(code, 2);
+    ASSERT_EQ(orvo({"db", "init"}).exitCode, 0);
+    const test::CommandRun run = orvo({"rate", "41,75"});
+    EXPECT_EQ(run.exitCode, 0) << run.output.toStdString();
+    EXPECT_TRUE(run.output.contains("Tasa de cambio 41.75 registrada."))
+        << run.output.toStdString();
+    EXPECT_EQ(orvo({"rate", "cuarenta"}).exitCode, 2);
     {
         QSqlDatabase store = QSqlDatabase::addDatabase("QSQLITE", "rate_command");
         store.setDatabaseName(home.filePath("data/ORVO.sqlite"));

@@ -5,6 +5,7 @@
 #include "common/rate/reconversion.h"
 #include "common/schema/schema.h"
 #include "shell/demo/demo_store.h"
+#include "support/scoped_app_home.h"
 #include "support/test_db.h"
 
 #include <QDir>
@@ -24,8 +25,6 @@ class ReconversionTest : public test::DbTest {
 protected:
     void SetUp() override {
         DbTest::SetUp();
-        m_oldHome = qgetenv("ORVO_HOME");
-        qputenv("ORVO_HOME", m_home.path().toUtf8());
         shell::demo::seedDemoStore(db());
         // The demo has no documents yet: one row in every table of the plan that is empty.
         int n = 0;
@@ -36,13 +35,6 @@ protected:
         exec("INSERT INTO SALDODIARIO (Fecha, CodigoBarra, Existencia, Costo) VALUES (?, 'X', "
              "1, 2)",
              {QDateTime::currentDateTime()});
-    }
-    void TearDown() override {
-        if (m_oldHome.isEmpty())
-            qunsetenv("ORVO_HOME");
-        else
-            qputenv("ORVO_HOME", m_oldHome);
-        DbTest::TearDown();
     }
 
     // Every column of the table with a value of its type; amounts differ from row to row.
@@ -143,8 +135,7 @@ protected:
             .toInt();
     }
 
-    QTemporaryDir m_home;
-    QByteArray m_oldHome;
+    test::ScopedAppHome m_home;
 };
 
 } // namespace

@@ -7,6 +7,7 @@
 #include "inventory/prices/price_screens.h"
 #include "inventory/prices/promotion_screen.h"
 #include "shell/screens/screen_registry.h"
+#include "support/scoped_app_home.h"
 #include "support/scripted_dialogs.h"
 
 #include <QComboBox>
@@ -205,9 +206,7 @@ TEST_F(PriceScreensTest, TheCatalogueRepricedFromCostsAndMargins) {
 }
 
 TEST_F(PriceScreensTest, HeadOfficeListsAreLoadedFromRecibeOnceTheTransfersAreIn) {
-    QTemporaryDir home;
-    const QByteArray oldHome = qgetenv("ORVO_HOME");
-    qputenv("ORVO_HOME", home.path().toUtf8());
+    test::ScopedAppHome home;
     const QString templates = home.filePath("Estructura");
     exchange::package::installTemplates(templates);
     const QString recibe = home.filePath("Recibe");
@@ -248,9 +247,4 @@ TEST_F(PriceScreensTest, HeadOfficeListsAreLoadedFromRecibeOnceTheTransfersAreIn
     ASSERT_EQ(grid->rowCount(), 3);
     EXPECT_EQ(grid->item(2, 2)->text(), "ZAPATO R3");
     EXPECT_EQ(grid->item(2, 5)->text(), "66,50");
-
-    if (oldHome.isEmpty())
-        qunsetenv("ORVO_HOME");
-    else
-        qputenv("ORVO_HOME", oldHome);
 }

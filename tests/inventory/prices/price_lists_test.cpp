@@ -8,17 +8,9 @@
 using namespace orvo;
 using namespace orvo::inventory;
 using namespace orvo::inventory::prices;
+using test::refusal;
 
 namespace {
-
-template <class F> QString refusal(F&& action) {
-    try {
-        action();
-    } catch (const UserError& e) {
-        return e.text();
-    }
-    return QStringLiteral("<no refusal>");
-}
 
 Decimal d(const char* text) {
     return Decimal::fromString(QString::fromLatin1(text));

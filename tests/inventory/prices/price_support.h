@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/db/sql.h"
+#include "common/errors/errors.h"
 #include "exchange/package/dbf.h"
 #include "exchange/package/dbf_names.h"
 #include "exchange/package/templates.h"
@@ -56,6 +57,16 @@ protected:
     }
     static Decimal d(const char* text) { return Decimal::fromString(QString::fromLatin1(text)); }
 };
+
+// The text of the UserError an action refuses with, "<no refusal>" when it goes through.
+template <class F> QString refusal(F&& action) {
+    try {
+        action();
+    } catch (const UserError& e) {
+        return e.text();
+    }
+    return QStringLiteral("<no refusal>");
+}
 
 inline QVariant money(const Decimal& value) {
     return QVariant::fromValue(value);

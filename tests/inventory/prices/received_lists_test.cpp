@@ -9,10 +9,10 @@
 #include "exchange/package/zip_archive.h"
 #include "inventory/prices/price_lists.h"
 #include "inventory/prices/received_lists.h"
+#include "support/orvo_process.h"
 
 #include <QDir>
 #include <QFile>
-#include <QProcess>
 #include <QTemporaryDir>
 
 using namespace orvo;
@@ -21,6 +21,7 @@ using namespace orvo::inventory::prices;
 using exchange::package::dbfName;
 using exchange::package::DbfWriter;
 using test::money;
+using test::refusal;
 
 namespace {
 
@@ -60,15 +61,6 @@ protected:
     QString m_templates, m_recibe, m_work;
     QPair<QString, QString> m_demoModel;
 };
-
-template <class F> QString refusal(F&& action) {
-    try {
-        action();
-    } catch (const UserError& e) {
-        return e.text();
-    }
-    return QStringLiteral("<no refusal>");
-}
 
 } // namespace
 
@@ -159,19 +151,11 @@ TEST_F(ReceivedListsTest, OrvoImportLoadsTheRateThenTheLists) {
     if (test::testEngine() != db::Engine::Sqlite)
         GTEST_SKIP() << "the command runs on the embedded store";
     QTemporaryDir home;
-    auto orvo = [&](const QStringList& args) {
-        QProcess p;
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert("ORVO_HOME", home.path());
-        env.insert("HOME", home.path());
-        p.setProcessEnvironment(env);
-        p.setProcessChannelMode(QProcess::MergedChannels);
-        p.start(QStringLiteral(ORVO_BINARY), args);
-        p.waitForFinished(180000);
-        return std::make_pair(p.exitCode(), QString::fromUtf8(p.readAll()));
+    const auto orvo = [&](const QStringList& args) {
+        return test::runOrvo(QStringLiteral(ORVO_BINARY), home.path(), args);
     };
-    auto [code, output] = orvo({"db", "init", "--demo"});
-    ASSERT_EQ(code, 0) << output.toStdString();
+    test::CommandRun run = orvo({"db", "init", "--demo"});
+    ASSERT_EQ(run.exitCode, 0) << run.output.toStdString();
     {
         QSqlDatabase store = QSqlDatabase::addDatabase("QSQLITE", "import_command");
         store.setDatabaseName(home.filePath("data/ORVO.sqlite"));
@@ -209,16 +193,17 @@ TEST_F(ReceivedListsTest, OrvoImportLoadsTheRateThenTheLists) {
         exchange::package::writeZip(recibe + "/lista.zip",
                                     {m_work + "/RESULIST.DBF", m_work + "/MOVILIST.DBF"});
     }
-    std::tie(code, output) = orvo({"import"});
-    EXPECT_EQ(code, 0) << output.toStdString();
-    EXPECT_TRUE(output.contains("Tasa de cambio: tasa de cambio 40 registrada"))
-        << output.toStdString();
-    EXPECT_TRUE(output.contains("Listas de precios: lista de precio Nº 1 cargada y aprobada "
-                                "(lista.zip)"))
-        << output.toStdString();
-    std::tie(code, output) = orvo({"import"});
-    EXPECT_EQ(code, 0);
-    EXPECT_TRUE(output.contains("No hay archivos pendientes por cargar")) << output.toStdString();
+    run = orvo({"import"});
+    EXPECT_EQ(run.exitCode, 0) << run.output.toStdString();
+    EXPECT_TRUE(run.output.contains("Tasa de cambio: tasa de cambio 40 registrada"))
+        << run.output.toStdString();
+    EXPECT_TRUE(run.output.contains("Listas de precios: lista de precio Nº 1 cargada y aprobada "
+                                    "(lista.zip)"))
+        << run.output.toStdString();
+    run = orvo({"import"});
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_TRUE(run.output.contains("No hay archivos pendientes por cargar"))
+        << run.output.toStdString();
     {
         QSqlDatabase store = QSqlDatabase::addDatabase("QSQLITE", "import_command");
         store.setDatabaseName(home.filePath("data/ORVO.sqlite"));
