@@ -3,6 +3,7 @@
 #include "common/rate/rate_screen.h"
 #include "inventory/articles/article_screens.h"
 #include "inventory/prices/price_screens.h"
+#include "inventory/purchases/purchase_screens.h"
 #include "pos/cash/cash_screens.h"
 #include "pos/fiscal/counter_correction_screen.h"
 #include "pos/payments/payment_ways_screen.h"
@@ -18,6 +19,7 @@ namespace orvo::app {
 void registerAllScreens() {
     // One line per area: each area's register function adds its screens.
     inventory::registerArticleScreens();
+    inventory::purchases::registerPurchaseScreens();
     shell::registerRecordScreens(
         {[] { return shell::mainDb(); }, [] { return shell::session().userCode; }});
     pos::registers::registerScreens();
