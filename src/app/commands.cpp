@@ -7,6 +7,7 @@
 #include "common/errors/errors.h"
 #include "common/rate/exchange_rate.h"
 #include "common/schema/migrate.h"
+#include "exchange/export/export_commands.h"
 #include "exchange/import/import_loaders.h"
 #include "inventory/prices/received_lists.h"
 #include "pos/card/terminal_settings.h"
@@ -245,6 +246,24 @@ const QList<Command>& commands() {
          QStringLiteral("carga lo recibido en Recibe (o en CARPETA): la tasa de cambio y las "
                         "listas de precios (aprobadas, al inventario)"),
          importCommand},
+        {QStringLiteral("export"),
+         QStringLiteral("export [--desde DD/MM/AAAA] [--hasta DD/MM/AAAA] "
+                        "[--formato orvo|vandu|xml]"),
+         QStringLiteral("arma el paquete de la tienda en la carpeta de envío y escribe su ruta"),
+         [](const QStringList& args) {
+             return exchange::exportCommand(openConfiguredStore(false), args, out(), err());
+         }},
+        {QStringLiteral("mail"), QStringLiteral("mail [--xml]"),
+         QStringLiteral("envía por correo los paquetes de la carpeta de envío (MENSAJES)"),
+         [](const QStringList& args) {
+             return exchange::mailCommand(openConfiguredStore(false), args, out(), err());
+         }},
+        {QStringLiteral("mail-account"), QStringLiteral("mail-account [SERVIDOR:PUERTO]"),
+         QStringLiteral("muestra o fija el servidor de salida de la cuenta de correo "
+                        "(CUENTAS_MAIL)"),
+         [](const QStringList& args) {
+             return exchange::mailAccountCommand(openConfiguredStore(false), args, out(), err());
+         }},
     };
     return list;
 }

@@ -1,6 +1,7 @@
 #include "app/screens.h"
 
 #include "common/rate/rate_screen.h"
+#include "exchange/export/exchange_screens.h"
 #include "inventory/articles/article_screens.h"
 #include "inventory/prices/price_screens.h"
 #include "inventory/purchases/purchase_screens.h"
@@ -30,6 +31,7 @@ void registerAllScreens() {
     pos::payments::registerPaymentScreens();
     common::rate::registerRateScreens();
     inventory::prices::registerPriceScreens();
+    exchange::registerExchangeScreens();
 }
 
 } // namespace orvo::app
