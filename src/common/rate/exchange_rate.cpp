@@ -5,6 +5,7 @@
 #include "common/errors/errors.h"
 #include "common/rate/rate_file.h"
 #include "common/rate/rate_store.h"
+#include "exchange/export/export_store.h"
 #include "exchange/import/import_loaders.h"
 #include "exchange/package/zip_archive.h"
 #include "shell/session/settings_readers.h"
@@ -86,7 +87,7 @@ RegisterResult registerRate(const QSqlDatabase& db, const RegisterRequest& reque
     tx.commit();
 
     if (request.mayExport && becomesCurrent && shell::exchangeRateExportEnabled(db))
-        result.rateFile = writeRateFile(request.value);
+        result.rateFile = writeRateFile(request.value, exchange::exporting::exportFolder(db));
     qCInfo(lcRate) << "tasa registrada" << request.value.toString() << "precios actualizados"
                    << result.articlesRepriced;
     return result;

@@ -13,7 +13,7 @@ QString rateFileFolder() {
     return shell::appHome() + QStringLiteral("/ZipTemp");
 }
 
-QString writeRateFile(const Decimal& value) {
+QString writeRateFile(const Decimal& value, const QString& exportFolder) {
     const QString folder = rateFileFolder();
     QDir().mkpath(folder);
     const QString path = folder + QStringLiteral("/TasaCambio.txt");
@@ -22,7 +22,8 @@ QString writeRateFile(const Decimal& value) {
         !f.commit())
         throw UserError(QStringLiteral("No se pudo escribir el archivo de tasa de cambio ") +
                         QDir::toNativeSeparators(path) + QStringLiteral("...!"));
-    const QString archive = folder + QStringLiteral("/TasaCambio.zip");
+    QDir().mkpath(exportFolder);
+    const QString archive = exportFolder + QStringLiteral("/TasaCambio.zip");
     exchange::package::writeZip(archive, {path});
     return archive;
 }

@@ -6,6 +6,7 @@
 #include "common/dialogs/screen_widgets.h"
 #include "common/rate/exchange_rate.h"
 #include "common/rate/rate_file.h"
+#include "exchange/export/export_store.h"
 #include "shell/screens/screen_registry.h"
 #include "shell/session/session_context.h"
 #include "shell/session/settings_readers.h"
@@ -217,7 +218,7 @@ void RateExportScreen::exportRate() {
     const auto rate = currentRate(m_db);
     if (!rate)
         throw UserError(kRateReminder);
-    const QString file = writeRateFile(*rate);
+    const QString file = writeRateFile(*rate, exchange::exporting::exportFolder(m_db));
     dialogs().information(this, QStringLiteral("Tasa de cambio ") + rateText(*rate) +
                                     QStringLiteral(" exportada en ") +
                                     QDir::toNativeSeparators(file) + QStringLiteral("...!"));

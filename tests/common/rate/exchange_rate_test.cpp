@@ -155,7 +155,7 @@ TEST_F(RateTest, TheSaleTakesTheRateOfItsDayNotOneEnteredAhead) {
 TEST_F(RateTest, TheRateFileOfHeadOfficeTravelsZippedAndIsLoadedByTheStore) {
     setSwitch("ExpTasa", "TRUE");
     const RegisterResult r = registerRate(db(), {d("40.25"), {}, true});
-    ASSERT_EQ(r.rateFile, m_home.filePath("ZipTemp/TasaCambio.zip"));
+    ASSERT_EQ(r.rateFile, m_home.filePath("Envia/TasaCambio.zip")); // travels with the packages
     EXPECT_EQ(exchange::package::zipEntries(r.rateFile), QStringList{"TasaCambio.txt"});
     QFile f(m_home.filePath("ZipTemp/TasaCambio.txt"));
     ASSERT_TRUE(f.open(QIODevice::ReadOnly));
@@ -196,7 +196,7 @@ TEST_F(RateTest, TheReceivedRateIsLoadedOnceWithImpTasaAndNeverSentOn) {
     EXPECT_EQ(r->value, Decimal(40));
     EXPECT_TRUE(r->repriced);
     EXPECT_TRUE(r->rateFile.isEmpty());
-    EXPECT_FALSE(QFile::exists(m_home.filePath("ZipTemp/TasaCambio.zip")));
+    EXPECT_FALSE(QFile::exists(m_home.filePath("Envia/TasaCambio.zip")));
     EXPECT_FALSE(QFile::exists(file));
     EXPECT_FALSE(loadReceivedRate(db(), recibe));
     EXPECT_EQ(count("TASA_CAMBIO"), 2);
