@@ -109,7 +109,13 @@ RateScreen::RateScreen(QSqlDatabase db, QString appFolder, QWidget* parent)
     layout->addWidget(m_rates);
 
     chainFields({m_rate, m_day}, m_register);
+    // The rate is what one comes to type: it comes first, the store's switches last.
+    const QList<QWidget*> order = {m_rate, m_day,    m_register, fromFile, m_received,
+                                   close,  m_update, m_export,   m_import, m_rates};
+    for (qsizetype i = 1; i < order.size(); ++i)
+        QWidget::setTabOrder(order[i - 1], order[i]);
     setFocusProxy(m_rate);
+    m_rate->setFocus();
     connect(m_register, &QPushButton::clicked, this,
             [this] { guarded(this, [this] { registerTyped(); }); });
     connect(fromFile, &QPushButton::clicked, this,

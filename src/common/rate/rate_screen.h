@@ -30,6 +30,8 @@ public:
     void loadFromFile();
     void loadReceived();
 
+    QSize sizeHint() const override { return {760, 600}; }
+
 private:
     void refresh();
     QString recibeFolder() const { return m_appFolder + QStringLiteral("/Recibe"); }

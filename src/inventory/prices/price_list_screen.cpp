@@ -125,7 +125,7 @@ void PriceListScreen::buildUi() {
         actionButton(this, "cmdEliminarDescuento", QStringLiteral("Eliminar descuento"));
 
     auto* fresh = actionButton(this, "cmdNuevo", QStringLiteral("Nuevo"));
-    auto* open = actionButton(this, "cmdAbrir", QStringLiteral("Abrir..."));
+    auto* open = actionButton(this, "cmdAbrir", QStringLiteral("Abrir... (F3)"));
     auto* fromList =
         actionButton(this, "cmdCargarLista", QStringLiteral("Cargar de otra lista..."));
     auto* fromFile = actionButton(this, "cmdCargarArchivo", QStringLiteral("Cargar de RECIBE"));
@@ -204,7 +204,6 @@ void PriceListScreen::buildUi() {
                  removeLine,
                  save};
 
-    resize(1000, 580);
     chainFields({m_reference, m_brand}, add);
     chainFields({m_discount, m_from, m_to}, applyDiscount);
     setFocusProxy(m_reference);
@@ -241,6 +240,9 @@ void PriceListScreen::keyPressEvent(QKeyEvent* event) {
     switch (event->key()) {
     case Qt::Key_F2:
         guarded(this, [this] { chooseModel(); });
+        return;
+    case Qt::Key_F3:
+        guarded(this, [this] { chooseList(); });
         return;
     case Qt::Key_F10:
         guarded(this, [this] { save(); });
@@ -308,7 +310,7 @@ void PriceListScreen::showLine(int row) {
     cell(kMemberSuggested, moneyText(l.memberSuggested), true);
     cell(kMember, moneyText(l.member), true);
     cell(kPromotion, QString())->setCheckState(l.promotion ? Qt::Checked : Qt::Unchecked);
-    cell(kDiscount, l.discount.toString(2), true);
+    cell(kDiscount, moneyText(l.discount), true);
     cell(kPromotionPrice, moneyText(l.promotionPrice), true);
     cell(kStart, l.start.toString(QStringLiteral("dd/MM/yyyy")));
     cell(kEnd, l.end.toString(QStringLiteral("dd/MM/yyyy")));

@@ -24,6 +24,7 @@ public:
                     QWidget* parent = nullptr);
 
     const PriceList& list() const { return m_list; }
+    QSize sizeHint() const override { return {1450, 760}; }
 
     // The screen's actions, as its buttons and keys run them (tests call them directly where a
     // lookup list would be chosen from).

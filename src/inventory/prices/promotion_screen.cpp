@@ -14,6 +14,7 @@
 #include <QHBoxLayout>
 #include <QHash>
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -77,6 +78,9 @@ void PromotionScreen::buildUi() {
                         QStringLiteral("Variantes")});
     m_list->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
     m_list->verticalHeader()->hide();
+    // Tab leaves the list for the marks and the terms; Space marks the current model.
+    m_list->setTabKeyNavigation(false);
+    m_list->installEventFilter(this);
     auto* all = actionButton(this, "cmdMarcarTodos", QStringLiteral("Marcar todos"));
     auto* none = actionButton(this, "cmdDesmarcarTodos", QStringLiteral("Desmarcar todos"));
     m_percent = inputField(this, "txtPorcentajePromocion", true);
@@ -128,17 +132,18 @@ void PromotionScreen::buildUi() {
     layout->addLayout(middle, 2);
     layout->addLayout(right, 1);
 
-    resize(1000, 520);
     chainFields({m_percent, m_wholesale, m_member, m_start, m_end}, generateButton);
-    setFocusProxy(m_brand);
+    setFocusProxy(m_categories);
     connect(m_categories, &QTreeWidget::currentItemChanged, this, [this](QTreeWidgetItem* item) {
         if (item)
             guarded(this, [this] { showModels(); });
     });
     connect(m_brand, &QComboBox::currentIndexChanged, this,
             [this] { guarded(this, [this] { showModels(); }); });
-    connect(m_reference, &QLineEdit::returnPressed, this,
-            [this] { guarded(this, [this] { showModels(); }); });
+    connect(m_reference, &QLineEdit::returnPressed, this, [this] {
+        guarded(this, [this] { showModels(); });
+        m_list->setFocus();
+    });
     connect(all, &QPushButton::clicked, this, [this] { markAll(true); });
     connect(none, &QPushButton::clicked, this, [this] { markAll(false); });
     connect(m_start, &QDateEdit::editingFinished, this,
@@ -187,6 +192,16 @@ void PromotionScreen::showModels() {
             m_list->setItem(r, c + 1, item);
         }
     }
+}
+
+bool PromotionScreen::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == m_list && event->type() == QEvent::KeyPress &&
+        static_cast<QKeyEvent*>(event)->key() == Qt::Key_Space) {
+        if (QTableWidgetItem* mark = m_list->item(m_list->currentRow(), 0))
+            mark->setCheckState(mark->checkState() == Qt::Checked ? Qt::Unchecked : Qt::Checked);
+        return true;
+    }
+    return QWidget::eventFilter(watched, event);
 }
 
 void PromotionScreen::markAll(bool marked) {

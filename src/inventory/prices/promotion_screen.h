@@ -28,6 +28,11 @@ public:
     // Returns the new list's number, 0 when the user said no.
     int generate();
 
+    QSize sizeHint() const override { return {1150, 620}; }
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 private:
     void buildUi();
     void startChanged();

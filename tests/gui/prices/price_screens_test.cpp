@@ -10,6 +10,7 @@
 #include "support/scoped_app_home.h"
 #include "support/scripted_dialogs.h"
 
+#include <QApplication>
 #include <QComboBox>
 #include <QDateEdit>
 #include <QDir>
@@ -76,12 +77,42 @@ TEST_F(PriceScreensTest, ABrandOnPromotionForNextWeekIsApprovedIntoTheCatalogue)
         click(*screen, "cmdGenerar");
         EXPECT_EQ(dialogs.lastText(),
                   "Debe seleccionar una marca y una referencia para la promoción...!");
-        click(*screen, "cmdMarcarTodos");
-        type(*screen, "txtPorcentajePromocion", "30");
-        child<QDateEdit>(*screen, "dtpFechaInicial")->setDate(nextMonday);
-        child<QDateEdit>(*screen, "dtpFechaFinal")->setDate(nextMonday.addDays(6));
+
+        // From the keys: Tab into the models and out again, Space marks the current one,
+        // Enter runs down the terms; dates are typed whole whichever section was left last.
+        screen->activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(screen.get()));
+        const auto key = [](Qt::Key k, Qt::KeyboardModifiers m = Qt::NoModifier) {
+            QTest::keyClick(QApplication::focusWidget(), k, m);
+        };
+        child<QLineEdit>(*screen, "txtReferencia")->setFocus();
+        key(Qt::Key_Return);
+        ASSERT_EQ(QApplication::focusWidget(), models);
+        models->setCurrentCell(1, 3);
+        key(Qt::Key_Space);
+        EXPECT_EQ(models->item(1, 0)->checkState(), Qt::Checked);
+        EXPECT_EQ(models->item(0, 0)->checkState(), Qt::Unchecked);
+        key(Qt::Key_Tab);
+        EXPECT_EQ(QApplication::focusWidget(), child<QPushButton>(*screen, "cmdMarcarTodos"));
+        key(Qt::Key_Space);
+        EXPECT_EQ(models->item(0, 0)->checkState(), Qt::Checked);
+        auto* start = child<QDateEdit>(*screen, "dtpFechaInicial");
+        start->setCurrentSection(QDateTimeEdit::YearSection);
+        child<QLineEdit>(*screen, "txtPorcentajePromocion")->setFocus();
+        QTest::keyClicks(QApplication::focusWidget(), "30");
+        key(Qt::Key_Return);
+        key(Qt::Key_Return);
+        key(Qt::Key_Return);
+        QTRY_COMPARE(QApplication::focusWidget(), start);
+        QTRY_COMPARE(start->currentSection(), QDateTimeEdit::DaySection);
+        QTest::keyClicks(start, nextMonday.toString("ddMMyyyy"));
+        EXPECT_EQ(start->date(), nextMonday);
+        key(Qt::Key_Return);
+        QTRY_COMPARE(QApplication::focusWidget(), child<QDateEdit>(*screen, "dtpFechaFinal"));
+        QTest::keyClicks(QApplication::focusWidget(), nextMonday.addDays(6).toString("ddMMyyyy"));
         dialogs.expectQuestion("Esta seguro de generar la lista de precio...?", true);
-        click(*screen, "cmdGenerar");
+        key(Qt::Key_Return);
+        EXPECT_TRUE(dialogs.allAnswered());
         EXPECT_EQ(dialogs.lastText(), "Lista de precio generada con exito...!");
         EXPECT_TRUE(child<QLabel>(*screen, "lblResultado")->text().contains("Nº 1"));
     }

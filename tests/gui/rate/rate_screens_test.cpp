@@ -8,6 +8,7 @@
 #include "support/scripted_dialogs.h"
 #include "support/test_db.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QDateEdit>
 #include <QDir>
@@ -74,6 +75,12 @@ TEST_F(RateScreenTest, ATypedRateRepricesTheCatalogueAndJoinsThePastRates) {
     auto screen = open("frmRegistrarTasaCambio");
     EXPECT_EQ(screen->objectName(), "frmRegistrarTasaCambio");
     EXPECT_TRUE(dialogs.messages().isEmpty());
+    // The rate is typed first; the store's switches come after the buttons.
+    screen->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(screen.get()));
+    EXPECT_EQ(QApplication::focusWidget(), child<QLineEdit>(*screen, "txtTasaCambio"));
+    EXPECT_EQ(child<QLineEdit>(*screen, "txtTasaCambio")->nextInFocusChain(),
+              child<QDateEdit>(*screen, "dtpFecha"));
     auto* rates = child<QTableWidget>(*screen, "grdTasas");
     EXPECT_EQ(rates->rowCount(), 1);
     EXPECT_TRUE(child<QLabel>(*screen, "lblTasaActual")->text().startsWith("36,50"));
