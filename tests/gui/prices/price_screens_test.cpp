@@ -7,6 +7,7 @@
 #include "inventory/prices/price_screens.h"
 #include "inventory/prices/promotion_screen.h"
 #include "shell/screens/screen_registry.h"
+#include "shell/startup/app_state.h"
 #include "support/scoped_app_home.h"
 #include "support/scripted_dialogs.h"
 
@@ -32,7 +33,15 @@ protected:
     void SetUp() override {
         PriceTest::SetUp();
         registerPriceScreens({[this] { return db(); }, [] { return QString("ANA"); }});
+        // No session open: Recibe is the one under ORVO_HOME, whatever an earlier test left.
+        m_sessionFolder = shell::session().appFolder;
+        shell::session().appFolder.clear();
     }
+    void TearDown() override {
+        shell::session().appFolder = m_sessionFolder;
+        PriceTest::TearDown();
+    }
+    QString m_sessionFolder;
     std::unique_ptr<QWidget> open(const char* name) {
         std::unique_ptr<QWidget> w(shell::ScreenRegistry::instance().create(name, nullptr));
         EXPECT_TRUE(w) << name;
