@@ -10,6 +10,7 @@
 #include "exchange/export/export_commands.h"
 #include "exchange/import/import_loaders.h"
 #include "inventory/prices/received_lists.h"
+#include "inventory/transfers/transfer_import.h"
 #include "pos/card/terminal_settings.h"
 #include "pos/fiscal/company_rif.h"
 #include "pos/fiscal/port_finder.h"
@@ -42,7 +43,8 @@ struct Command {
 };
 
 // Identity of the register's printer, from the store: this workstation's register serial, the
-// company's RIF (letters and digits only, as the printer keeps it) and the invoice header lines.
+// company's RIF (letters and digits only, as the printer keeps it) and the invoice header lines
+// (ENCFISCAL, or the company's name).
 void takeRegisterIdentity(tools::fiscal::EmulatorOptions& options) {
     QSqlDatabase db = openConfiguredStore(false);
     const QString serie = shell::settings::read(QStringLiteral("Serie")).trimmed();
@@ -60,8 +62,9 @@ void takeRegisterIdentity(tools::fiscal::EmulatorOptions& options) {
     q.exec();
     while (q.next())
         options.header << q.text(QStringLiteral("Descripcion"));
+    // The printer prints the RIF of its fiscal memory itself, under the header.
     if (options.header.isEmpty())
-        options.header << ctx.nombre << ctx.nombreIdFiscal + u' ' + ctx.idEmpresa;
+        options.header << ctx.nombre;
 }
 
 // The software fiscal printer on a pseudo-terminal: prints its device path, then serves it.
@@ -174,10 +177,12 @@ int rateCommand(const QStringList& args) {
 // What `orvo import` loads, one line per area that receives files from head office.
 void registerImportLoaders() {
     common::rate::registerRateLoader();
+    inventory::transfers::registerTransferLoader();
     inventory::prices::registerPriceListLoader();
 }
 
-// Loads what lies in Recibe (or the folder given): the rate, then each kind in its order.
+// Loads what lies in Recibe (or the folder given): the rate, then each kind in its order, with
+// the screens' code.
 int importCommand(const QStringList& args) {
     if (args.size() > 1) {
         err() << "uso: orvo import [CARPETA]" << Qt::endl;
@@ -187,7 +192,7 @@ int importCommand(const QStringList& args) {
     const QString folder = args.isEmpty() ? shell::appHome() + QStringLiteral("/Recibe")
                                           : QDir(args.first()).absolutePath();
     registerImportLoaders();
-    const auto lines = exchange::import::loadAll(db, folder);
+    const auto lines = exchange::import::loadAll(db, folder, printProgress);
     if (lines.isEmpty())
         out() << "No hay archivos pendientes por cargar en " << folder << "." << Qt::endl;
     for (const auto& l : lines)
@@ -264,6 +269,10 @@ const QList<Command>& commands() {
          [](const QStringList& args) {
              return exchange::mailAccountCommand(openConfiguredStore(false), args, out(), err());
          }},
+        {QStringLiteral("import"), QStringLiteral("import [CARPETA]"),
+         QStringLiteral("carga lo recibido en Recibe (o en CARPETA): las transferencias y las "
+                        "devoluciones de transferencias de otras tiendas"),
+         importCommand},
     };
     return list;
 }

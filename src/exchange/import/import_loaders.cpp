@@ -26,11 +26,16 @@ QList<Loader> loaders() {
     return registry();
 }
 
-QList<ImportLine> loadAll(const QSqlDatabase& db, const QString& recibeFolder) {
+QList<ImportLine> loadAll(const QSqlDatabase& db, const QString& recibeFolder,
+                          const Progress& progress) {
     QList<ImportLine> out;
-    for (const Loader& l : loaders())
-        for (const QString& line : l.load(db, recibeFolder))
+    for (const Loader& l : loaders()) {
+        const QStringList lines = l.loadWithProgress
+                                      ? l.loadWithProgress(db, recibeFolder, progress)
+                                      : l.load(db, recibeFolder);
+        for (const QString& line : lines)
             out.append({l.name, line});
+    }
     return out;
 }
 
