@@ -3,8 +3,8 @@
 #include "common/db/bulk_insert.h"
 #include "common/db/sql.h"
 #include "common/db/transaction.h"
-#include "common/rate/exchange_rate.h"
 #include "common/numbering/numbering.h"
+#include "common/rate/exchange_rate.h"
 
 namespace orvo::pos::sale::store {
 
