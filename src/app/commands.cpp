@@ -5,10 +5,12 @@
 #include "common/db/connection.h"
 #include "common/db/sql.h"
 #include "common/errors/errors.h"
+#include "common/rate/exchange_rate.h"
 #include "common/schema/migrate.h"
 #include "exchange/export/export_commands.h"
 #include "exchange/import/import_loaders.h"
 #include "inventory/stock/stock_rebuild.h"
+#include "inventory/prices/received_lists.h"
 #include "inventory/transfers/transfer_import.h"
 #include "pos/card/terminal_settings.h"
 #include "pos/fiscal/company_rif.h"
@@ -22,6 +24,7 @@
 #include "tools/fiscal_emulator/wire_server.h"
 
 #include <QCoreApplication>
+#include <QDate>
 #include <QDir>
 #include <QFile>
 #include <QSqlDatabase>
@@ -133,12 +136,54 @@ int cardTerminal(const QStringList& args) {
     return 0;
 }
 
-// What `orvo import` loads, one line per area that receives files from head office.
-void registerImportLoaders() {
-    inventory::transfers::registerTransferLoader();
+// Registers the day's exchange rate as the rate screen does (repricing with ActTasa, the rate
+// file with ExpTasa).
+int rateCommand(const QStringList& args) {
+    QString typed;
+    QDate day;
+    for (int i = 0; i < args.size(); ++i) {
+        if (args[i] == QLatin1String("--fecha") && i + 1 < args.size()) {
+            day = QDate::fromString(args[++i], QStringLiteral("dd/MM/yyyy"));
+            if (!day.isValid()) {
+                err() << "fecha no valida (DD/MM/AAAA): " << args[i] << Qt::endl;
+                return 2;
+            }
+        } else if (typed.isEmpty()) {
+            typed = args[i];
+        } else {
+            err() << "argumento desconocido: " << args[i] << Qt::endl;
+            return 2;
+        }
+    }
+    const auto value = common::rate::parseTypedRate(typed);
+    if (!value) {
+        err() << "uso: orvo rate VALOR [--fecha DD/MM/AAAA]  (por ejemplo: orvo rate 36,50)"
+              << Qt::endl;
+        return 2;
+    }
+    QSqlDatabase db = openConfiguredStore(false);
+    const auto r = common::rate::registerRate(db, {*value, day, true});
+    out() << "Tasa de cambio " << r.value.toString() << " registrada";
+    if (day.isValid())
+        out() << " para el " << day.toString(QStringLiteral("dd/MM/yyyy"));
+    out() << "." << Qt::endl;
+    if (r.repriced)
+        out() << "Precios actualizados de " << r.articlesRepriced << " articulos (tasa anterior "
+              << r.previous->toString() << ")." << Qt::endl;
+    if (!r.rateFile.isEmpty())
+        out() << "Archivo para las tiendas: " << r.rateFile << Qt::endl;
+    return 0;
 }
 
-// Loads what lies in Recibe (or the folder given), each kind in its order, with the screens' code.
+// What `orvo import` loads, one line per area that receives files from head office.
+void registerImportLoaders() {
+    common::rate::registerRateLoader();
+    inventory::transfers::registerTransferLoader();
+    inventory::prices::registerPriceListLoader();
+}
+
+// Loads what lies in Recibe (or the folder given): the rate, then each kind in its order, with
+// the screens' code.
 int importCommand(const QStringList& args) {
     if (args.size() > 1) {
         err() << "uso: orvo import [CARPETA]" << Qt::endl;
@@ -199,6 +244,14 @@ const QList<Command>& commands() {
          QStringLiteral("muestra o fija el punto de venta VPOS de la caja de esta estación "
                         "(VPOS_URL_<Serie>)"),
          cardTerminal},
+        {QStringLiteral("rate"), QStringLiteral("rate VALOR [--fecha DD/MM/AAAA]"),
+         QStringLiteral("registra la tasa de cambio del dia (o de una fecha anterior); con "
+                        "ActTasa actualiza los precios"),
+         rateCommand},
+        {QStringLiteral("import"), QStringLiteral("import [CARPETA]"),
+         QStringLiteral("carga lo recibido en Recibe (o en CARPETA): la tasa de cambio y las "
+                        "listas de precios (aprobadas, al inventario)"),
+         importCommand},
         {QStringLiteral("export"),
          QStringLiteral("export [--desde DD/MM/AAAA] [--hasta DD/MM/AAAA] "
                         "[--formato orvo|vandu|xml]"),

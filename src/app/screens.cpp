@@ -1,9 +1,11 @@
 #include "app/screens.h"
 
+#include "common/rate/rate_screen.h"
 #include "exchange/export/exchange_screens.h"
 #include "inventory/adjustments/adjustment_screens.h"
 #include "inventory/articles/article_screens.h"
 #include "inventory/counts/count_screens.h"
+#include "inventory/prices/price_screens.h"
 #include "inventory/purchases/purchase_screens.h"
 #include "inventory/stock/stock_screens.h"
 #include "inventory/transfers/transfer_screens.h"
@@ -35,6 +37,8 @@ void registerAllScreens() {
     pos::sale::registerSaleScreens();
     pos::cash::registerCashScreens();
     pos::payments::registerPaymentScreens();
+    common::rate::registerRateScreens();
+    inventory::prices::registerPriceScreens();
     exchange::registerExchangeScreens();
 }
 

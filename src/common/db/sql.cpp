@@ -276,6 +276,26 @@ QStringList columnsOf(const QSqlDatabase& db, const QString& table) {
     return out;
 }
 
+void widenNumericColumn(const QSqlDatabase& db, const QString& table, const QString& column,
+                        int precision, int scale) {
+    if (engineOf(db) == Engine::Sqlite)
+        return;
+    execute(db, QStringLiteral("ALTER TABLE %1 ALTER COLUMN %2 TYPE NUMERIC(%3, %4)")
+                    .arg(table, column)
+                    .arg(precision)
+                    .arg(scale));
+}
+
+void lockTableForWriting(const QSqlDatabase& db, const QString& table) {
+    if (engineOf(db) == Engine::Postgres)
+        execute(db, QStringLiteral("LOCK TABLE %1 IN EXCLUSIVE MODE").arg(table));
+}
+
+void truncateLog(const QSqlDatabase& db) {
+    if (engineOf(db) == Engine::Sqlite)
+        Sql(db, QStringLiteral("PRAGMA wal_checkpoint(TRUNCATE)")).exec();
+}
+
 bool numericFlag(const QVariant& value) {
     if (value.isNull() || !value.isValid())
         return false;

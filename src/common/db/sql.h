@@ -112,6 +112,16 @@ QDateTime serverNow(const QSqlDatabase& db);
 void forgetServerClock(const QString& connectionName);
 bool tableExists(const QSqlDatabase& db, const QString& table);
 QStringList columnsOf(const QSqlDatabase& db, const QString& table); // upper-case names
+// Widens a numeric column to NUMERIC(precision, scale). PostgreSQL rewrites the column; SQLite
+// keeps any value whatever the declared type, so there is nothing to change there.
+void widenNumericColumn(const QSqlDatabase& db, const QString& table, const QString& column,
+                        int precision, int scale);
+// Inside a transaction: no other connection may write `table` until commit (PostgreSQL). SQLite's
+// BEGIN IMMEDIATE already holds the whole database's write lock.
+void lockTableForWriting(const QSqlDatabase& db, const QString& table);
+// Gives the space of the write-ahead log back after a large change (SQLite's WAL file is
+// truncated; the PostgreSQL server manages its own log).
+void truncateLog(const QSqlDatabase& db);
 
 // Half-open day range: [day 00:00, next day 00:00).
 inline QDateTime dayStart(const QDate& day) {

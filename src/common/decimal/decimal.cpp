@@ -297,4 +297,31 @@ Decimal operator/(const Decimal& a, const Decimal& b) {
     return Decimal::fromUnits(divRound(a.m_units * Decimal::kOne, b.m_units));
 }
 
+std::optional<Decimal> parseTypedNumber(const QString& text, int* decimals) {
+    QString t = text.trimmed();
+    t.remove(QLatin1Char(' '));
+    t.remove(QChar(0xA0));
+    const qsizetype dot = t.lastIndexOf(QLatin1Char('.'));
+    const qsizetype comma = t.lastIndexOf(QLatin1Char(','));
+    QChar decimal;
+    if (dot >= 0 && comma >= 0)
+        decimal = dot > comma ? QLatin1Char('.') : QLatin1Char(',');
+    else if (dot >= 0 && t.count(QLatin1Char('.')) == 1)
+        decimal = QLatin1Char('.');
+    else if (comma >= 0 && t.count(QLatin1Char(',')) == 1)
+        decimal = QLatin1Char(',');
+    QString normal;
+    for (const QChar c : std::as_const(t)) {
+        if (c == decimal)
+            normal += QLatin1Char('.');
+        else if (c != QLatin1Char('.') && c != QLatin1Char(','))
+            normal += c;
+    }
+    if (decimals) {
+        const qsizetype point = normal.indexOf(QLatin1Char('.'));
+        *decimals = point < 0 ? 0 : int(normal.size() - point - 1);
+    }
+    return Decimal::parse(normal);
+}
+
 } // namespace orvo

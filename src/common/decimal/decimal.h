@@ -84,6 +84,13 @@ private:
     Rep m_units = 0;
 };
 
+// A number as a user types it: spaces and thousands separators go, and the decimal separator may
+// be '.' or ','. With both separators the last one is the decimal one; one separator that occurs
+// more than once groups thousands ("1.234,5", "1,234.5", "1.234.567", "36,50", "36.5"). Nothing
+// when the text is not a number. `decimals`, when given, receives how many digits were typed after
+// the decimal separator (a value with more than eight is rounded to eight).
+std::optional<Decimal> parseTypedNumber(const QString& text, int* decimals = nullptr);
+
 } // namespace orvo
 
 Q_DECLARE_METATYPE(orvo::Decimal)

@@ -3,6 +3,7 @@
 #include "common/db/sql.h"
 #include "common/db/transaction.h"
 #include "common/errors/errors.h"
+#include "common/rate/reconversion.h"
 #include "pos/fiscal/company_rif.h"
 #include "pos/fiscal/fiscal_printer_thread.h"
 #include "shell/startup/app_home.h"
@@ -192,7 +193,11 @@ QString markerFilePath(const QString& serial) {
     return shell::dataDir() + QStringLiteral("/caja") + serial + QStringLiteral(".txt");
 }
 
-void runDueReconversion(const QSqlDatabase&) {}
+void runDueReconversion(const QSqlDatabase& db) {
+    const QDate today = db::serverNow(db).date();
+    if (common::rate::reconversionDue(db, today))
+        common::rate::runReconversion(db, today);
+}
 
 CashDay openDayWith(const QSqlDatabase& db, fiscal::FiscalPrinterThread& printer,
                     const OpeningRequest& request) {

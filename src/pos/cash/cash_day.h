@@ -72,9 +72,9 @@ void deleteOpening(const QSqlDatabase& db, const QString& serial, const QDate& d
 // data/caja<serial>.txt under the application folder: the register's last opening.
 QString markerFilePath(const QString& serial);
 
-// The monetary reconversion runs when the day is opened, before the opening itself. The
-// exchange-rate work fills this in (a Job with its own progress); until then nothing is due and
-// it does nothing.
+// The monetary reconversion runs when the day is opened, before the opening itself: when it is
+// due (common/rate/reconversion.h) it runs to its end here, without messages. The opening screen
+// shows its warnings and progress instead (common/rate/reconversion_dialog.h).
 void runDueReconversion(const QSqlDatabase& db);
 
 // The whole opening for headless use and tests: checks, printer read on its thread, opening.

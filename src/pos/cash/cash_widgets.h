@@ -1,20 +1,11 @@
 #pragma once
 
-#include <QString>
+#include "common/dialogs/screen_widgets.h"
 
-class QLineEdit;
-class QPushButton;
-class QTableWidget;
-class QWidget;
-
-// The pieces the cash screens are built from.
+// The pieces the cash screens are built from: the common screen builders.
 namespace orvo::pos::cash {
-
-QLineEdit* inputField(QWidget* parent, const char* name, bool amount = false);
-// Read-only: what the screen shows, not what the user types.
-QLineEdit* shownField(QWidget* parent, const char* name, bool amount = false);
-QPushButton* actionButton(QWidget* parent, const char* name, const QString& text);
-// Rows picked whole, nothing edited in place.
-QTableWidget* listTable(QWidget* parent, const char* name, const QStringList& headers);
-
+using orvo::actionButton;
+using orvo::inputField;
+using orvo::listTable;
+using orvo::shownField;
 } // namespace orvo::pos::cash

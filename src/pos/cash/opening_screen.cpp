@@ -7,6 +7,7 @@
 
 #include "common/db/sql.h"
 #include "common/dialogs/dialogs.h"
+#include "common/rate/reconversion_dialog.h"
 #include "pos/cash/cash_day.h"
 #include "pos/fiscal/fiscal_printer_thread.h"
 #include "shell/session/session_context.h"
@@ -118,7 +119,7 @@ void OpeningScreen::openDay() {
     r.controlFactura = m_session.controlFactura;
     const bool checked = guarded(this, [&] {
         checkOpening(m_db, r.serial, r.day);
-        runDueReconversion(m_db);
+        common::rate::reconvertIfDue(this, m_db); // warnings, progress, end messages
     });
     // A day after today is most likely a mistyped date: asked first.
     const QDate today = db::serverNow(m_db).date();

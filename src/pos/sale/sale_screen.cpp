@@ -3,6 +3,7 @@
 #include "common/db/sql.h"
 #include "common/dialogs/dialogs.h"
 #include "common/grid_ui/catalog_dialog.h"
+#include "common/rate/exchange_rate.h"
 #include "pos/card/fiscal_voucher_printer.h"
 #include "pos/card/vpos_payment.h"
 #include "pos/fiscal/register_printer.h"
@@ -109,6 +110,8 @@ SaleScreen::SaleScreen(QSqlDatabase db, shell::SessionContext& ctx,
     m_draft = newDraft(m_db, m_ctx);
     buildUi();
     clearForNextSale();
+    if (common::rate::rateReminderDue(m_db, QDate::currentDate()))
+        dialogs().warning(this, common::rate::kRateReminder); // the sale uses the day's rate
 }
 
 SaleScreen::~SaleScreen() = default;

@@ -4,6 +4,7 @@
 #include "common/db/sql.h"
 #include "common/db/transaction.h"
 #include "common/numbering/numbering.h"
+#include "common/rate/exchange_rate.h"
 
 namespace orvo::pos::sale::store {
 
@@ -172,10 +173,7 @@ QString dispatchCatalogSql() {
 }
 
 Decimal latestExchangeRate(const QSqlDatabase& db) {
-    db::Sql q(db, QStringLiteral("SELECT Valor FROM TASA_CAMBIO ORDER BY Fecha DESC, ID DESC "
-                                 "LIMIT 1"));
-    q.exec();
-    return q.next() ? q.decimal(QStringLiteral("Valor")) : Decimal();
+    return common::rate::rateForDay(db, db::serverNow(db).date()); // the rate of the sale's day
 }
 
 QString paymentWayCode(const QSqlDatabase& db, const QString& name) {

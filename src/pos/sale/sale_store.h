@@ -30,7 +30,7 @@ std::optional<SaleClient> clientByCode(const QSqlDatabase& db, const QString& co
 std::optional<SaleSeller> sellerByCode(const QSqlDatabase& db, const QString& code);
 QList<SaleSeller> sellers(const QSqlDatabase& db);
 
-// The latest registered exchange rate (0 without one).
+// The exchange rate of the sale's day, today (0 before the first rate is registered).
 Decimal latestExchangeRate(const QSqlDatabase& db);
 // FORMAPAGO.Codigo of a payment way by its name ("" when unknown).
 QString paymentWayCode(const QSqlDatabase& db, const QString& name);

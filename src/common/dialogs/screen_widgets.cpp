@@ -1,12 +1,15 @@
-#include "pos/cash/cash_widgets.h"
+#include "common/dialogs/screen_widgets.h"
 
+#include "common/errors/errors.h"
+
+#include <QDateEdit>
 #include <QHeaderView>
 #include <QLineEdit>
+#include <QLocale>
 #include <QPushButton>
-#include <QStringList>
 #include <QTableWidget>
 
-namespace orvo::pos::cash {
+namespace orvo {
 
 QLineEdit* inputField(QWidget* parent, const char* name, bool amount) {
     auto* e = new QLineEdit(parent);
@@ -39,4 +42,23 @@ QTableWidget* listTable(QWidget* parent, const char* name, const QStringList& he
     return t;
 }
 
-} // namespace orvo::pos::cash
+QDateEdit* dateField(QWidget* parent, const char* name) {
+    auto* d = new QDateEdit(QDate::currentDate(), parent);
+    d->setObjectName(QLatin1String(name));
+    d->setDisplayFormat(QStringLiteral("dd/MM/yyyy"));
+    d->setCalendarPopup(true);
+    return d;
+}
+
+QString moneyText(const Decimal& amount) {
+    return amount.toLocaleString(QLocale(QLocale::Spanish, QLocale::Venezuela), 2);
+}
+
+Decimal typedAmount(const QString& text) {
+    const auto value = parseTypedNumber(text);
+    if (!value || value->isNegative())
+        throw UserError(QStringLiteral("Introduzca un número válido...!"));
+    return *value;
+}
+
+} // namespace orvo
