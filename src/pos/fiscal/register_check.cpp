@@ -2,7 +2,9 @@
 
 #include "common/db/sql.h"
 #include "common/errors/errors.h"
+#include "pos/fiscal/igtf.h"
 #include "pos/fiscal/protocol/replies.h"
+#include "pos/fiscal/protocol/status.h"
 
 namespace orvo::pos::fiscal {
 
@@ -10,6 +12,7 @@ RegisterCounters readRegisterCounters(const QSqlDatabase& db, const QString& ser
                                       int controlFactura) {
     RegisterCounters c;
     c.serial = serial;
+    c.igtf = igtf::settings(db, serial).enabled;
     if (controlFactura == 2) {
         db::Sql q(db, QStringLiteral("SELECT UltimaFactura, UltimaDevolucion FROM PARAMETROS"));
         q.exec();
@@ -33,13 +36,15 @@ PrinterFacts readPrinterFacts(FiscalPrinter& printer) {
     PrinterFacts f;
     if (!printer.isOpen() || !printer.probe())
         return f;
-    const auto numbers = printer.lastDocumentNumbers();
+    f.status = printer.status();
+    const auto day = printer.openDay();
     const auto s1 = printer.readS1();
-    if (!numbers || !s1)
+    if (!day || !s1)
         return f;
     f.answers = true;
-    f.lastInvoice = numbers->lastInvoice;
-    f.lastCreditNote = numbers->lastCreditNote;
+    f.lastInvoice = day->lastInvoice;
+    f.lastCreditNote = day->lastCreditNote;
+    f.igtf = day->withIgtf;
     f.date = s1->date;
     f.serial = s1->serial;
     return f;
@@ -61,6 +66,13 @@ void checkPrinterAgainstRegister(const PrinterFacts& printer, const RegisterCoun
     if (printer.serial.trimmed() != reg.serial.trimmed())
         throw UserError(
             QStringLiteral("La serie de la impresora no conicide con la serie de la caja...!"));
+    if (protocol::isMemoryFull(printer.status))
+        throw UserError(QStringLiteral("La memoria fiscal de la impresora está llena...!"));
+    if (printer.igtf != reg.igtf)
+        throw UserError(reg.igtf ? QStringLiteral("La caja cobra IGTF y la impresora fiscal no lo "
+                                                  "tiene activado...!")
+                                 : QStringLiteral("La impresora fiscal tiene el IGTF activado y "
+                                                  "la caja no lo cobra...!"));
 }
 
 } // namespace orvo::pos::fiscal

@@ -14,6 +14,7 @@ struct RegisterCounters {
     QString serial; // CAJAS.Serie: the printer's serial
     int lastInvoice = 0;
     int lastReturn = 0;
+    bool igtf = false; // the register charges IGTF (igtf::settings)
 };
 
 // What the printer shows (read on the printer's thread).
@@ -23,6 +24,8 @@ struct PrinterFacts {
     int lastCreditNote = 0;
     QDate date;
     QString serial;
+    bool igtf = false; // flag 50 on: the X counters carry the IGTF fields
+    int status = 0;    // the probe's status number (fiscal memory nearly full, full)
 };
 
 // The register's counters: CAJAS of `serial`, or PARAMETROS when ControlFactura is 2.
@@ -33,7 +36,7 @@ RegisterCounters readRegisterCounters(const QSqlDatabase& db, const QString& ser
 PrinterFacts readPrinterFacts(FiscalPrinter& printer);
 
 // Throws UserError with the first mismatch: no answer, invoice number, return number, date,
-// serial.
+// serial; then a full fiscal memory and an IGTF setting the printer does not share.
 void checkPrinterAgainstRegister(const PrinterFacts& printer, const RegisterCounters& reg,
                                  const QDate& today);
 

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "common/decimal/decimal.h"
+
+#include <QSqlDatabase>
+#include <QString>
+
+// IGTF, the tax on payments in foreign currency, computed as the fiscal printer computes it so
+// that the database and the printer's Z agree to the cent.
+namespace orvo::pos::fiscal::igtf {
+
+// What bears the tax: what was paid in foreign currency (in bolívars), at most the amount due.
+Decimal base(const Decimal& foreignPaid, const Decimal& amountDue);
+// The tax on a base, rounded to the cent (half away from zero).
+Decimal tax(const Decimal& base, const Decimal& percent);
+// The part of a refund that goes back in foreign currency: the refund's share of its invoice,
+// applied to the invoice's IGTF base, rounded to the cent. A credit note carries the tax on it.
+Decimal foreignRefund(const Decimal& refund, const Decimal& invoiceBase,
+                      const Decimal& invoiceTotal);
+
+struct Settings {
+    bool enabled = false;
+    Decimal percent = Decimal(3);
+};
+// The register's (CAJAS.IGTF) or the company's (PARAMETROS.IGTF) setting, with the company's
+// rate (PARAMETROS.PorcentajeIGTF, 3 % when unset).
+Settings settings(const QSqlDatabase& db, const QString& serial);
+// Turns IGTF on or off for one register. Runs inside the caller's transaction.
+void setRegisterIgtf(const QSqlDatabase& db, const QString& serial, bool enabled);
+
+} // namespace orvo::pos::fiscal::igtf
