@@ -93,6 +93,27 @@ TEST(FiscalRegisterCheck, EachMismatchHasItsMessageInOrder) {
               QStringLiteral("La serie de la impresora no conicide con la serie de la caja...!"));
 }
 
+TEST_F(FiscalStoreTest, AFullFiscalMemoryAndAnIgtfSettingThePrinterDoesNotShare) {
+    const QDate today = QDate::currentDate();
+    EXPECT_EQ(refusal(readPrinterFacts(printer), counters(), today), QString());
+    emulator.fault("memory-nearly-full");
+    EXPECT_EQ(refusal(readPrinterFacts(printer), counters(), today), QString());
+    emulator.fault("memory-full");
+    EXPECT_EQ(refusal(readPrinterFacts(printer), counters(), today),
+              QStringLiteral("La memoria fiscal de la impresora está llena...!"));
+    emulator.fault("memory-ok");
+
+    exec("UPDATE CAJAS SET IGTF = 1");
+    EXPECT_EQ(refusal(readPrinterFacts(printer), counters(), today),
+              QStringLiteral("La caja cobra IGTF y la impresora fiscal no lo tiene activado...!"));
+    ASSERT_TRUE(printer.setIgtf(true, 300));
+    EXPECT_EQ(refusal(readPrinterFacts(printer), counters(), today), QString());
+    exec("UPDATE CAJAS SET IGTF = 0");
+    EXPECT_EQ(refusal(readPrinterFacts(printer), counters(), today),
+              QStringLiteral("La impresora fiscal tiene el IGTF activado y la caja no lo "
+                             "cobra...!"));
+}
+
 TEST_F(FiscalStoreTest, RegisterCountersFollowThePrinter) {
     EXPECT_EQ(refusal(readPrinterFacts(printer), counters(), QDate::currentDate()), QString());
     addSale(1, "1");
