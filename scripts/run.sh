@@ -32,7 +32,8 @@ cleanup() { for p in "${pids[@]}"; do kill "$p" 2>/dev/null || true; done; }
 trap cleanup EXIT
 
 mkdir -p "$ORVO_HOME/fiscal" "$ORVO_HOME/vpos"
-"$orvo" fiscal-emulator --state "$ORVO_HOME/fiscal/memoria.json" \
+# --caja: the printer carries this register's serial and the company's RIF and header lines.
+"$orvo" fiscal-emulator --caja --state "$ORVO_HOME/fiscal/memoria.json" \
   --tickets "$ORVO_HOME/fiscal/tickets" >"$ORVO_HOME/fiscal/puerto.txt" 2>"$ORVO_HOME/fiscal/emulador.log" &
 pids+=($!)
 port=$(first_line "$ORVO_HOME/fiscal/puerto.txt" "${pids[-1]}")

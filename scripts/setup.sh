@@ -9,7 +9,7 @@ PACKAGES=(
   libgl-dev
   libcurl4-openssl-dev libshp-dev libzip-dev libboost-dev
   libgtest-dev googletest
-  postgresql postgresql-client
+  postgresql postgresql-client qt6-translations-l10n
   xvfb xauth
   python3 python3-pyftpdlib python3-aiosmtpd
   poppler-utils ccache

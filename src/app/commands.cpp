@@ -1,13 +1,15 @@
 #include "app/commands.h"
 
+#include "app/command_support.h"
 #include "common/build_info/build_info.h"
 #include "common/db/connection.h"
+#include "common/db/sql.h"
 #include "common/errors/errors.h"
 #include "common/schema/migrate.h"
-#include "exchange/package/templates.h"
 #include "pos/card/terminal_settings.h"
+#include "pos/fiscal/company_rif.h"
 #include "pos/fiscal/port_finder.h"
-#include "shell/demo/demo_store.h"
+#include "shell/session/session_context.h"
 #include "shell/startup/app_home.h"
 #include "shell/startup/server_config.h"
 #include "shell/startup/user_settings.h"
@@ -26,15 +28,6 @@ namespace orvo::app {
 
 namespace {
 
-QTextStream& out() {
-    static QTextStream s(stdout);
-    return s;
-}
-QTextStream& err() {
-    static QTextStream s(stderr);
-    return s;
-}
-
 struct Command {
     QString name;
     QString usage;
@@ -42,58 +35,33 @@ struct Command {
     std::function<int(const QStringList& args)> run;
 };
 
-// Progress of long work on the terminal: one line per step, rewritten in place on a terminal.
-void printProgress(int percent, const QString& label) {
-    out() << QStringLiteral("\r[%1%] %2").arg(percent, 3).arg(label) << Qt::flush;
-    if (percent >= 100)
-        out() << Qt::endl;
-}
-
-QSqlDatabase openConfiguredStore(bool createDefaultConfig) {
-    shell::ensureAppFolders();
-    const QString path = shell::serverConfigPath();
-    if (!QFile::exists(path)) {
-        if (!createDefaultConfig)
-            throw UserError(QStringLiteral("No existe %1: ejecute 'orvo db init'.").arg(path));
-        shell::writeServerConfig(
-            path, shell::ServerConfig::fromFields(QStringLiteral("(local)"), QStringLiteral("ORVO"),
-                                                  false, QString(), QString()));
-    }
-    const shell::ServerConfig config = shell::readServerConfig(path);
-    return db::openConnection(config.connectionSettings(shell::dataDir()),
-                              QStringLiteral("orvo_command"));
-}
-
-int dbInit(const QStringList& args) {
-    const bool demo = args.contains(QStringLiteral("--demo"));
-    QSqlDatabase db = openConfiguredStore(true);
-    out() << "Base de datos: " << db::describe(db) << Qt::endl;
-    const auto result = schema::migrate(db, printProgress);
-    if (result.steps.isEmpty())
-        out() << "El esquema ya está en la versión " << result.toVersion << "." << Qt::endl;
-    for (const QString& s : result.steps)
-        out() << s << Qt::endl;
-    const QStringList templates = exchange::package::installTemplates();
-    out() << "Estructuras de intercambio instaladas en " << exchange::package::templateFolder()
-          << ": " << templates.size() << "." << Qt::endl;
-    if (demo) {
-        if (shell::demo::isDemoStore(db)) {
-            out() << "La tienda de demostración ya está creada en esta base de datos." << Qt::endl;
-        } else {
-            shell::demo::seedDemoStore(db);
-            out() << "Tienda de demostración creada: usuarios ADMIN y CAJERO1, clave 1234."
-                  << Qt::endl;
-        }
-        // This machine sells as the demo register (also when another machine created the store).
-        shell::demo::bindWorkstationToDemoRegister();
-        out() << "Este equipo es la caja " << shell::demo::kDemoSerial << "." << Qt::endl;
-    }
-    return 0;
+// Identity of the register's printer, from the store: this workstation's register serial, the
+// company's RIF (letters and digits only, as the printer keeps it) and the invoice header lines.
+void takeRegisterIdentity(tools::fiscal::EmulatorOptions& options) {
+    QSqlDatabase db = openConfiguredStore(false);
+    const QString serie = shell::settings::read(QStringLiteral("Serie")).trimmed();
+    if (serie.isEmpty())
+        err() << "Este equipo todavía no es una caja: la impresora lleva la serie "
+              << (options.serial.isEmpty() ? QStringLiteral("Z1B0000001") : options.serial)
+              << " (configure la caja con esa serie, o use --serial)." << Qt::endl;
+    else
+        options.serial = serie;
+    shell::SessionContext ctx;
+    shell::loadCompany(db, ctx);
+    options.rif = pos::fiscal::rifKey(ctx.idEmpresa);
+    db::Sql q(db, QStringLiteral("SELECT Codigo, Descripcion FROM TABLA_VALORES WHERE IdTabla = "
+                                 "'ENCFISCAL' ORDER BY Codigo"));
+    q.exec();
+    while (q.next())
+        options.header << q.text(QStringLiteral("Descripcion"));
+    if (options.header.isEmpty())
+        options.header << ctx.nombre << ctx.nombreIdFiscal + u' ' + ctx.idEmpresa;
 }
 
 // The software fiscal printer on a pseudo-terminal: prints its device path, then serves it.
 int fiscalEmulator(const QStringList& args) {
     tools::fiscal::EmulatorOptions options;
+    bool fromRegister = false;
     for (int i = 0; i < args.size(); ++i) {
         const QString& a = args[i];
         const QString next = args.value(i + 1);
@@ -107,6 +75,10 @@ int fiscalEmulator(const QStringList& args) {
             options.serial = args[++i];
         else if (a == QLatin1String("--rif") && !next.isEmpty())
             options.rif = args[++i];
+        else if (a == QLatin1String("--encabezado") && i + 1 < args.size())
+            options.header << args[++i];
+        else if (a == QLatin1String("--caja"))
+            fromRegister = true;
         else if (a == QLatin1String("--z-busy-ms") && !next.isEmpty())
             options.zBusyMs = args[++i].toInt();
         else if (a.startsWith(QLatin1String("--")) && a.size() > 2) {
@@ -124,6 +96,8 @@ int fiscalEmulator(const QStringList& args) {
         err() << "uso: orvo fiscal-emulator --state ARCHIVO --tickets CARPETA" << Qt::endl;
         return 2;
     }
+    if (fromRegister)
+        takeRegisterIdentity(options);
     tools::fiscal::WireServer server;
     if (!server.start(options)) {
         err() << server.error() << Qt::endl;
@@ -158,25 +132,36 @@ int cardTerminal(const QStringList& args) {
 
 const QList<Command>& commands() {
     static const QList<Command> list = {
-        {QStringLiteral("db"), QStringLiteral("db init [--demo]"),
-         QStringLiteral("crea o actualiza la base de datos de la tienda; --demo la llena con una "
-                        "tienda de demostración"),
+        {QStringLiteral("db"),
+         QStringLiteral("db init [--demo] [--admin CODIGO [--nombre NOMBRE]] [--empresa NOMBRE] "
+                        "[--rif RIF] [--tienda CODIGO]"),
+         QStringLiteral("crea o actualiza la base de datos de la tienda con lo que una tienda "
+                        "necesita para empezar (menú, grupos, formas de pago, empresa); --admin "
+                        "crea el administrador y pide su clave; --demo la llena con una tienda "
+                        "de demostración"),
          [](const QStringList& args) {
              if (args.value(0) != QLatin1String("init")) {
-                 err() << "uso: orvo db init [--demo]" << Qt::endl;
+                 err() << "uso: orvo db init [--demo] [--admin CODIGO]" << Qt::endl;
                  return 2;
              }
              return dbInit(args.mid(1));
          }},
+        {QStringLiteral("server-config"),
+         QStringLiteral("server-config [SERVIDOR BASE [--usuario USUARIO] [--sin-probar]]"),
+         QStringLiteral("muestra o escribe data/srvsql.txt: SERVIDOR es (local) o "
+                        "equipo[:puerto]; con --usuario pide la clave y la guarda cifrada; "
+                        "prueba la conexión antes de escribir"),
+         serverConfig},
         {QStringLiteral("fiscal-emulator"),
          QStringLiteral(
-             "fiscal-emulator --state ARCHIVO --tickets CARPETA [--serial SERIE] [--rif RIF] "
-             "[--control ARCHIVO] "
+             "fiscal-emulator --state ARCHIVO --tickets CARPETA [--caja] [--serial SERIE] "
+             "[--rif RIF] [--encabezado LINEA]... [--control ARCHIVO] "
              "[--z-busy-ms N] [--z-busy-enq] [--paper-out] [--cover-open] [--silence] "
              "[--nak-next] [--drop-ack] [--slow-ack CMD MS] [--silence-after CMD] "
              "[--memory-nearly-full] [--memory-full]"),
          QStringLiteral("impresora fiscal de software en un pseudo-terminal; escribe en la primera "
-                        "línea la ruta del puerto"),
+                        "línea la ruta del puerto; --caja le da la serie de la caja de este "
+                        "equipo, el RIF y el encabezado de la empresa"),
          fiscalEmulator},
         {QStringLiteral("fiscal-port"), QStringLiteral("fiscal-port [PUERTO]"),
          QStringLiteral("muestra o fija el puerto de la impresora fiscal de esta estación "
@@ -193,16 +178,38 @@ const QList<Command>& commands() {
     return list;
 }
 
+QStringList wrapped(const QString& text, int width) {
+    QStringList lines;
+    QString line;
+    for (const QString& word : text.split(u' ', Qt::SkipEmptyParts)) {
+        if (!line.isEmpty() && line.size() + 1 + word.size() > width) {
+            lines << line;
+            line.clear();
+        }
+        line += (line.isEmpty() ? QString() : QStringLiteral(" ")) + word;
+    }
+    if (!line.isEmpty())
+        lines << line;
+    return lines;
+}
+
 int printHelp() {
     out() << "Orvo " << versionString() << Qt::endl
           << "uso: orvo                 inicia el programa de escritorio" << Qt::endl
           << "     orvo <comando> ...   ejecuta un comando sin pantalla" << Qt::endl
           << Qt::endl
-          << "Comandos:" << Qt::endl;
-    for (const Command& c : commands())
-        out() << "  " << c.usage.leftJustified(34) << c.help << Qt::endl;
-    out() << Qt::endl
-          << "La carpeta de la aplicación es ORVO_HOME (hoy: " << shell::appHome() << ")."
+          << "Comandos:" << Qt::endl
+          << Qt::endl;
+    // Each command on its own lines: the usage, then what it does, then a blank line.
+    for (const Command& c : commands()) {
+        const QStringList usage = wrapped(QStringLiteral("orvo ") + c.usage, 76);
+        for (qsizetype i = 0; i < usage.size(); ++i)
+            out() << (i == 0 ? "  " : "        ") << usage[i] << Qt::endl;
+        for (const QString& line : wrapped(c.help, 74))
+            out() << "      " << line << Qt::endl;
+        out() << Qt::endl;
+    }
+    out() << "La carpeta de la aplicación es ORVO_HOME (hoy: " << shell::appHome() << ")."
           << Qt::endl;
     return 0;
 }
@@ -229,7 +236,8 @@ int runCommand(int argc, char** argv) {
         } catch (const UserError& e) {
             err() << e.text() << Qt::endl;
         } catch (const DbError& e) {
-            err() << "Error de base de datos " << e.message() << Qt::endl;
+            err() << "Error de base de datos " << e.number() << ": " << e.text().trimmed()
+                  << Qt::endl;
         } catch (const shell::StartupError& e) {
             err() << e.message() << Qt::endl;
         } catch (const std::exception& e) {

@@ -36,7 +36,12 @@ void QtDialogs::warning(QWidget* parent, const QString& text, const QString& tit
 }
 
 void QtDialogs::databaseError(QWidget* parent, const DbError& error) {
-    QMessageBox::critical(parent, QStringLiteral("Error de base de datos"), error.message());
+    // The database's own words first; its error number after them.
+    const QString text = error.text().trimmed().isEmpty()
+                             ? QStringLiteral("La base de datos no dio el motivo.")
+                             : error.text().trimmed();
+    QMessageBox::critical(parent, QStringLiteral("Error de base de datos"),
+                          text + QStringLiteral("\n\n(Error ") + error.number() + u')');
 }
 
 bool QtDialogs::question(QWidget* parent, const QString& text, const QString& title,

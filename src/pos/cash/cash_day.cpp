@@ -3,6 +3,7 @@
 #include "common/db/sql.h"
 #include "common/db/transaction.h"
 #include "common/errors/errors.h"
+#include "pos/fiscal/company_rif.h"
 #include "pos/fiscal/fiscal_printer_thread.h"
 #include "shell/startup/app_home.h"
 
@@ -110,6 +111,7 @@ CashDay openDay(const QSqlDatabase& db, const OpeningRequest& r, const PrinterAt
         checkOpening(db, r.serial, r.day);
         const auto counters = fiscal::readRegisterCounters(db, r.serial, r.controlFactura);
         fiscal::checkPrinterAgainstRegister(printer.facts, counters, r.today);
+        fiscal::checkPrinterCompany(printer.facts, fiscal::companyRif(db));
 
         // The printer's programmed rates are the ones it will accept on the day's invoices.
         Decimal general;

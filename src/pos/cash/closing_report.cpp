@@ -26,10 +26,14 @@ QString closingReportHtml(const QSqlDatabase& db, const QString& serial, const Q
                        .arg(companyName.toHtmlEscaped(), serial.toHtmlEscaped(), dayText(day));
     if (!d)
         return html;
-    html += QStringLiteral("<p>Caja Nº %1 &nbsp; Facturas %2 a %3 &nbsp; Reporte Z %4</p>")
+    // FacturaInicial is the last invoice before the day opened: the day's first is the next.
+    const QString invoices =
+        d->facturaFinal > d->facturaInicial
+            ? QStringLiteral("Facturas %1 a %2").arg(d->facturaInicial + 1).arg(d->facturaFinal)
+            : QStringLiteral("Sin facturas");
+    html += QStringLiteral("<p>Caja Nº %1 &nbsp; %2 &nbsp; Reporte Z %3</p>")
                 .arg(d->numero)
-                .arg(d->facturaInicial)
-                .arg(d->facturaFinal)
+                .arg(invoices)
                 .arg(d->numeroReporteZ.value_or(0));
     if (f && f->day.fecha == day) {
         html += QStringLiteral("<table width=\"100%\">");

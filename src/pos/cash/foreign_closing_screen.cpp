@@ -35,6 +35,7 @@ ForeignClosingScreen::ForeignClosingScreen(QSqlDatabase db, shell::SessionContex
                    QStringLiteral("Factura final"), QStringLiteral("Estado")});
     m_registers->setSelectionMode(QAbstractItemView::SingleSelection);
     m_registers->verticalHeader()->setVisible(false);
+    m_registers->setMaximumHeight(160); // a few registers; the closing panel below needs the room
     setFocusProxy(m_registers);
 
     m_choose = actionButton(this, "cmdSeleccionar", QStringLiteral("Cerrar caja seleccionada"));
@@ -96,6 +97,11 @@ void ForeignClosingScreen::choose() {
             guarded(this, [this] { refresh(); });
     });
     m_closing->show();
+    // The window grows to show the closing panel whole (an MDI child keeps its opening size).
+    QWidget* frame = this;
+    while (frame->parentWidget() && !frame->isWindow() && !frame->inherits("QMdiSubWindow"))
+        frame = frame->parentWidget();
+    frame->resize(frame->size().expandedTo(frame->sizeHint()));
 }
 
 } // namespace orvo::pos::cash

@@ -1,5 +1,7 @@
 #include "pos/cash/opening_screen.h"
 
+#include "shell/startup/external_backup.h"
+
 #include "common/dialogs/field_chain.h"
 #include "pos/cash/cash_widgets.h"
 
@@ -123,6 +125,10 @@ void OpeningScreen::openDay() {
             r.now = QDateTime::currentDateTime();
             const bool opened = guarded(this, [&] { cash::openDay(m_db, r, printer); });
             setBusy(false);
+            // The day is open; the closing's backup would fail later, so say it now.
+            if (opened)
+                if (const QString problem = shell::backupToolProblem(m_db); !problem.isEmpty())
+                    dialogs().warning(this, problem);
             emit openingFinished(opened);
         });
 }

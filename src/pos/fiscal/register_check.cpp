@@ -47,6 +47,7 @@ PrinterFacts readPrinterFacts(FiscalPrinter& printer) {
     f.igtf = day->withIgtf;
     f.date = s1->date;
     f.serial = s1->serial;
+    f.rif = s1->rif;
     return f;
 }
 

@@ -24,6 +24,7 @@ struct PrinterFacts {
     int lastCreditNote = 0;
     QDate date;
     QString serial;
+    QString rif;
     bool igtf = false; // flag 50 on: the X counters carry the IGTF fields
     int status = 0;    // the probe's status number (fiscal memory nearly full, full)
 };

@@ -92,6 +92,15 @@ SaveOutcome saveRegisterConfig(const QSqlDatabase& db, const RegisterConfig& con
                         QStringLiteral("Configurar Caja"));
 
     db::Transaction tx(db);
+    // Users tell registers apart by their number ("Caja Nº 2"): one number, one register.
+    const QVariant other =
+        db::scalar(db, QStringLiteral("SELECT Serie FROM CAJAS WHERE Numero = ? AND Serie <> ?"),
+                   {config.numero, config.serie});
+    if (other.isValid())
+        throw UserError(QStringLiteral("El número de caja %1 ya es de la caja %2...!")
+                            .arg(config.numero)
+                            .arg(other.toString().trimmed()),
+                        QStringLiteral("Configurar Caja"));
     // The no-op update tells whether the serie exists.
     const int existing = db::execute(
         db, QStringLiteral("UPDATE CAJAS SET Numero = Numero WHERE Serie = ?"), {config.serie});
@@ -120,6 +129,10 @@ SaveOutcome saveRegisterConfig(const QSqlDatabase& db, const RegisterConfig& con
     }
     tx.commit();
     return SaveOutcome::Saved;
+}
+
+int nextRegisterNumber(const QSqlDatabase& db) {
+    return db::scalar(db, QStringLiteral("SELECT MAX(Numero) FROM CAJAS")).toInt() + 1;
 }
 
 bool isDigitsOnly(const QString& text) {

@@ -56,9 +56,13 @@ enum class SaveOutcome {
 
 // Saves the register in its own transaction. An existing serie is updated in every column of
 // the screen (the counters stay); a new one is inserted with both counters at 0. When `creating`
-// and the serie already exists, only `approve` lets the existing row be overwritten.
+// and the serie already exists, only `approve` lets the existing row be overwritten. A number
+// that another register has is refused.
 SaveOutcome saveRegisterConfig(const QSqlDatabase& db, const RegisterConfig& config, bool creating,
                                bool approve);
+
+// The number a new register is offered: one above the highest in use.
+int nextRegisterNumber(const QSqlDatabase& db);
 
 // The daily Z maximum as typed: digits only, an empty value is 0. Anything else is refused with
 // UserError "Solo se permiten Valores numericos".

@@ -7,8 +7,11 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDir>
+#include <QFileInfo>
 #include <QFormLayout>
 #include <QGroupBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QLocale>
 #include <QPrinterInfo>
@@ -98,7 +101,14 @@ RegisterScreen::RegisterScreen(QSqlDatabase db, shell::SessionContext& session, 
     m_numeroCopias = edit(station, "txtNumeroCopias");
     m_numeroCopias->setAlignment(Qt::AlignRight);
     m_numeroCopias->setMaxLength(3);
+    auto* stationNote = new QLabel(
+        QStringLiteral("La venta, las devoluciones y los cambios necesitan la impresora de "
+                       "facturas de esta estación (facturas de contingencia y en papel): una "
+                       "impresora instalada o un archivo .pdf."),
+        station);
+    stationNote->setWordWrap(true);
     auto* stationForm = new QFormLayout(station);
+    stationForm->addRow(stationNote);
     stationForm->addRow(QStringLiteral("Impresora de facturas:"), m_impresoraFactura);
     stationForm->addRow(QStringLiteral("Número de copias:"), m_numeroCopias);
 
@@ -189,7 +199,12 @@ void RegisterScreen::loadPrinters() {
 void RegisterScreen::loadStationSettings() {
     m_impresoraFactura->clear();
     m_impresoraFactura->addItems(QPrinterInfo::availablePrinterNames());
-    m_impresoraFactura->setCurrentText(shell::settings::invoicePrinter());
+    // A station without a printer is offered a PDF file under the application folder.
+    QString printer = shell::settings::invoicePrinter();
+    if (printer.isEmpty())
+        printer = m_impresoraFactura->count() > 0 ? m_impresoraFactura->itemText(0)
+                                                  : shell::settings::defaultInvoicePdf();
+    m_impresoraFactura->setCurrentText(printer);
     m_numeroCopias->setText(QString::number(shell::settings::invoiceCopies()));
     m_lastCopiesText = m_numeroCopias->text();
 }
@@ -224,6 +239,10 @@ void RegisterScreen::afterNavigate() {
 void RegisterScreen::newRecord() {
     RecordScreen::newRecord();
     loadPrinters();
+    // The emptied lists start at their first choice: a register is never saved with none.
+    for (QComboBox* c : {m_tipoListaPrecio, m_tipoVenta, m_tipoReporte, m_impresoraFiscal})
+        c->setCurrentIndex(c->count() > 0 ? 0 : -1);
+    m_numero->setText(QString::number(nextRegisterNumber(m_db)));
     m_fondoCaja->setText(Decimal(0).toLocaleString(amountLocale(), 2));
     m_maximoZDiario->setText(QStringLiteral("0"));
     m_lastZText = m_maximoZDiario->text();
@@ -272,6 +291,12 @@ void RegisterScreen::save() {
     c.permitirFacturaContingencia = m_permitirFacturaContingencia->isChecked();
     c.maximoZDiario = parseDailyZMaximum(m_maximoZDiario->text());
 
+    const QString invoicePrinter = m_impresoraFactura->currentText().trimmed();
+    if (invoicePrinter.isEmpty())
+        throw UserError(QStringLiteral("Debe indicar la impresora de facturas de esta estación "
+                                       "(una impresora o un archivo .pdf)...!"),
+                        kTitle);
+
     const bool creating = mode() == Mode::Adding;
     if (saveRegisterConfig(m_db, c, creating, false) == SaveOutcome::NeedsOverwriteApproval) {
         if (!dialogs().question(
@@ -281,7 +306,9 @@ void RegisterScreen::save() {
         saveRegisterConfig(m_db, c, creating, true);
     }
     bindWorkstation(m_db, c.serie, m_session);
-    shell::settings::saveInvoicePrinter(m_impresoraFactura->currentText());
+    if (invoicePrinter.endsWith(QLatin1String(".pdf"), Qt::CaseInsensitive))
+        QDir().mkpath(QFileInfo(invoicePrinter).absolutePath());
+    shell::settings::saveInvoicePrinter(invoicePrinter);
     shell::settings::saveInvoiceCopies(m_numeroCopias->text().trimmed().toInt());
     emit registerBound();
 }

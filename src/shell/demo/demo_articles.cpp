@@ -3,10 +3,15 @@
 #include "shell/demo/demo_parts.h"
 
 #include "common/decimal/decimal.h"
+#include "shell/setup/row_writer.h"
 
 #include <cstdint>
 
 namespace orvo::shell::demo::detail {
+
+using setup::cost;
+using setup::money;
+using setup::RowWriter;
 
 namespace {
 

@@ -5,17 +5,18 @@
 #include "common/errors/errors.h"
 #include "common/security/scrambler.h"
 #include "shell/demo/demo_parts.h"
-#include "shell/startup/app_home.h"
+#include "shell/setup/row_writer.h"
+#include "shell/setup/store_setup.h"
 #include "shell/startup/user_settings.h"
 
 #include <QDir>
+#include <QFileInfo>
 #include <QSysInfo>
 
 namespace orvo::shell::demo {
 
-using detail::cost;
-using detail::money;
-using detail::RowWriter;
+using setup::money;
+using setup::RowWriter;
 
 namespace {
 
@@ -24,107 +25,36 @@ QString s(const char* utf8) {
 }
 
 QStringList cols(std::initializer_list<const char*> names) {
-    QStringList out;
-    for (const char* n : names)
-        out << QString::fromLatin1(n);
-    return out;
+    return setup::columns(names);
 }
 
 Decimal dec(const char* text) {
     return Decimal::fromString(QString::fromLatin1(text));
 }
 
-bool hasData(const QSqlDatabase& db) {
-    for (const char* table : {"PARAMETROS", "CAJAS", "USUARIOS", "INVENTARIO"})
+// A store of its own: registers, users, articles or clients beyond what every new store
+// starts with, or a company with another RIF.
+bool hasOwnData(const QSqlDatabase& db) {
+    for (const char* table : {"CAJAS", "USUARIOS", "INVENTARIO"})
         if (db::exists(db, QStringLiteral("SELECT 1 FROM %1 LIMIT 1").arg(QLatin1String(table))))
             return true;
-    return false;
+    return db::exists(db, QStringLiteral("SELECT 1 FROM CLIENTES WHERE Codigo <> ?"),
+                      {s(kCashClient)}) ||
+           db::exists(db,
+                      QStringLiteral("SELECT 1 FROM PARAMETROS WHERE IDEmpresa IS NOT NULL AND "
+                                     "IDEmpresa <> '' AND IDEmpresa <> ?"),
+                      {s(kDemoCompanyRif)});
 }
 
+// The company row every store starts with, made the demo company's.
 void seedCompany(const QSqlDatabase& db) {
-    RowWriter(db, QStringLiteral("PARAMETROS"),
-              cols({"Nombre",
-                    "Codigo",
-                    "NombreIdFiscal",
-                    "IDEmpresa",
-                    "Telefono",
-                    "Fax",
-                    "Direccion",
-                    "Tipo",
-                    "SimboloMoneda",
-                    "CorreoElectronico",
-                    "Nota1",
-                    "Nota2",
-                    "CongelarFacturas",
-                    "MostrarBalanceDiario",
-                    "DiscriminarImpuestoPrecio",
-                    "ManejarClientesAfiliadosEspeciales",
-                    "MargenAuxFact",
-                    "ControlFactura",
-                    "MargenFacturacionOrdenDespacho",
-                    "DiasFacturarOrdenDespacho",
-                    "UsaImpresoraFiscal",
-                    "UltimaFactura",
-                    "ActualizarPreciosArchivosExternos",
-                    "NumeroConteos",
-                    "DejarEditar",
-                    "ServidorTelmar",
-                    "CtaDevolucionVentaExenta",
-                    "AutorizarEliminarItemFactura",
-                    "ComportamientoExportar",
-                    "VisualizarPromocion",
-                    "VerificarCasaMatriz",
-                    "FacturasCongeladasEnAjustes",
-                    "AgruparFacturasCongeladasEnAjustes",
-                    "PermitirFacturaContingencia",
-                    "ItemsPorFactura",
-                    "ExportaInformacionCasaMatriz",
-                    "NombreEquipo",
-                    "ManejarCantidadesDecimales",
-                    "IdPais",
-                    "DiscriminarImpuestoPrecios",
-                    "UltimaDevolucion"}))
-        .insert({s("TIENDAS ORVO DEMO, C.A."),
-                 s("01"),
-                 s("RIF:"),
-                 s(kDemoCompanyRif),
-                 s("0212-555-0101"),
-                 s("0212-555-0102"),
+    db::execute(db,
+                QStringLiteral("UPDATE PARAMETROS SET Telefono = ?, Fax = ?, Direccion = ?, "
+                               "CorreoElectronico = ?, Nota1 = ?, Nota2 = ?, ItemsPorFactura = ?"),
+                {s("0212-555-0101"), s("0212-555-0102"),
                  s("AV. FRANCISCO DE MIRANDA, C.C. LOS CEDROS, LOCAL 12, CARACAS"),
-                 1,
-                 s("Bs."),
-                 s("tienda@orvo-demo.com.ve"),
-                 s("GRACIAS POR SU COMPRA"),
-                 s("CAMBIOS DENTRO DE LOS 30 DIAS CON SU FACTURA"),
-                 1,
-                 1,
-                 0,
-                 0,
-                 money(Decimal()),
-                 1,
-                 0,
-                 30,
-                 1,
-                 0,
-                 0,
-                 1,
-                 1,
-                 s(""),
-                 s(""),
-                 0,
-                 s(""),
-                 1,
-                 0,
-                 0,
-                 0,
-                 0,
-                 40,
-                 0,
-                 QSysInfo::machineHostName().left(60),
-                 0,
-                 s("VE"),
-                 0,
-                 0});
+                 s("tienda@orvo-demo.com.ve"), s("GRACIAS POR SU COMPRA"),
+                 s("CAMBIOS DENTRO DE LOS 30 DIAS CON SU FACTURA"), 40});
 
     RowWriter values(db, QStringLiteral("TABLA_VALORES"),
                      cols({"IdTabla", "Codigo", "Descripcion"}));
@@ -157,16 +87,12 @@ void seedCompany(const QSqlDatabase& db) {
                      0, money(Decimal())});
     branches.insert({s("02"), s("TIENDA DEMO VALENCIA"), s("AV. BOLIVAR NORTE, VALENCIA"),
                      s("0241-555-0201"), 1, 0, money(Decimal())});
-
-    RowWriter(db, QStringLiteral("PARAMETROSTRANSFER"),
-              cols({"TipoConexion", "Intentos", "SegIntentos"}))
-        .insert({1, 3, 30});
 }
 
 void seedRegister(const QSqlDatabase& db) {
-    RowWriter(db, QStringLiteral("IMPRESORAFISCAL"),
-              cols({"ID", "NombreImpresora", "IdProcesoImpresion", "MontoMaximoDiario", "Status"}))
-        .insert({1, s("EMULADOR FISCAL"), 1, money(dec("50000000")), 1});
+    // The printer every store starts with is the demo's emulated one.
+    db::execute(db, QStringLiteral("UPDATE IMPRESORAFISCAL SET NombreImpresora = ? WHERE ID = 1"),
+                {s("EMULADOR FISCAL")});
     // List 3 ("Detal y mayor") sells retail and may invoice every demo client type.
     RowWriter(db, QStringLiteral("CAJAS"),
               cols({"Serie", "Numero", "FondoCaja", "TipoListaPrecio", "TipoVenta", "TipoReporte",
@@ -177,13 +103,8 @@ void seedRegister(const QSqlDatabase& db) {
         .insert({s(kDemoSerial), 1, money(dec("500")), 3, 1, 1, 1, 1, 0, 1, 1, 1, 0, 1, 0, 2, 0});
 }
 
-void seedSecurity(const QSqlDatabase& db) {
-    RowWriter groups(db, QStringLiteral("GRUPOS"), cols({"CodGrupo", "NombreGrupo"}));
-    groups.insert({s("ADMI"), s("ADMINISTRADOR")});
-    groups.insert({s("SISTEMAS"), s("SISTEMAS")});
-    groups.insert({s("CAJERO"), s("CAJERO")});
-    groups.insert({s("SUPINVE"), s("SUPERVISOR DE INVENTARIO")});
-
+// The groups and the menu come with every store; the demo adds its two users.
+void seedUsers(const QSqlDatabase& db) {
     const QString password = security::scramble(s(kDemoPassword));
     RowWriter users(db, QStringLiteral("USUARIOS"),
                     cols({"CodUsuario", "NombreUsuario", "Pasword", "Status"}));
@@ -194,31 +115,9 @@ void seedSecurity(const QSqlDatabase& db) {
     members.insert({s(kAdminUser), s("ADMI")});
     members.insert({s(kAdminUser), s("SISTEMAS")});
     members.insert({s(kCashierUser), s("CAJERO")});
-
-    detail::seedMenu(db);
 }
 
 void seedMoney(const QSqlDatabase& db) {
-    // Codes 1 to 3 are the rates the fiscal printer is programmed with; 4 is exempt.
-    RowWriter taxes(db, QStringLiteral("IMPUESTOS"),
-                    cols({"Codigo", "Nombre", "PorcentajeImpuesto"}));
-    taxes.insert({1, s("IVA GENERAL"), dec("16").toVariant(2)});
-    taxes.insert({2, s("IVA REDUCIDO"), dec("8").toVariant(2)});
-    taxes.insert({3, s("IVA LUJO"), dec("31").toVariant(2)});
-    taxes.insert({4, s("EXENTO"), dec("0").toVariant(2)});
-
-    // Codes as the sale and payment screens filter them: 1 cash, 2 cheque (the closing looks
-    // for undeposited cheques under 2), 3 and 4 cards, 5 on account, 7 several ways.
-    RowWriter ways(db, QStringLiteral("FORMAPAGO"), cols({"Codigo", "Nombre", "Status", "Orden"}));
-    ways.insert({1, s("EFECTIVO"), 1, 1});
-    ways.insert({2, s("CHEQUE"), 1, 5});
-    ways.insert({3, s("TARJETA DE DEBITO"), 1, 3});
-    ways.insert({4, s("TARJETA DE CREDITO"), 1, 4});
-    ways.insert({5, s("CUENTA POR COBRAR"), 1, 8});
-    ways.insert({7, s("MULTIPLE"), 1, 7});
-    ways.insert({9, s("DEPOSITO"), 1, 6});
-    ways.insert({11, s("EFECTIVO DOLAR"), 1, 2});
-
     // Banks by their national codes; the card terminal names its acquirer by that code, and the
     // point-of-sale account of that code receives the payment.
     RowWriter banks(db, QStringLiteral("BANCOS"), cols({"Codigo", "Nombre", "Status"}));
@@ -254,21 +153,6 @@ void seedMoney(const QSqlDatabase& db) {
 }
 
 void seedPeople(const QSqlDatabase& db) {
-    // Client types: 2 is priced from the affiliate list, 3 at cost plus the client's margin,
-    // 4 from the wholesale list; 1 keeps the register's list.
-    RowWriter clientTypes(db, QStringLiteral("TIPOSCLIENTE"),
-                          cols({"Codigo", "Descripcion", "Status"}));
-    clientTypes.insert({s("1"), s("DETAL"), 1});
-    clientTypes.insert({s("2"), s("AFILIADO"), 1});
-    clientTypes.insert({s("3"), s("ESPECIAL"), 1});
-    clientTypes.insert({s("4"), s("MAYORISTA"), 1});
-
-    RowWriter taxpayerTypes(db, QStringLiteral("TIPOSCONTRIBUYENTE"),
-                            cols({"Codigo", "Descripcion", "Status"}));
-    taxpayerTypes.insert({s("1"), s("ORDINARIO"), 1});
-    taxpayerTypes.insert({s("2"), s("ESPECIAL"), 1});
-    taxpayerTypes.insert({s("3"), s("NO CONTRIBUYENTE"), 1});
-
     RowWriter supplierTypes(db, QStringLiteral("TIPOSPROVEEDOR"),
                             cols({"Codigo", "Descripcion", "Status"}));
     supplierTypes.insert({s("1"), s("NACIONAL"), 1});
@@ -288,7 +172,6 @@ void seedPeople(const QSqlDatabase& db) {
         const char* address;
     };
     const QList<Client> list = {
-        {kCashClient, "CLIENTE CONTADO", "1", "3", 0, "CARACAS"},
         {"V12345678", "MARIA ALEJANDRA PEREZ", "1", "3", 0, "LOS PALOS GRANDES, CARACAS"},
         {"V8765432", "JOSE GREGORIO RODRIGUEZ", "2", "3", 0, "EL PARAISO, CARACAS"},
         {"V15678901", "CARMEN ELENA SUAREZ", "3", "3", 25, "CHACAO, CARACAS"},
@@ -300,12 +183,6 @@ void seedPeople(const QSqlDatabase& db) {
         clients.insert({s(c.code), s(c.name), joined, QVariant(), s("0212-555-0300"), s(""),
                         s("0414-555-0300"), s(c.address), s(""), 0, 1, s(c.type), s(c.taxpayer),
                         Decimal(c.margin).toVariant(2), s("")});
-
-    RowWriter positions(db, QStringLiteral("CARGOS"), cols({"Codigo", "Nombre", "Status"}));
-    positions.insert({s("001"), s("GERENTE"), 1});
-    positions.insert({s("002"), s("CAJERO"), 1});
-    positions.insert({s("003"), s("VENDEDOR"), 1});
-    positions.insert({s("004"), s("ALMACENISTA"), 1});
 
     RowWriter workers(db, QStringLiteral("TRABAJADORES"),
                       cols({"Cedula", "Codigo", "Nombre", "Cargo", "FechaIngreso",
@@ -449,13 +326,14 @@ void seedCatalogue(const QSqlDatabase& db) {
 
 void seedDemoStore(const QSqlDatabase& db) {
     db::Transaction tx(db);
-    if (hasData(db))
+    if (hasOwnData(db))
         throw UserError(s(
             "La base de datos ya tiene datos; la tienda de demostración necesita una base vacía."));
     const QDateTime now = db::serverNow(db);
+    setup::writeStoreBasics(db, {s("TIENDAS ORVO DEMO, C.A."), s(kDemoCompanyRif), s("01")});
     seedCompany(db);
     seedRegister(db);
-    seedSecurity(db);
+    seedUsers(db);
     seedMoney(db);
     seedPeople(db);
     seedCatalogue(db);
@@ -474,9 +352,9 @@ void bindWorkstationToDemoRegister() {
     settings::write(QStringLiteral("Serie"), s(kDemoSerial));
     // The sale screen needs somewhere to print paper invoices; a printer chosen before stays.
     if (settings::invoicePrinter().isEmpty()) {
-        const QString folder = appHome() + QStringLiteral("/Facturas");
-        QDir().mkpath(folder);
-        settings::saveInvoicePrinter(folder + QStringLiteral("/factura.pdf"));
+        const QString pdf = settings::defaultInvoicePdf();
+        QDir().mkpath(QFileInfo(pdf).absolutePath());
+        settings::saveInvoicePrinter(pdf);
     }
 }
 

@@ -116,6 +116,11 @@ const QList<RecordTable>& masterTables() {
                flag("CuentaDevolucion", "Cuenta de devolución"), status()}),
         table("frmTipoAjustes", "Tipos de ajuste", "TIPOAJUSTES",
               {numberCode(), name(), integer("Signo", "Signo (1 / -1)"), status()}),
+        // The fiscal printers a register can name, with what each accepts per day.
+        table("frmImpresorasFiscales", "Impresoras fiscales", "IMPRESORAFISCAL",
+              {numberCode("ID"), text("NombreImpresora", "Nombre", 60, true),
+               decimal("MontoMaximoDiario", "Monto máximo diario", 2), status()},
+              0, "ID"),
         table("frmTiposDespacho", "Tipos de despacho", "TIPO_DESPACHO",
               {numberCode("ID"), description(), status("Estado")}, 0, "ID"),
         table("frmClientes", "Clientes", "CLIENTES",

@@ -9,6 +9,10 @@ namespace orvo::shell {
 // must end (the screen was closed with no connection). Throws StartupError for a broken file.
 bool connectAtStartup(QWidget* parent = nullptr);
 
+// Before the first login: a store without any active user gets its administrator through
+// frmPrimerInicio. False when that screen was cancelled (the program then ends).
+bool firstStartDone(QWidget* parent);
+
 // The whole desktop start: one copy per machine, connection, main window and login. Returns the
 // process exit code.
 int runDesktopProgram();

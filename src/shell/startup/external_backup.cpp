@@ -8,31 +8,67 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QStandardPaths>
 
 namespace orvo::shell {
 
 namespace {
 
-QString findPgDump() {
-    QString exe = QStandardPaths::findExecutable(QStringLiteral("pg_dump"));
-    if (!exe.isEmpty())
-        return exe;
+// The major version a pg_dump reports ("pg_dump (PostgreSQL) 15.18 (Debian ...)"); 0 when it
+// does not run.
+int pgDumpMajor(const QString& exe) {
+    QProcess p;
+    p.start(exe, {QStringLiteral("--version")});
+    if (!p.waitForFinished(10000) || p.exitCode() != 0)
+        return 0;
+    static const QRegularExpression version(QStringLiteral("\\)\\s+(\\d+)"));
+    return version.match(QString::fromLocal8Bit(p.readAllStandardOutput())).captured(1).toInt();
+}
+
+struct PgDump {
+    QString exe;
+    int major = 0;
+};
+
+// The newest pg_dump of this machine: the one on PATH or one of Debian's versioned ones.
+PgDump newestPgDump() {
+    QStringList candidates;
+    const QString onPath = QStandardPaths::findExecutable(QStringLiteral("pg_dump"));
+    if (!onPath.isEmpty())
+        candidates << onPath;
     QDir lib(QStringLiteral("/usr/lib/postgresql"));
-    QStringList versions = lib.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name);
-    for (auto it = versions.crbegin(); it != versions.crend(); ++it) {
-        const QString candidate = lib.filePath(*it + QStringLiteral("/bin/pg_dump"));
-        if (QFileInfo(candidate).isExecutable())
-            return candidate;
-    }
-    return {};
+    for (const QString& v : lib.entryList(QDir::Dirs | QDir::NoDotAndDotDot))
+        if (const QString exe = lib.filePath(v + QStringLiteral("/bin/pg_dump"));
+            QFileInfo(exe).isExecutable())
+            candidates << exe;
+    PgDump best;
+    for (const QString& exe : candidates)
+        if (const int major = pgDumpMajor(exe); major > best.major)
+            best = {exe, major};
+    return best;
+}
+
+int serverMajor(const QSqlDatabase& db) {
+    return db::scalar(db, QStringLiteral("SHOW server_version_num")).toInt() / 10000;
+}
+
+QString pgDumpProblem(const PgDump& tool, int server) {
+    if (tool.major >= server)
+        return {};
+    return QStringLiteral("El respaldo del cierre de caja necesita el programa pg_dump de "
+                          "PostgreSQL %1 o más nuevo en este equipo (%2). Instale el paquete "
+                          "postgresql-client-%1...!")
+        .arg(server)
+        .arg(tool.major == 0 ? QStringLiteral("no está instalado")
+                             : QStringLiteral("tiene el %1").arg(tool.major));
 }
 
 void dumpPostgres(const QSqlDatabase& db, const QString& targetFile) {
-    const QString pgDump = findPgDump();
-    if (pgDump.isEmpty())
-        throw UserError(QStringLiteral("No se puede realizar el respaldo: el programa pg_dump de "
-                                       "PostgreSQL no está instalado en este equipo...!"));
+    const PgDump tool = newestPgDump();
+    if (const QString problem = pgDumpProblem(tool, serverMajor(db)); !problem.isEmpty())
+        throw UserError(problem);
+    const QString pgDump = tool.exe;
     QStringList args = {QStringLiteral("--format=custom"), QStringLiteral("--file"), targetFile,
                         QStringLiteral("--dbname"), db.databaseName()};
     if (!db.hostName().isEmpty())
@@ -59,6 +95,12 @@ void dumpPostgres(const QSqlDatabase& db, const QString& targetFile) {
 }
 
 } // namespace
+
+QString backupToolProblem(const QSqlDatabase& db) {
+    if (db::engineOf(db) != db::Engine::Postgres)
+        return {};
+    return pgDumpProblem(newestPgDump(), serverMajor(db));
+}
 
 bool externalBackupDue(int installationKind, const QString& databaseHost,
                        const QString& computerName, const QString& backupDoneSetting) {

@@ -15,6 +15,11 @@ bool externalBackupDue(int installationKind, const QString& databaseHost,
 // Suggested file: <folder>/<database>_<yyyyMMdd>_RESP.BAK
 QString backupFileName(const QString& folder, const QSqlDatabase& db, const QDate& day);
 
+// Why this machine could not back the database up at a register's closing, or empty when it
+// can: PostgreSQL needs a pg_dump at least as new as the server (an older one refuses to dump a
+// newer server).
+QString backupToolProblem(const QSqlDatabase& db);
+
 // Writes a complete copy of the database to `targetFile` (an existing file is replaced):
 // SQLite through VACUUM INTO, PostgreSQL through pg_dump in its custom format. Throws UserError
 // when the copy cannot be made.

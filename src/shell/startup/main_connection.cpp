@@ -4,6 +4,7 @@
 #include "common/errors/errors.h"
 #include "common/schema/migrate.h"
 #include "common/schema/schema.h"
+#include "shell/setup/store_setup.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -16,34 +17,49 @@ Q_LOGGING_CATEGORY(lcStartup, "orvo.startup")
 namespace {
 
 bool openNamed(const ServerConfig& config, const QString& dataDir, bool createEmbedded,
-               const QString& name) {
+               const QString& name, QString* reason) {
+    const auto fail = [&](const QString& why) {
+        // Passwords never reach the log or the screen: only the engine's text.
+        qCInfo(lcStartup) << "connection failed:" << why;
+        if (reason)
+            *reason = why;
+        db::closeConnection(name);
+        return false;
+    };
     try {
+        if (const QString problem = config.passwordLineProblem(); !problem.isEmpty())
+            return fail(problem);
         const db::ConnectionSettings s = config.connectionSettings(dataDir);
         const bool fresh = s.engine == db::Engine::Sqlite && !QFileInfo::exists(s.sqliteFile);
         if (fresh && !createEmbedded)
-            return false;
+            return fail(QStringLiteral("No existe la base de datos %1.").arg(s.sqliteFile));
         QSqlDatabase db = db::openConnection(s, name);
-        if (fresh)
+        if (fresh) {
             schema::migrate(db);
+            setup::initializeStore(db, {});
+        }
         return true;
+    } catch (const DbError& e) {
+        return fail(e.text().trimmed());
+    } catch (const UserError& e) {
+        return fail(e.text());
     } catch (const std::exception& e) {
-        // Passwords never reach the log: only the engine's text.
-        qCInfo(lcStartup) << "connection failed:" << e.what();
-        db::closeConnection(name);
-        return false;
+        return fail(QString::fromUtf8(e.what()));
     }
 }
 
 } // namespace
 
-bool openMainConnection(const ServerConfig& config, const QString& dataDir, bool createEmbedded) {
+bool openMainConnection(const ServerConfig& config, const QString& dataDir, bool createEmbedded,
+                        QString* reason) {
     db::closeConnection(kMainConnection);
-    return openNamed(config, dataDir, createEmbedded, kMainConnection);
+    return openNamed(config, dataDir, createEmbedded, kMainConnection, reason);
 }
 
-bool testConnection(const ServerConfig& config, const QString& dataDir, bool createEmbedded) {
+bool testConnection(const ServerConfig& config, const QString& dataDir, bool createEmbedded,
+                    QString* reason) {
     const QString name = QStringLiteral("orvo_test_connection");
-    const bool ok = openNamed(config, dataDir, createEmbedded, name);
+    const bool ok = openNamed(config, dataDir, createEmbedded, name, reason);
     db::closeConnection(name);
     return ok;
 }
@@ -62,13 +78,13 @@ void closeMainConnection() {
 }
 
 StartupConnection connectFromConfigFile(const QString& configPath, const QString& dataDir,
-                                        ServerConfig& config) {
+                                        ServerConfig& config, QString* reason) {
     config = ServerConfig{};
     if (!QFileInfo::exists(configPath))
         return StartupConnection::NeedsConfig;
     config = readServerConfig(configPath);
-    return openMainConnection(config, dataDir) ? StartupConnection::Connected
-                                               : StartupConnection::NeedsConfig;
+    return openMainConnection(config, dataDir, false, reason) ? StartupConnection::Connected
+                                                              : StartupConnection::NeedsConfig;
 }
 
 void ensureCurrentSchema(const QSqlDatabase& db) {
@@ -78,6 +94,7 @@ void ensureCurrentSchema(const QSqlDatabase& db) {
         return;
     if (db::engineOf(db) == db::Engine::Sqlite) {
         schema::migrate(db);
+        setup::initializeStore(db, {});
         return;
     }
     throw UserError(QStringLiteral("La base de datos %1 está en la versión %2 del esquema y este "

@@ -10,14 +10,15 @@ namespace orvo::shell {
 // The one connection every screen borrows for the whole run.
 inline const QString kMainConnection = QStringLiteral("orvo_main");
 
-// Opens (or replaces) the shared connection. False on any failure, without a message of its own.
-// An embedded database must already exist unless `createEmbedded` is set; a new embedded file gets
-// the store schema.
+// Opens (or replaces) the shared connection. False on any failure, without a message of its own;
+// `reason` receives the server's own words (never the password). An embedded database must
+// already exist unless `createEmbedded` is set; a new embedded file gets the store schema and
+// what a new store starts with.
 bool openMainConnection(const ServerConfig& config, const QString& dataDir,
-                        bool createEmbedded = false);
+                        bool createEmbedded = false, QString* reason = nullptr);
 // Opens a throwaway connection with the same settings and closes it again.
-bool testConnection(const ServerConfig& config, const QString& dataDir,
-                    bool createEmbedded = false);
+bool testConnection(const ServerConfig& config, const QString& dataDir, bool createEmbedded = false,
+                    QString* reason = nullptr);
 bool mainConnectionOpen();
 QSqlDatabase mainDb();
 void closeMainConnection();
@@ -30,11 +31,12 @@ enum class StartupConnection {
 
 // Reads the file at `configPath` and opens the shared connection. A file with more than five lines
 // or an unreadable file throws StartupError. `config` receives the lines read (empty when the file
-// is missing).
+// is missing), `reason` why the connection failed.
 StartupConnection connectFromConfigFile(const QString& configPath, const QString& dataDir,
-                                        ServerConfig& config);
+                                        ServerConfig& config, QString* reason = nullptr);
 
-// An embedded database is brought up to this program's schema at start; a server database that
+// An embedded database is brought up to this program's schema (and given what a new store starts
+// with) at start; a server database that
 // lags behind is refused with a UserError that says to run "orvo db init" (every register of the
 // store shares it, so it is upgraded deliberately).
 void ensureCurrentSchema(const QSqlDatabase& db);

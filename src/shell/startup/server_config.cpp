@@ -28,6 +28,22 @@ QString ServerConfig::clearPassword() const {
     return security::unscramble(lines[4]);
 }
 
+QString ServerConfig::passwordLineProblem() const {
+    const QString line = lines[4].trimmed();
+    if (!passwordAuth() || line.isEmpty() || security::scramble(clearPassword()) == line)
+        return {};
+    return QStringLiteral("La línea 5 de srvsql.txt no es una clave cifrada: escríbala con "
+                          "'orvo server-config' o con la pantalla de configuración del "
+                          "servidor.");
+}
+
+QString postgresDatabaseName(const QString& line) {
+    const QString name = line.trimmed();
+    if (name.size() >= 2 && name.startsWith(u'"') && name.endsWith(u'"'))
+        return name.mid(1, name.size() - 2).replace(QStringLiteral("\"\""), QStringLiteral("\""));
+    return name.toLower();
+}
+
 bool ServerConfig::isEmbedded() const {
     const QString s = server();
     return s.isEmpty() || s.compare(QLatin1String("(local)"), Qt::CaseInsensitive) == 0;
@@ -69,7 +85,7 @@ db::ConnectionSettings ServerConfig::connectionSettings(const QString& dataDir) 
     } else {
         s.host = srv;
     }
-    s.database = database();
+    s.database = postgresDatabaseName(database());
     s.passwordAuth = passwordAuth();
     if (s.passwordAuth) {
         s.user = user();

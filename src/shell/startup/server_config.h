@@ -39,6 +39,9 @@ struct ServerConfig {
     bool passwordAuth() const { return authMode() != 0; }
     QString user() const { return lines[3].trimmed(); }
     QString clearPassword() const;
+    // A line 5 that is not a scrambled password (typed by hand into the file) would connect
+    // with an empty one: this says so, or is empty when the line is fine.
+    QString passwordLineProblem() const;
     bool isEmbedded() const;
 
     static ServerConfig fromFields(const QString& server, const QString& database,
@@ -53,6 +56,11 @@ struct ServerConfig {
 ServerConfig readServerConfig(const QString& path);
 // Writes the five lines, creating the folder; the file is readable by its owner only.
 void writeServerConfig(const QString& path, const ServerConfig& config);
+
+// A PostgreSQL database name as written in line 1, read the way the server reads a name in SQL:
+// unquoted it is folded to lower case (CREATE DATABASE TIENDA01 makes "tienda01"), in double
+// quotes it is kept exactly ("Tienda01").
+QString postgresDatabaseName(const QString& line);
 
 // The embedded file for a database name: "ORVO" -> dataDir/ORVO.sqlite; a name with an
 // extension is kept as it is.

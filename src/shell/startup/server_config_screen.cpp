@@ -106,6 +106,13 @@ bool ServerConfigScreen::eventFilter(QObject* watched, QEvent* event) {
     return QDialog::eventFilter(watched, event);
 }
 
+void ServerConfigScreen::showFailure(const QString& reason) {
+    QString text = QStringLiteral("No se pudo establecer la conexión con el servidor.");
+    if (!reason.trimmed().isEmpty())
+        text += u'\n' + reason.trimmed();
+    m_status->setText(text);
+}
+
 void ServerConfigScreen::updateAuthFields() {
     const bool withPassword = m_passwordAuth->isChecked();
     m_user->setEnabled(withPassword);
@@ -136,9 +143,9 @@ void ServerConfigScreen::acceptSettings() {
         {
             WaitCursor wait;
             QApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
-            if (!openMainConnection(config, m_dataDir, true)) {
-                m_status->setText(
-                    QStringLiteral("No se pudo establecer la conexión con el servidor."));
+            QString reason;
+            if (!openMainConnection(config, m_dataDir, true, &reason)) {
+                showFailure(reason);
                 return;
             }
         }
@@ -153,8 +160,9 @@ void ServerConfigScreen::acceptSettings() {
     {
         WaitCursor wait;
         QApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
-        if (!testConnection(config, m_dataDir, true)) {
-            m_status->setText(QStringLiteral("No se pudo establecer la conexión con el servidor."));
+        QString reason;
+        if (!testConnection(config, m_dataDir, true, &reason)) {
+            showFailure(reason);
             return;
         }
     }
@@ -165,8 +173,9 @@ void ServerConfigScreen::acceptSettings() {
     m_status->setText(QStringLiteral("Cambiando configuración...."));
     {
         WaitCursor wait;
-        if (!openMainConnection(config, m_dataDir, true)) {
-            m_status->setText(QStringLiteral("No se pudo establecer la conexión con el servidor."));
+        QString reason;
+        if (!openMainConnection(config, m_dataDir, true, &reason)) {
+            showFailure(reason);
             return;
         }
     }

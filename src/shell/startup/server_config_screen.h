@@ -23,6 +23,8 @@ public:
                        const QString& configPath = {}, const QString& dataDir = {});
 
     Mode mode() const { return m_mode; }
+    // Why the last connection failed (the server's own words), shown under the fields.
+    void showFailure(const QString& reason);
 
 signals:
     // Change mode: the shared connection now points at the new database.

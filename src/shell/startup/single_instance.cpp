@@ -1,6 +1,10 @@
 #include "shell/startup/single_instance.h"
 
+#include "shell/startup/app_home.h"
+
+#include <QCryptographicHash>
 #include <QDir>
+#include <QStandardPaths>
 
 namespace orvo::shell {
 
@@ -14,7 +18,17 @@ bool SingleInstance::acquire() {
 }
 
 QString SingleInstance::defaultLockPath() {
-    return QDir::tempPath() + QStringLiteral("/orvo-desktop.lock");
+    // The user's own runtime folder (XDG_RUNTIME_DIR), one lock per application folder: another
+    // user, or the same user with another ORVO_HOME, is another workstation.
+    QString folder = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
+    if (folder.isEmpty())
+        folder = appHome();
+    QDir().mkpath(folder);
+    const QByteArray key =
+        QCryptographicHash::hash(QDir(appHome()).absolutePath().toUtf8(), QCryptographicHash::Sha1)
+            .toHex()
+            .left(16);
+    return folder + QStringLiteral("/orvo-") + QString::fromLatin1(key) + QStringLiteral(".lock");
 }
 
 } // namespace orvo::shell

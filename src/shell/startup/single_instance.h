@@ -6,8 +6,9 @@
 
 namespace orvo::shell {
 
-// One desktop program per machine: a lock file in the machine's temporary folder, held while the
-// program runs. A lock left by a crashed program is taken over.
+// One desktop program per workstation, that is per user and application folder (ORVO_HOME): a
+// lock file in the user's runtime folder, held while the program runs. A lock left by a crashed
+// program is taken over.
 class SingleInstance {
 public:
     explicit SingleInstance(const QString& lockPath = defaultLockPath());

@@ -1,5 +1,7 @@
 #include "shell/startup/user_settings.h"
 
+#include "shell/startup/app_home.h"
+
 #include <QSettings>
 #include <algorithm>
 
@@ -38,6 +40,10 @@ QString invoicePrinter() {
 
 void saveInvoicePrinter(const QString& printer) {
     write(QStringLiteral("ImpresoraFactura"), printer.trimmed());
+}
+
+QString defaultInvoicePdf() {
+    return appHome() + QStringLiteral("/Facturas/factura.pdf");
 }
 
 int invoiceCopies() {

@@ -16,6 +16,9 @@ void write(const QString& key, const QString& value);
 // empty when not configured.
 QString invoicePrinter();
 void saveInvoicePrinter(const QString& printer);
+// What a station without a printer proposes: Facturas/factura.pdf under the application folder
+// (one PDF file per invoice beside it).
+QString defaultInvoicePdf();
 // How many copies of each paper invoice (NumeroCopias): 1 when unset; anything below 1 counts
 // as 1.
 int invoiceCopies();

@@ -16,8 +16,9 @@ namespace wire = orvo::pos::fiscal::protocol;
 // What the printer keeps across power cycles: identity, its clock, counters, the open day's
 // accumulators, programmed lines and rates, and every Z closed. Saved as JSON in the state file.
 struct FiscalMemory {
+    // A new printer is the demo register's: its serial and the demo company's RIF.
     QString serial = QStringLiteral("Z1B0000001");
-    QString rif = QStringLiteral("J000000000");
+    QString rif = QStringLiteral("J401234567");
     QString model = QStringLiteral("Z1B");
     QString country = QStringLiteral("VE");
     qint64 clockOffsetSecs = 0; // printer time = system time + offset

@@ -19,6 +19,8 @@ bool WireServer::start(const EmulatorOptions& options) {
             memory.serial = options.serial.left(10);
         if (!options.rif.isEmpty())
             memory.rif = options.rif.left(11);
+        for (int i = 0; i < options.header.size() && i < 8; ++i)
+            memory.lines.insert(i + 1, options.header[i]);
     }
     if (!memory.load(options.statePath, &m_error)) {
         m_error = QStringLiteral("No se pudo leer %1: %2").arg(options.statePath, m_error);

@@ -20,6 +20,7 @@ struct EmulatorOptions {
     QStringList faults; // words as in the control file
     QString serial;     // for a new state file: the printer's serial (its register's Serie)
     QString rif;        // for a new state file: the taxpayer's RIF
+    QStringList header; // for a new state file: header lines 1..8 of its documents
 };
 
 // The emulated printer on the master side of a pseudo-terminal. Lives on the thread that

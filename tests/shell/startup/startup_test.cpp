@@ -52,7 +52,7 @@ TEST(ServerConfigFile, RoundTripKeepsFiveLinesAndScramblesThePassword) {
     EXPECT_EQ(s.engine, db::Engine::Postgres);
     EXPECT_EQ(s.host, QStringLiteral("tienda01"));
     EXPECT_EQ(s.port, 5433);
-    EXPECT_EQ(s.database, QStringLiteral("ORVO"));
+    EXPECT_EQ(s.database, QStringLiteral("orvo")) << "read as the server reads an unquoted name";
     EXPECT_EQ(s.user, QStringLiteral("cajero"));
 }
 

@@ -1,10 +1,12 @@
-// The demo's menu tree (SEG) and the grants of each group (GRUPOSEG).
-#include "shell/demo/demo_parts.h"
+// The standard groups (GRUPOS), the menu tree (SEG) and the grants of each group (GRUPOSEG).
+#include "common/db/sql.h"
+#include "shell/setup/row_writer.h"
+#include "shell/setup/store_setup.h"
 
 #include <QSet>
 #include <functional>
 
-namespace orvo::shell::demo::detail {
+namespace orvo::shell::setup {
 
 namespace {
 
@@ -125,6 +127,7 @@ const QList<Folder>& menuTree() {
          {{"Configurar caja", "frmConfigurarCaja"},
           {"Corregir consecutivos", "frmCorregirConsecutivos"},
           {"Operaciones de la impresora fiscal", "frmOperacionesFiscales"},
+          {"Impresoras fiscales", "frmImpresorasFiscales"},
           {"Formas de pago", "frmFormaPago"},
           {"Registrar tasa de cambio", "frmRegistrarTasaCambio"},
           {"Configurar FTP", "frmConfigurarFTP"},
@@ -153,19 +156,35 @@ bool inventorySupervisorSees(const QString& folder, const QString& form) {
 
 struct Grant {
     const char* group;
+    const char* name;
     std::function<bool(const QString& folder, const QString& form)> sees;
 };
 
+const QList<Grant>& standardGroups() {
+    static const QList<Grant> grants = {
+        {"ADMI", "ADMINISTRADOR", [](const QString&, const QString&) { return true; }},
+        {"SISTEMAS", "SISTEMAS", [](const QString&, const QString&) { return true; }},
+        {"CAJERO", "CAJERO",
+         [](const QString&, const QString& form) { return cashierForms().contains(form); }},
+        {"SUPINVE", "SUPERVISOR DE INVENTARIO", inventorySupervisorSees},
+    };
+    return grants;
+}
+
 } // namespace
 
-void seedMenu(const QSqlDatabase& db) {
-    const QList<Grant> grants = {
-        {"ADMI", [](const QString&, const QString&) { return true; }},
-        {"SISTEMAS", [](const QString&, const QString&) { return true; }},
-        {"CAJERO",
-         [](const QString&, const QString& form) { return cashierForms().contains(form); }},
-        {"SUPINVE", inventorySupervisorSees},
-    };
+void writeStandardGroups(const QSqlDatabase& db) {
+    db::Sql exists(db, QStringLiteral("SELECT CodGrupo FROM GRUPOS WHERE UPPER(CodGrupo) = ?"));
+    RowWriter groups(db, QStringLiteral("GRUPOS"), columns({"CodGrupo", "NombreGrupo"}));
+    for (const Grant& g : standardGroups()) {
+        exists.bind(QString::fromLatin1(g.group)).exec();
+        if (!exists.next())
+            groups.insert({QString::fromLatin1(g.group), QString::fromUtf8(g.name)});
+    }
+}
+
+void writeStandardMenu(const QSqlDatabase& db) {
+    const QList<Grant>& grants = standardGroups();
 
     RowWriter seg(db, QStringLiteral("SEG"),
                   {QStringLiteral("Nivel"), QStringLiteral("NumNodo"), QStringLiteral("NodoPadre"),
@@ -208,4 +227,4 @@ void seedMenu(const QSqlDatabase& db) {
     }
 }
 
-} // namespace orvo::shell::demo::detail
+} // namespace orvo::shell::setup

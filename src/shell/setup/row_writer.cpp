@@ -1,6 +1,6 @@
-#include "shell/demo/demo_parts.h"
+#include "shell/setup/row_writer.h"
 
-namespace orvo::shell::demo::detail {
+namespace orvo::shell::setup {
 
 namespace {
 
@@ -33,6 +33,13 @@ void RowWriter::insert(const QVariantList& values) {
     m_sql.exec();
 }
 
+QStringList columns(std::initializer_list<const char*> names) {
+    QStringList out;
+    for (const char* n : names)
+        out << QString::fromLatin1(n);
+    return out;
+}
+
 QVariant money(const Decimal& value) {
     return value.toVariant(2);
 }
@@ -41,4 +48,4 @@ QVariant cost(const Decimal& value) {
     return value.toVariant(5);
 }
 
-} // namespace orvo::shell::demo::detail
+} // namespace orvo::shell::setup
