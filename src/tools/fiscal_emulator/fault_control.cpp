@@ -64,12 +64,17 @@ bool Faults::apply(const QString& line) {
 void FaultControl::poll(Faults& faults) {
     if (m_file.isEmpty() || !QFile::exists(m_file))
         return;
-    QFile f(m_file);
+    // Moved aside first: a line appended while it is read goes to a new file, read next time.
+    const QString taken = m_file + QStringLiteral(".leido");
+    QFile::remove(taken);
+    if (!QFile::rename(m_file, taken))
+        return;
+    QFile f(taken);
     if (!f.open(QIODevice::ReadOnly))
         return;
     const QStringList words = QString::fromUtf8(f.readAll()).split(QLatin1Char('\n'));
     f.close();
-    QFile::remove(m_file);
+    QFile::remove(taken);
     for (const QString& w : words)
         faults.apply(w);
 }
