@@ -22,6 +22,29 @@ Decimal foreignRefund(const Decimal& refund, const Decimal& invoiceBase,
     return std::min(refund, (refund * invoiceBase / invoiceTotal).rounded(2));
 }
 
+Owed owed(const Decimal& amount, const Decimal& foreignPaid, const Settings& settings) {
+    Owed o;
+    if (settings.enabled) {
+        o.base = base(foreignPaid, amount);
+        o.tax = tax(o.base, settings.percent);
+    }
+    o.total = amount + o.tax;
+    return o;
+}
+
+Decimal foreignToSettle(const Decimal& amount, const Decimal& foreignPaid, const Decimal& paid,
+                        const Settings& settings) {
+    Decimal more;
+    // Each round adds the tax the last addition raised; it stops within a few cents.
+    for (int round = 0; round < 8; ++round) {
+        const Decimal due = owed(amount, foreignPaid + more, settings).total - paid - more;
+        if (due <= Decimal())
+            break;
+        more += due;
+    }
+    return more;
+}
+
 Settings settings(const QSqlDatabase& db, const QString& serial) {
     Settings s;
     db::Sql c(db, QStringLiteral("SELECT IGTF FROM CAJAS WHERE Serie = ?"));

@@ -22,6 +22,19 @@ struct Settings {
     bool enabled = false;
     Decimal percent = Decimal(3);
 };
+
+// What a document paid partly in foreign currency owes: its amount and, with IGTF, the tax on
+// the foreign part (in bolívars), at most on the amount.
+struct Owed {
+    Decimal base;
+    Decimal tax;
+    Decimal total; // amount + tax
+};
+Owed owed(const Decimal& amount, const Decimal& foreignPaid, const Settings& settings);
+// What more, paid in foreign currency (in bolívars), settles the balance with its own tax:
+// amount + tax - paid, the tax growing with the payment until it reaches the cap.
+Decimal foreignToSettle(const Decimal& amount, const Decimal& foreignPaid, const Decimal& paid,
+                        const Settings& settings);
 // The register's (CAJAS.IGTF) or the company's (PARAMETROS.IGTF) setting, with the company's
 // rate (PARAMETROS.PorcentajeIGTF, 3 % when unset).
 Settings settings(const QSqlDatabase& db, const QString& serial);

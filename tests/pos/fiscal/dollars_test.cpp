@@ -124,6 +124,18 @@ TEST_F(DollarsTest, IgtfSettingsOfTheRegisterAndTheCompany) {
     EXPECT_EQ(igtf::tax(igtf::base(Decimal(110), Decimal(116)), Decimal(3)),
               Decimal::fromString(u"3.30"));
     EXPECT_EQ(igtf::base(Decimal(), Decimal(116)), Decimal());
+    // What is owed, and what more in foreign currency settles it with its own tax.
+    const igtf::Settings on{true, Decimal(3)};
+    EXPECT_EQ(igtf::owed(Decimal(116), Decimal(146), on).total, Decimal::fromString(u"119.48"));
+    EXPECT_EQ(igtf::owed(Decimal(116), Decimal(146), {}).total, Decimal(116));
+    EXPECT_EQ(igtf::foreignToSettle(Decimal(116), Decimal(), Decimal(), on),
+              Decimal::fromString(u"119.48"));
+    // 73.00 paid in dollars (2.19 of tax) and 20.00 in cash leave 25.19; paid in dollars it
+    // raises the tax by 0.76, which raises it by 0.02: 116 + 2.97 owed, 73 + 20 + 25.97 paid.
+    const Decimal more = igtf::foreignToSettle(Decimal(116), Decimal(73), Decimal(93), on);
+    EXPECT_EQ(more, Decimal::fromString(u"25.97"));
+    EXPECT_EQ(igtf::owed(Decimal(116), Decimal(73) + more, on).total, Decimal(93) + more);
+    EXPECT_EQ(igtf::foreignToSettle(Decimal(116), Decimal(), Decimal(116), {}), Decimal());
     // Half of a 116.00 invoice of which 73.00 bore the tax goes back 36.50 in foreign currency.
     EXPECT_EQ(igtf::foreignRefund(Decimal(58), Decimal(73), Decimal(116)),
               Decimal::fromString(u"36.50"));
