@@ -201,7 +201,7 @@ QWidget* FiscalOperationsScreen::igtfBox() {
         {QStringLiteral("Forma de pago"), QStringLiteral("Medio"), QStringLiteral("Nombre")});
     m_means->horizontalHeader()->setStretchLastSection(true);
     m_means->verticalHeader()->hide();
-    m_means->setMinimumHeight(120);
+    m_means->setMinimumSize(460, 240);
     auto* save = button("cmdGuardarMedios", QStringLiteral("Guardar y programar medios"));
     connect(save, &QPushButton::clicked, this, [this] { saveMeans(); });
     m_igtf =
@@ -215,8 +215,8 @@ QWidget* FiscalOperationsScreen::igtfBox() {
     side->addWidget(apply);
     side->addStretch();
     auto* l = new QHBoxLayout(box);
-    l->addWidget(m_means, 1);
-    l->addLayout(side);
+    l->addWidget(m_means, 3);
+    l->addLayout(side, 2);
     return box;
 }
 
