@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Sets up the machine, builds Orvo, creates the demo store on first use, starts the emulated fiscal
-# printer and card terminal for this register, and starts the program.
+# printer and card terminal for this register and a local mail server for the packages, and starts
+# the program.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 build=${ORVO_BUILD_DIR:-$root/build}
@@ -45,5 +46,14 @@ echo "Impresora fiscal emulada en $port; tickets en $ORVO_HOME/fiscal/tickets; f
 pids+=($!)
 url=$(first_line "$ORVO_HOME/vpos/url.txt" "${pids[-1]}")
 "$orvo" card-terminal "$url"
+
+# Head office's mailbox for the demo: what the closing mails lands in $ORVO_HOME/correo.
+mkdir -p "$ORVO_HOME/correo"
+/usr/bin/python3 "$root/scripts/smtp_server.py" "$ORVO_HOME/correo" \
+  >"$ORVO_HOME/correo/puerto.txt" 2>"$ORVO_HOME/correo/servidor.log" &
+pids+=($!)
+smtp=$(first_line "$ORVO_HOME/correo/puerto.txt" "${pids[-1]}")
+"$orvo" mail-account "127.0.0.1:$smtp" >/dev/null || true
+echo "Correo de la casa matriz en 127.0.0.1:$smtp; mensajes en $ORVO_HOME/correo"
 
 "$orvo"

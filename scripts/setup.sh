@@ -11,7 +11,7 @@ PACKAGES=(
   libgtest-dev googletest
   postgresql postgresql-client qt6-translations-l10n
   xvfb xauth
-  python3 python3-pyftpdlib python3-aiosmtpd
+  python3 python3-pyftpdlib python3-aiosmtpd dbview
   poppler-utils ccache
 )
 

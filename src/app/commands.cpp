@@ -6,6 +6,7 @@
 #include "common/db/sql.h"
 #include "common/errors/errors.h"
 #include "common/schema/migrate.h"
+#include "exchange/export/export_commands.h"
 #include "pos/card/terminal_settings.h"
 #include "pos/fiscal/company_rif.h"
 #include "pos/fiscal/port_finder.h"
@@ -174,6 +175,24 @@ const QList<Command>& commands() {
          QStringLiteral("muestra o fija el punto de venta VPOS de la caja de esta estación "
                         "(VPOS_URL_<Serie>)"),
          cardTerminal},
+        {QStringLiteral("export"),
+         QStringLiteral("export [--desde DD/MM/AAAA] [--hasta DD/MM/AAAA] "
+                        "[--formato orvo|vandu|xml]"),
+         QStringLiteral("arma el paquete de la tienda en la carpeta de envío y escribe su ruta"),
+         [](const QStringList& args) {
+             return exchange::exportCommand(openConfiguredStore(false), args, out(), err());
+         }},
+        {QStringLiteral("mail"), QStringLiteral("mail [--xml]"),
+         QStringLiteral("envía por correo los paquetes de la carpeta de envío (MENSAJES)"),
+         [](const QStringList& args) {
+             return exchange::mailCommand(openConfiguredStore(false), args, out(), err());
+         }},
+        {QStringLiteral("mail-account"), QStringLiteral("mail-account [SERVIDOR:PUERTO]"),
+         QStringLiteral("muestra o fija el servidor de salida de la cuenta de correo "
+                        "(CUENTAS_MAIL)"),
+         [](const QStringList& args) {
+             return exchange::mailAccountCommand(openConfiguredStore(false), args, out(), err());
+         }},
     };
     return list;
 }

@@ -1,6 +1,8 @@
 #include "app/screens.h"
 
+#include "exchange/export/exchange_screens.h"
 #include "inventory/articles/article_screens.h"
+#include "inventory/purchases/purchase_screens.h"
 #include "pos/cash/cash_screens.h"
 #include "pos/fiscal/counter_correction_screen.h"
 #include "pos/payments/payment_ways_screen.h"
@@ -16,6 +18,7 @@ namespace orvo::app {
 void registerAllScreens() {
     // One line per area: each area's register function adds its screens.
     inventory::registerArticleScreens();
+    inventory::purchases::registerPurchaseScreens();
     shell::registerRecordScreens(
         {[] { return shell::mainDb(); }, [] { return shell::session().userCode; }});
     pos::registers::registerScreens();
@@ -24,6 +27,7 @@ void registerAllScreens() {
     pos::sale::registerSaleScreens();
     pos::cash::registerCashScreens();
     pos::payments::registerPaymentScreens();
+    exchange::registerExchangeScreens();
 }
 
 } // namespace orvo::app

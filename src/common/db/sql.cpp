@@ -83,7 +83,10 @@ long long Sql::bigint(const QString& column) const {
 }
 
 QDateTime Sql::dateTime(const QString& column) const {
-    const QVariant v = value(column);
+    return dateTimeValue(value(column));
+}
+
+QDateTime dateTimeValue(const QVariant& v) {
     if (v.isNull())
         return {};
     if (v.typeId() == QMetaType::QDateTime)

@@ -61,6 +61,10 @@ private:
     bool m_prepared = false;
 };
 
+// A date-time as either engine returns it: QDateTime from PostgreSQL, ISO text from SQLite.
+// Null stays an invalid QDateTime.
+QDateTime dateTimeValue(const QVariant& value);
+
 // One-shot helpers.
 int execute(const QSqlDatabase& db, const QString& statement,
             std::initializer_list<QVariant> values = {});

@@ -7,6 +7,11 @@ using namespace col;
 
 namespace {
 
+// Suppliers' unit prices and the costs prorated from them keep six decimals.
+Column unitPrice(const QString& name) {
+    return numeric(name, 18, 6);
+}
+
 // Goods counted in numbered boxes; the same article may stand in several boxes, and a box is
 // rewritten whole when it is saved, so the lines carry no key.
 QList<Column> boxLine() {
@@ -38,7 +43,8 @@ QList<Table> purchaseTables() {
               {"Numero"}, {{"Fecha"}}),
         table("MOVORDENCOMPRAS",
               {integer("Numero"), text("CodigoBarra", 15), quantity("Cantidad"),
-               percent("PorcentajeImpuesto"), cost("Precio"), money("Impuesto"), integer("Item")},
+               percent("PorcentajeImpuesto"), unitPrice("Precio"), money("Impuesto"),
+               integer("Item")},
               {"Numero", "Item"}),
         // Keyed by the supplier's invoice number and the supplier.
         table("COMPRAS",
@@ -71,8 +77,8 @@ QList<Table> purchaseTables() {
         table("MOVCOMPRAS",
               {text("Documento", 12), text("Proveedor", 15), text("CodigoBarra", 15),
                quantity("Cantidad"), defaultTo(quantity("CantidadDevuelta"), "0"),
-               percent("PorcentajeImpuesto"), cost("PrecioFactura"), cost("PrecioProrrateado"),
-               money("Impuesto"), integer("Item")},
+               percent("PorcentajeImpuesto"), unitPrice("PrecioFactura"),
+               unitPrice("PrecioProrrateado"), money("Impuesto"), integer("Item")},
               {"Documento", "Proveedor", "Item"}, {{"CodigoBarra"}}),
         table("DEVCOMPRAS",
               {integer("Numero"), dateTime("Fecha"), text("Documento", 12), text("Proveedor", 15),
@@ -82,7 +88,7 @@ QList<Table> purchaseTables() {
               {"Numero"}, {{"Documento", "Proveedor"}, {"Fecha"}}),
         table("MOVDEVCOMPRAS",
               {integer("Numero"), integer("Item"), text("CodigoBarra", 15), quantity("Cantidad"),
-               cost("Precio"), percent("PorcentajeImpuesto"), money("Impuesto")},
+               unitPrice("Precio"), percent("PorcentajeImpuesto"), money("Impuesto")},
               {"Numero", "Item"}, {{"CodigoBarra"}}),
         table("PEDIDOS",
               {integer("Numero"), dateTime("Fecha"), text("Proveedor", 15),

@@ -5,7 +5,9 @@
 #include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
+#include <algorithm>
 #include <cstdio>
+#include <cstring>
 #include <shapefil.h>
 #include <stdexcept>
 
@@ -21,15 +23,129 @@ constexpr int kFieldHeaderSize = 32;
 // shapelib derives "<base>.dbf" from the name it is given and looks for a ".cpg" beside it.
 // These hooks open exactly the file asked for (templates end in ".est", packages in ".DBF"),
 // ignore code page side files (the header byte says it) and keep the library's error text.
+//
+// They also buffer: shapelib seeks before every record it writes or reads, which would cost
+// a system call per record through stdio. Writes are kept back and written in large blocks;
+// reads are served from a block read ahead.
 thread_local QByteArray t_target;
 thread_local QString t_error;
+
+struct BufferedFile {
+    FILE* file = nullptr;
+    long long pos = 0;         // where the next read or write goes
+    QByteArray pending;        // bytes not yet written ...
+    long long pendingAt = 0;   // ... from this offset
+    QByteArray readAhead;      // bytes read from the file ...
+    long long readAheadAt = 0; // ... from this offset
+
+    static constexpr qsizetype kBlock = 1 << 20;
+
+    bool flush() {
+        if (pending.isEmpty())
+            return true;
+        const bool ok = std::fseek(file, long(pendingAt), SEEK_SET) == 0 &&
+                        std::fwrite(pending.constData(), 1, size_t(pending.size()), file) ==
+                            size_t(pending.size());
+        pending.clear();
+        return ok;
+    }
+};
+
+BufferedFile* bufferedOf(SAFile f) {
+    return reinterpret_cast<BufferedFile*>(f);
+}
 
 SAFile openHook(const char* name, const char* access) {
     const QByteArray asked(name);
     if (asked.endsWith(".cpg") || asked.endsWith(".CPG"))
         return nullptr;
-    return reinterpret_cast<SAFile>(std::fopen(t_target.constData(), access));
+    FILE* file = std::fopen(t_target.constData(), access);
+    if (!file)
+        return nullptr;
+    auto* b = new BufferedFile;
+    b->file = file;
+    return reinterpret_cast<SAFile>(b);
 }
+
+SAOffset readHook(void* p, SAOffset size, SAOffset count, SAFile f) {
+    BufferedFile* b = bufferedOf(f);
+    const long long wanted = (long long)(size * count);
+    if (!b->flush())
+        return 0;
+    const long long end = b->readAheadAt + b->readAhead.size();
+    if (b->pos < b->readAheadAt || b->pos + wanted > end) {
+        b->readAhead.resize(std::max<qsizetype>(BufferedFile::kBlock, wanted));
+        if (std::fseek(b->file, long(b->pos), SEEK_SET) != 0)
+            return 0;
+        const size_t got = std::fread(b->readAhead.data(), 1, size_t(b->readAhead.size()), b->file);
+        b->readAhead.resize(qsizetype(got));
+        b->readAheadAt = b->pos;
+    }
+    const long long available = b->readAheadAt + b->readAhead.size() - b->pos;
+    const long long n = std::min(wanted, std::max(0LL, available));
+    std::memcpy(p, b->readAhead.constData() + (b->pos - b->readAheadAt), size_t(n));
+    b->pos += n;
+    return size ? SAOffset(n) / size : 0;
+}
+
+SAOffset writeHook(void* p, SAOffset size, SAOffset count, SAFile f) {
+    BufferedFile* b = bufferedOf(f);
+    const qsizetype n = qsizetype(size * count);
+    b->readAhead.clear();
+    const long long pendingEnd = b->pendingAt + b->pending.size();
+    // Contiguous with (or overlapping the end of) what is kept back: shapelib rewrites its
+    // end-of-file mark with the next record.
+    if (b->pending.isEmpty() || b->pos < b->pendingAt || b->pos > pendingEnd) {
+        if (!b->flush())
+            return 0;
+        b->pendingAt = b->pos;
+    }
+    const qsizetype at = qsizetype(b->pos - b->pendingAt);
+    if (at + n > b->pending.size())
+        b->pending.resize(at + n);
+    std::memcpy(b->pending.data() + at, p, size_t(n));
+    b->pos += n;
+    if (b->pending.size() >= BufferedFile::kBlock && !b->flush())
+        return 0;
+    return count;
+}
+
+SAOffset seekHook(SAFile f, SAOffset offset, int whence) {
+    BufferedFile* b = bufferedOf(f);
+    switch (whence) {
+    case SEEK_SET:
+        b->pos = (long long)offset;
+        return 0;
+    case SEEK_CUR:
+        b->pos += (long long)offset;
+        return 0;
+    default:
+        if (!b->flush() || std::fseek(b->file, long(offset), whence) != 0)
+            return SAOffset(-1);
+        b->pos = std::ftell(b->file);
+        return 0;
+    }
+}
+
+SAOffset tellHook(SAFile f) {
+    return SAOffset(bufferedOf(f)->pos);
+}
+
+int flushHook(SAFile f) {
+    BufferedFile* b = bufferedOf(f);
+    return b->flush() && std::fflush(b->file) == 0 ? 0 : -1;
+}
+
+int closeHook(SAFile f) {
+    BufferedFile* b = bufferedOf(f);
+    const bool flushed = b->flush();
+    const int rc = std::fclose(b->file);
+    delete b;
+    if (!flushed)
+        t_error = QStringLiteral("write failed");
+    return flushed ? rc : -1;
+}
+
 int removeHook(const char*) {
     return 0;
 }
@@ -41,6 +157,12 @@ SAHooks hooksFor(const QString& path) {
     SAHooks hooks;
     SASetupDefaultHooks(&hooks);
     hooks.FOpen = openHook;
+    hooks.FRead = readHook;
+    hooks.FWrite = writeHook;
+    hooks.FSeek = seekHook;
+    hooks.FTell = tellHook;
+    hooks.FFlush = flushHook;
+    hooks.FClose = closeHook;
     hooks.Remove = removeHook;
     hooks.Error = errorHook;
     t_target = QFile::encodeName(path);
@@ -179,6 +301,30 @@ QString numberText(const QVariant& value, const DbfField& f, const QString& path
     return text;
 }
 
+// "yyyy-mm-dd..." read without the general parser: the export hands every date of SQLite over
+// in this form, and a package may hold hundreds of thousands of them.
+QDate isoDate(const QString& t) {
+    if (t.size() < 10 || t[4] != QLatin1Char('-') || t[7] != QLatin1Char('-'))
+        return {};
+    int parts[3] = {0, 0, 0};
+    const int starts[3] = {0, 5, 8};
+    const int lengths[3] = {4, 2, 2};
+    for (int p = 0; p < 3; ++p)
+        for (int i = 0; i < lengths[p]; ++i) {
+            const QChar c = t[starts[p] + i];
+            if (!c.isDigit())
+                return {};
+            parts[p] = parts[p] * 10 + c.digitValue();
+        }
+    return QDate(parts[0], parts[1], parts[2]);
+}
+
+QByteArray compactDate(const QDate& d) {
+    char out[16];
+    std::snprintf(out, sizeof out, "%04d%02d%02d", d.year(), d.month(), d.day());
+    return QByteArray(out, 8);
+}
+
 QDate dateOf(const QVariant& value) {
     switch (value.typeId()) {
     case QMetaType::QDate:
@@ -189,6 +335,8 @@ QDate dateOf(const QVariant& value) {
         break;
     }
     const QString text = value.toString().trimmed();
+    if (const QDate iso = isoDate(text); iso.isValid())
+        return iso;
     for (const char* format : {"yyyyMMdd", "yyyy-MM-dd", "dd/MM/yyyy"}) {
         const QDate d = QDate::fromString(text, QString::fromLatin1(format));
         if (d.isValid())
@@ -221,7 +369,17 @@ QByteArray fieldBytes(const QVariant& value, const DbfField& f, const QString& p
         return QByteArray(f.width, ' ');
     switch (f.type) {
     case FieldType::Numeric:
-        out = numberText(value, f, path).toLatin1().rightJustified(f.width, ' ');
+        if (f.decimals == 0 &&
+            (value.typeId() == QMetaType::Int || value.typeId() == QMetaType::LongLong)) {
+            out = QByteArray::number(value.toLongLong());
+            if (out.size() > f.width)
+                throw UserError(
+                    QStringLiteral("El valor %1 no cabe en el campo %2 del archivo %3...!")
+                        .arg(QString::fromLatin1(out), f.name, shownName(path)));
+            out = out.rightJustified(f.width, ' ');
+        } else {
+            out = numberText(value, f, path).toLatin1().rightJustified(f.width, ' ');
+        }
         break;
     case FieldType::Date: {
         const QDate d = dateOf(value);
@@ -232,7 +390,7 @@ QByteArray fieldBytes(const QVariant& value, const DbfField& f, const QString& p
                                            "archivo %3...!")
                                 .arg(value.toString(), f.name, shownName(path)));
         }
-        out = d.toString(QStringLiteral("yyyyMMdd")).toLatin1().leftJustified(f.width, ' ', true);
+        out = compactDate(d).leftJustified(f.width, ' ', true);
         break;
     }
     case FieldType::Logical: {

@@ -124,8 +124,13 @@ void writeZip(const QString& zipPath, const QStringList& files) {
             QStringLiteral("No se pudo crear el archivo %1...!").arg(shownName(zipPath)));
     for (const QString& f : files) {
         zip_source_t* src = zip_source_file(z, QFile::encodeName(f).constData(), 0, -1);
-        if (!src || zip_file_add(z, QFileInfo(f).fileName().toUtf8().constData(), src,
-                                 ZIP_FL_OVERWRITE | ZIP_FL_ENC_UTF_8) < 0) {
+        const zip_int64_t index =
+            src ? zip_file_add(z, QFileInfo(f).fileName().toUtf8().constData(), src,
+                               ZIP_FL_OVERWRITE | ZIP_FL_ENC_UTF_8)
+                : -1;
+        // dBase files are columns of repeated text: the fastest deflate packs them nearly as
+        // tight as the default and in a fraction of the time.
+        if (index < 0 || zip_set_file_compression(z, zip_uint64_t(index), ZIP_CM_DEFLATE, 1) < 0) {
             if (src)
                 zip_source_free(src);
             zip_discard(z);

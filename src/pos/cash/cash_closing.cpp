@@ -3,6 +3,7 @@
 #include "common/db/sql.h"
 #include "common/db/transaction.h"
 #include "common/errors/errors.h"
+#include "exchange/export/closing_export.h"
 #include "pos/fiscal/fiscal_printer_thread.h"
 #include "pos/fiscal/register_printer.h"
 #include "pos/payments/payment_rules.h"
@@ -380,7 +381,10 @@ QString authoriseForeignClosing(const QSqlDatabase& db, const QString& user,
     return who.code;
 }
 
-void startExportAfterClosing(const QSqlDatabase&, const QString&, const QDate&) {}
+void startExportAfterClosing(const QSqlDatabase& db, const QString&, const QDate& day) {
+    // The store's package to head office (the exchange area decides what runs and how).
+    exchange::exporting::exportAfterClosing(db, day);
+}
 
 ClosingOutcome closeDayWith(const QSqlDatabase& db, fiscal::FiscalPrinterThread& printer,
                             const ClosingRequest& r) {

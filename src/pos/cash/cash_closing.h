@@ -147,8 +147,9 @@ void backupAfterClosingDone();
 QString backupAfterClosing(const QSqlDatabase& db, const QDate& day);
 QString backupFolder();
 
-// The store's export to head office starts here once it exists; the exchange work fills this in
-// (a Job with its own connection). Until then it does nothing.
+// The store's export to head office, as PARAMETROS.ComportamientoExportar says: on the desktop
+// the export screens open and work on their own jobs; headless, the export and the mail run
+// before this returns.
 void startExportAfterClosing(const QSqlDatabase& db, const QString& serial, const QDate& day);
 
 // Closing a register from another machine (frmCierreCajaForanea), when the register's own

@@ -87,6 +87,17 @@ void seedCompany(const QSqlDatabase& db) {
                      0, money(Decimal())});
     branches.insert({s("02"), s("TIENDA DEMO VALENCIA"), s("AV. BOLIVAR NORTE, VALENCIA"),
                      s("0241-555-0201"), 1, 0, money(Decimal())});
+
+    // The closing exports the store package and mails it to head office through this account:
+    // scripts/run.sh starts a local mail server and points the account at it.
+    db::execute(db, QStringLiteral("UPDATE PARAMETROS SET ComportamientoExportar = 'Orvo'"));
+    RowWriter(db, QStringLiteral("CUENTAS_MAIL"),
+              cols({"Nombre", "SrvSalida", "PuertoSaliente", "SrvEntrada", "UsrMail", "SrvDominio",
+                    "PswMail", "EMailDest"}))
+        .insert({s("TIENDA DEMO CENTRO"), s("127.0.0.1"), 2525, s(""), s("tienda01"),
+                 s("orvo-demo.com.ve"), s(""), s("casamatriz@orvo-demo.com.ve")});
+    RowWriter(db, QStringLiteral("MENSAJES"), cols({"Asunto", "Anexo"}))
+        .insert({s("Información de la tienda 01"), s("01.zip")});
 }
 
 void seedRegister(const QSqlDatabase& db) {

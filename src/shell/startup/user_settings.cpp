@@ -22,14 +22,22 @@ bool truthy(const QString& value) {
 namespace settings {
 
 QString read(const QString& key, const QString& defaultValue) {
-    QSettings s(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("ServidorOrvo"));
-    s.beginGroup(QStringLiteral("Orvo"));
-    return valueOrDefault(s.value(key).toString(), defaultValue);
+    return readIn(QStringLiteral("Orvo"), key, defaultValue);
 }
 
 void write(const QString& key, const QString& value) {
+    writeIn(QStringLiteral("Orvo"), key, value);
+}
+
+QString readIn(const QString& section, const QString& key, const QString& defaultValue) {
     QSettings s(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("ServidorOrvo"));
-    s.beginGroup(QStringLiteral("Orvo"));
+    s.beginGroup(section);
+    return valueOrDefault(s.value(key).toString(), defaultValue);
+}
+
+void writeIn(const QString& section, const QString& key, const QString& value) {
+    QSettings s(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("ServidorOrvo"));
+    s.beginGroup(section);
     s.setValue(key, value);
     s.sync();
 }

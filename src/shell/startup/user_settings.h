@@ -11,6 +11,9 @@ namespace orvo::shell {
 namespace settings {
 QString read(const QString& key, const QString& defaultValue = {});
 void write(const QString& key, const QString& value);
+// The same in another section of the file (the mailing's outcome lives in "Info").
+QString readIn(const QString& section, const QString& key, const QString& defaultValue = {});
+void writeIn(const QString& section, const QString& key, const QString& value);
 
 // Where this machine prints paper invoices (ImpresoraFactura): a printer name or a .pdf path;
 // empty when not configured.

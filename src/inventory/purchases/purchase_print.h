@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QSqlDatabase>
+#include <QString>
+
+// The printed purchase documents, as HTML bodies for grid::printDocument (printer or PDF). Each
+// returns an empty text when the document does not exist.
+namespace orvo::inventory::purchases {
+
+struct PrintedDocument {
+    QString title;
+    QString html;
+};
+
+PrintedDocument orderDocument(const QSqlDatabase& db, long long number);
+PrintedDocument purchaseDocument(const QSqlDatabase& db, const QString& document,
+                                 const QString& supplier);
+PrintedDocument purchaseReturnDocument(const QSqlDatabase& db, long long number);
+PrintedDocument receptionDocument(const QSqlDatabase& db, long long number);
+PrintedDocument boxDocument(const QSqlDatabase& db, long long reception, long long box);
+PrintedDocument comparisonDocument(const QSqlDatabase& db, long long reception);
+
+} // namespace orvo::inventory::purchases
