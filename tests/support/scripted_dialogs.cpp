@@ -1,5 +1,6 @@
 #include "scripted_dialogs.h"
 
+#include <QCoreApplication>
 #include <QPrinter>
 #include <gtest/gtest.h>
 
@@ -29,6 +30,11 @@ void ScriptedDialogs::expectPrinter(const QString& pdfPath) {
     m_printers.push_back(pdfPath);
 }
 
+// A real message box runs the events waiting meanwhile: what a screen queued runs then too.
+void ScriptedDialogs::showAsABoxWould() {
+    QCoreApplication::processEvents();
+}
+
 QStringList ScriptedDialogs::texts() const {
     QStringList out;
     for (const auto& m : m_messages)
@@ -43,10 +49,12 @@ bool ScriptedDialogs::allAnswered() const {
 
 void ScriptedDialogs::information(QWidget*, const QString& text, const QString& title) {
     m_messages.append({QStringLiteral("information"), title, text});
+    showAsABoxWould();
 }
 
 void ScriptedDialogs::warning(QWidget*, const QString& text, const QString& title) {
     m_messages.append({QStringLiteral("warning"), title, text});
+    showAsABoxWould();
 }
 
 void ScriptedDialogs::databaseError(QWidget*, const DbError& error) {

@@ -52,6 +52,7 @@ public:
     bool choosePrinter(QWidget* parent, QPrinter& printer) override;
 
 private:
+    void showAsABoxWould();
     QList<Message> m_messages;
     std::deque<std::pair<QString, bool>> m_questions;
     std::deque<Credentials> m_credentials;

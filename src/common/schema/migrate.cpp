@@ -19,7 +19,8 @@ void ensureVersionTable(const QSqlDatabase& db) {
                                    "Fecha TIMESTAMP, Descripcion VARCHAR(200))"));
 }
 
-// Everything that version `v` adds: new tables whole, new columns and indexes of older tables.
+// Everything that version `v` adds: new tables whole, new columns and indexes of older tables,
+// and the new types of older columns.
 QStringList statementsFor(const QList<Table>& tables, int v, db::Engine engine) {
     QStringList out;
     for (const Table& t : tables) {
@@ -33,10 +34,13 @@ QStringList statementsFor(const QList<Table>& tables, int v, db::Engine engine) 
         }
         if (t.since > v)
             continue;
-        for (const Column& c : t.columns)
+        for (const Column& c : t.columns) {
             if (c.since == v)
                 out << QStringLiteral("ALTER TABLE %1 ADD COLUMN %2")
                            .arg(t.name, columnDefinition(c, engine));
+            else if (c.since < v && c.retypedSince == v)
+                out += retypeStatements(t.name, c, engine);
+        }
         for (const Index& i : t.indexes)
             if (i.since == v)
                 out << QStringLiteral("CREATE %1INDEX %2 ON %3 (%4)")

@@ -31,6 +31,7 @@ struct Column {
     QString defaultValue;    // SQL literal, the same on both engines ("0", "''")
     bool defaultNow = false; // the server's local date-time when the insert leaves it out
     int since = 1;           // schema version that added the column
+    int retypedSince = 0;    // schema version that changed its type (a wider scale), if any
 };
 
 struct Index {
@@ -69,6 +70,8 @@ Column numeric(const QString& name, int precision, int scale);
 Column dateTime(const QString& name);
 Column identity(const QString& name);
 Column since(Column c, int version);
+// The column's type (its scale) became this one at `version`; older databases are altered.
+Column retyped(Column c, int version);
 Column notNull(Column c);
 Column defaultTo(Column c, const QString& sqlLiteral);
 // Set by the server on insert. Only for columns of a new table: SQLite cannot add a column whose
@@ -87,5 +90,8 @@ int currentVersion(const QList<Table>& tables);
 // DDL for one table: CREATE TABLE followed by its CREATE INDEX statements.
 QStringList createStatements(const Table& table, db::Engine engine);
 QString columnDefinition(const Column& column, db::Engine engine);
+// What turns an existing column into `column`'s type; nothing on SQLite, whose NUMERIC columns
+// keep whatever scale is written to them.
+QStringList retypeStatements(const QString& table, const Column& column, db::Engine engine);
 
 } // namespace orvo::schema

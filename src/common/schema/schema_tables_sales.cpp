@@ -7,11 +7,17 @@ using namespace col;
 
 namespace {
 
+// A line's unit prices keep the article's four decimals, so that the tax-included price the
+// article was given is the one sold and printed (they had two until version 4).
+Column linePrice(const QString& name) {
+    return retyped(price(name), 4);
+}
+
 // The priced line shared by invoice, return and deleted-line tables, after the document key.
 QList<Column> pricedLine(const QString& numberColumn, bool returnedQuantity) {
     QList<Column> c = {integer(numberColumn),         text("Serie", 10),       dateTime("Hora"),
-                       text("TipoLista", 1),          text("CodigoBarra", 15), money("Precio"),
-                       money("PrecioLista"),          cost("Costo"),           money("Impuesto"),
+                       text("TipoLista", 1),          text("CodigoBarra", 15), linePrice("Precio"),
+                       linePrice("PrecioLista"),      cost("Costo"),           money("Impuesto"),
                        percent("PorcentajeImpuesto"), quantity("Cantidad")};
     if (returnedQuantity)
         c << defaultTo(quantity("CantidadDevuelta"), "0");
@@ -83,9 +89,10 @@ QList<Table> salesTables() {
               {"Numero", "Serie"}, {{"Serie", "Fecha"}}),
         table("HISTMOVVENTAS",
               {integer("Numero"), text("Serie", 10), dateTime("Hora"), text("TipoLista", 1),
-               text("CodigoBarra", 15), money("Precio"), money("PrecioLista"), cost("Costo"),
-               money("Impuesto"), percent("PorcentajeImpuesto"), quantity("Cantidad"),
-               money("Descuento"), integer("Item"), percent("PorcentajeDescuento")},
+               text("CodigoBarra", 15), linePrice("Precio"), linePrice("PrecioLista"),
+               cost("Costo"), money("Impuesto"), percent("PorcentajeImpuesto"),
+               quantity("Cantidad"), money("Descuento"), integer("Item"),
+               percent("PorcentajeDescuento")},
               {"Numero", "Serie", "Item"}),
         // A renumbered invoice copies its receivable: no key on the number.
         table("CUENTASXCOBRAR",
@@ -107,7 +114,7 @@ QList<Table> salesTables() {
               {"Numero"}, {{"Fecha"}, {"Cliente"}}),
         table("MOVORDENDESPACHO",
               {integer("Numero"), dateTime("Hora"), text("TipoLista", 1), text("CodigoBarra", 15),
-               money("Precio"), money("PrecioLista"), cost("Costo"), money("Impuesto"),
+               linePrice("Precio"), linePrice("PrecioLista"), cost("Costo"), money("Impuesto"),
                percent("PorcentajeImpuesto"), quantity("Cantidad"), money("Descuento"),
                integer("Item")},
               {"Numero", "Item"}, {{"CodigoBarra"}}),

@@ -3,6 +3,7 @@
 #include "common/errors/errors.h"
 
 #include <QDateTime>
+#include <algorithm>
 
 namespace orvo::inventory {
 
@@ -112,6 +113,33 @@ bool isDetailCategoryKey(const QString& key) {
     if (key.isEmpty() || key == kRootCategoryKey)
         return false;
     return key.size() >= 7 || key == QStringLiteral("C00");
+}
+
+int eanCheckDigit(const QString& body) {
+    // Weights 3 and 1 from the rightmost digit of the body.
+    int sum = 0;
+    for (qsizetype i = 0; i < body.size(); ++i)
+        sum += body[body.size() - 1 - i].digitValue() * (i % 2 == 0 ? 3 : 1);
+    return (10 - sum % 10) % 10;
+}
+
+void checkBarcodeFormat(const QString& barcode) {
+    const QString code = barcode.trimmed();
+    if (code.size() > kBarcodeLength)
+        throw UserError(QStringLiteral("El código de barras ") + code +
+                        QStringLiteral(" tiene %1 caracteres: no puede tener más de %2...!")
+                            .arg(code.size())
+                            .arg(kBarcodeLength));
+    const bool digits = !code.isEmpty() && std::all_of(code.begin(), code.end(), [](QChar c) {
+        return c >= QLatin1Char('0') && c <= QLatin1Char('9');
+    });
+    if (!digits || (code.size() != 13 && code.size() != 8))
+        return;
+    const int expected = eanCheckDigit(code.left(code.size() - 1));
+    if (code.back().digitValue() != expected)
+        throw UserError(
+            QStringLiteral("El código EAN-%1 ").arg(code.size()) + code +
+            QStringLiteral(" no es válido: su dígito de control debe ser %1...!").arg(expected));
 }
 
 void validateModel(const ArticleModel& model, const ModelGrid& grid, bool isNew,

@@ -30,6 +30,16 @@ inline const QString kRootCategoryKey = QStringLiteral("CATEGORIAS");
 // A key the model may be saved under: a detail category (seven characters or more) or "C00".
 bool isDetailCategoryKey(const QString& key);
 
+// INVENTARIO.CodigoBarra holds at most this many characters.
+inline constexpr int kBarcodeLength = 15;
+
+// A barcode as a cell may hold it: at most 15 characters (INVENTARIO.CodigoBarra), and, when it
+// is made of 13 or 8 digits, an EAN-13 or EAN-8 whose last digit is its check digit. Other codes
+// (the store's own) are taken as they are. Throws UserError.
+void checkBarcodeFormat(const QString& barcode);
+// The check digit of an EAN body (12 or 7 digits).
+int eanCheckDigit(const QString& body);
+
 // The checks of Guardar before anything is written, in their order; throws UserError.
 void validateModel(const ArticleModel& model, const ModelGrid& grid, bool isNew,
                    const QDate& today);

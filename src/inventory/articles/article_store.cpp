@@ -2,6 +2,7 @@
 
 #include "common/db/sql.h"
 #include "common/db/transaction.h"
+#include "common/errors/errors.h"
 #include "inventory/articles/article_rules.h"
 
 #include <QHostAddress>
@@ -29,9 +30,10 @@ namespace store {
 
 namespace {
 
-// Column scales: prices NUMERIC(18,2), costs (18,5), quantities (18,3).
+// Column scales: prices NUMERIC(18,4) (a before-tax price keeps the four decimals that bring
+// back the tax-included price typed), costs (18,5), quantities (18,3).
 QVariant price(const Decimal& d) {
-    return QVariant::fromValue(d.rounded(2));
+    return QVariant::fromValue(d.rounded(4));
 }
 QVariant costOf(const Decimal& d) {
     return QVariant::fromValue(d.rounded(5));
@@ -48,7 +50,7 @@ const QString kArticleColumns = QStringLiteral(
     "I.Fabricante, I.TipoImpuesto, IM.PorcentajeImpuesto, I.PuntoReorden, I.Nota, I.PrecioDetal, "
     "I.PrecioMayor, I.PrecioAfiliado, I.Promocion, I.PrecioPromocion, I.FechaInicial, "
     "I.FechaFinal, I.CostoInicial, I.CostoPromedio, I.UltimoCosto, I.CostoDolar, I.Existencia, "
-    "I.Tipo, I.Status, I.Serializado");
+    "I.Tipo, I.Status, I.Serializado, I.Fraccionable");
 
 Article articleFrom(const db::Sql& q) {
     Article a;
@@ -115,23 +117,25 @@ QVariantList modelFigures(const ArticleModel& m) {
             costOf(m.dollarCost),
             m.type,
             m.status,
-            m.serialized ? 1 : 0};
+            m.serialized ? 1 : 0,
+            m.fractional ? 1 : 0};
 }
 } // namespace
 
 Statement updateVariant(const QSqlDatabase& db, const ArticleModel& m, const QString& barcode,
                         const QString& variantName) {
     const QString now = db::nowExpression(db);
-    return {QStringLiteral("UPDATE INVENTARIO SET CodigoMarca = ?, Categoria = ?, Fabricante = ?, "
-                           "TipoImpuesto = ?, Nombre = ?, UltimaActualizacion = ") +
-                now +
-                QStringLiteral(", PuntoReorden = ?, Nota = ?, PrecioDetal = ?, PrecioMayor = ?, "
-                               "PrecioAfiliado = ?, Promocion = ?, PrecioPromocion = ?, "
-                               "FechaInicial = ?, FechaFinal = ?, CostoInicial = ?, "
-                               "CostoPromedio = ?, UltimoCosto = ?, CostoDolar = ?, Tipo = ?, "
-                               "Status = ?, Serializado = ? WHERE CodigoBarra = ?"),
-            QVariantList{m.brand, m.category, m.manufacturer, m.taxCode, variantName} +
-                modelFigures(m) + QVariantList{barcode}};
+    return {
+        QStringLiteral("UPDATE INVENTARIO SET CodigoMarca = ?, Categoria = ?, Fabricante = ?, "
+                       "TipoImpuesto = ?, Nombre = ?, UltimaActualizacion = ") +
+            now +
+            QStringLiteral(", PuntoReorden = ?, Nota = ?, PrecioDetal = ?, PrecioMayor = ?, "
+                           "PrecioAfiliado = ?, Promocion = ?, PrecioPromocion = ?, "
+                           "FechaInicial = ?, FechaFinal = ?, CostoInicial = ?, "
+                           "CostoPromedio = ?, UltimoCosto = ?, CostoDolar = ?, Tipo = ?, "
+                           "Status = ?, Serializado = ?, Fraccionable = ? WHERE CodigoBarra = ?"),
+        QVariantList{m.brand, m.category, m.manufacturer, m.taxCode, variantName} +
+            modelFigures(m) + QVariantList{barcode}};
 }
 
 Statement insertVariant(const QSqlDatabase& db, const ArticleModel& m, const QString& barcode,
@@ -143,9 +147,9 @@ Statement insertVariant(const QSqlDatabase& db, const ArticleModel& m, const QSt
                            "PrecioDetal, PrecioMayor, PrecioAfiliado, Promocion, PrecioPromocion, "
                            "FechaInicial, FechaFinal, CostoInicial, CostoPromedio, UltimoCosto, "
                            "CostoDolar, ExistenciaInicial, Existencia, Tipo, Status, Serializado, "
-                           "CodigoBarraAnt) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ") +
+                           "Fraccionable, CodigoBarraAnt) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ") +
                 now + QStringLiteral(", ") + now +
-                QStringLiteral(", ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, 0, 0, ?, ?, ?, ?)"),
+                QStringLiteral(", ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, 0, 0, ?, ?, ?, ?, ?)"),
             QVariantList{barcode, variantName, m.reference, m.brand, size, colour, m.category,
                          m.manufacturer, m.taxCode} +
                 modelFigures(m) + QVariantList{barcode}};
@@ -193,6 +197,31 @@ bool barcodeExists(const QSqlDatabase& db, const QString& barcode) {
                {barcode}) > 0;
 }
 
+std::optional<QString> variantBarcodeAt(const QSqlDatabase& db, const QString& reference,
+                                        const QString& brand, const QString& size,
+                                        const QString& colour) {
+    db::Sql q(db, QStringLiteral("SELECT CodigoBarra FROM INVENTARIO WHERE Referencia = ? AND "
+                                 "CodigoMarca = ? AND Talla = ? AND CodigoColor = ?"));
+    q.bind(reference).bind(brand).bind(size).bind(colour).exec();
+    if (!q.next())
+        return std::nullopt;
+    return q.text("CodigoBarra").trimmed();
+}
+
+bool changeBarcode(const QSqlDatabase& db, const QString& oldBarcode, const QString& newBarcode,
+                   const QString& reference, const QString& brand, const ArticleWriter& writer) {
+    if (barcodeExists(db, newBarcode))
+        throw UserError(QStringLiteral(" El Código: ") + newBarcode +
+                        QStringLiteral(" ya existe...!"));
+    const Statement st{
+        QStringLiteral("UPDATE INVENTARIO SET CodigoBarra = ? WHERE CodigoBarra = ?"),
+        {newBarcode, oldBarcode}};
+    if (run(db, st) == 0)
+        return false;
+    logWrite(db, newBarcode, reference, brand, st, writer);
+    return true;
+}
+
 std::optional<LoadedModel> loadModel(const QSqlDatabase& db, const QString& reference,
                                      const QString& brand) {
     db::Sql q(db, QStringLiteral("SELECT ") + kArticleColumns +
@@ -232,6 +261,7 @@ std::optional<LoadedModel> loadModel(const QSqlDatabase& db, const QString& refe
     m.type = q.integer("Tipo");
     m.status = q.integer("Status");
     m.serialized = q.integer("Serializado") == 1;
+    m.fractional = q.integer("Fraccionable") == 1;
 
     db::Sql g(db, QStringLiteral("SELECT I.Talla, I.CodigoColor, C.Nombre AS NombreColor, "
                                  "I.CodigoBarra FROM INVENTARIO I LEFT JOIN COLORES C ON "

@@ -33,6 +33,16 @@ bool barcodeInOtherReference(const QSqlDatabase& db, const QString& barcode,
                              const QString& reference);
 bool barcodeExists(const QSqlDatabase& db, const QString& barcode);
 
+// The barcode of the model's variant of this size and colour, if it has one.
+std::optional<QString> variantBarcodeAt(const QSqlDatabase& db, const QString& reference,
+                                        const QString& brand, const QString& size,
+                                        const QString& colour);
+// Gives the variant `oldBarcode` the barcode `newBarcode` and logs the statement; the documents
+// keep the barcode they were written with. " El Código: " + code + " ya existe...!" when an
+// article has the new one. False when no variant has the old barcode (nothing logged).
+bool changeBarcode(const QSqlDatabase& db, const QString& oldBarcode, const QString& newBarcode,
+                   const QString& reference, const QString& brand, const ArticleWriter& writer);
+
 // Readers.
 std::optional<LoadedModel> loadModel(const QSqlDatabase& db, const QString& reference,
                                      const QString& brand);

@@ -35,6 +35,7 @@ struct ArticleModel {
     int type = 0;   // 0 goods, 1 service
     int status = 1; // 1 active, 0 inactive
     bool serialized = false;
+    bool fractional = false; // sold by weight or measure (INVENTARIO.Fraccionable)
 };
 
 struct GridColour {

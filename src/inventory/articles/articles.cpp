@@ -135,6 +135,7 @@ void checkBarcodeCell(const QSqlDatabase& db, const ModelGrid& grid, int row, in
     const QString code = barcode.trimmed();
     if (code.isEmpty())
         return;
+    rules::checkBarcodeFormat(code);
     if (grid.find(code, row, column).first >= 0)
         throw UserError(QStringLiteral("El codigo ya existe en esta referencia...!"));
     db::Transaction tx(db);
@@ -161,6 +162,14 @@ void saveModel(const QSqlDatabase& db, const ArticleModel& model, const ModelGri
             if (store::barcodeInOtherReference(db, barcode, model.reference))
                 throw UserError(QStringLiteral("El codigo ya existe en otra referencia...!"));
             const GridColour& colour = grid.colours()[c];
+            // A new barcode typed over a variant's is that variant's new barcode, changed as
+            // frmCambiarCodigos changes it; a barcode the table has kept is not checked again.
+            const auto saved = store::variantBarcodeAt(db, model.reference, model.brand,
+                                                       grid.sizes()[r], colour.code);
+            if (saved != barcode && !store::barcodeExists(db, barcode))
+                rules::checkBarcodeFormat(barcode);
+            if (saved && *saved != barcode)
+                store::changeBarcode(db, *saved, barcode, model.reference, model.brand, writer);
             const QString name = rules::variantName(model.name, grid.sizes()[r], colour.name);
             store::Statement st = store::updateVariant(db, model, barcode, name);
             if (store::run(db, st) == 0) {

@@ -168,6 +168,11 @@ void ArticlesScreen::buildForm() {
     m_serialized = new QCheckBox(QStringLiteral("Serializado"), data);
     m_serialized->setObjectName(QStringLiteral("chkSerializado"));
     fl->addRow(QString(), m_serialized);
+    m_fractional = new QCheckBox(QStringLiteral("Se vende por peso o medida (cantidades con "
+                                                "decimales)"),
+                                 data);
+    m_fractional->setObjectName(QStringLiteral("chkFraccionable"));
+    fl->addRow(QString(), m_fractional);
     m_categories = new QTreeWidget(data);
     m_categories->setObjectName(QStringLiteral("tvwCategorias"));
     m_categories->setHeaderHidden(true);
@@ -267,10 +272,7 @@ void ArticlesScreen::buildForm() {
     m_gridView->setObjectName(QStringLiteral("SpreadArticulos"));
     m_gridView->setContextMenuPolicy(Qt::CustomContextMenu);
     connect(m_gridView, &QTableWidget::customContextMenuRequested, this, &ArticlesScreen::gridMenu);
-    connect(m_gridView, &QTableWidget::cellChanged, this, [this](int r, int c) {
-        if (!m_filling)
-            cellEdited(r, c);
-    });
+    connect(m_gridView, &QTableWidget::cellChanged, this, &ArticlesScreen::cellChanged);
     vl->addWidget(m_gridView);
     m_variants = new QLabel(variants);
     m_variants->setObjectName(QStringLiteral("lblVariaciones"));
@@ -424,7 +426,9 @@ void ArticlesScreen::showModel(const LoadedModel& lm) {
     m_status->button(m.status == 1 ? 1 : 0)->setChecked(true);
     m_promotion->button(m.promotion ? 1 : 0)->setChecked(true);
     m_serialized->setChecked(m.serialized);
+    m_fractional->setChecked(m.fractional);
     selectCategory(m.category);
+    m_typedCells.clear(); // edits of the model shown before
     m_grid = lm.grid;
     m_filling = false;
     rebuildGrid();
@@ -450,6 +454,8 @@ QString ArticlesScreen::selectedCategory() const {
 }
 
 void ArticlesScreen::rebuildGrid() {
+    // Cells typed before a size or colour moves the others are taken first.
+    checkTypedCellsShowingRefusals();
     m_filling = true;
     m_gridView->clear();
     m_gridView->setRowCount(m_grid.rowCount());
@@ -496,19 +502,43 @@ void ArticlesScreen::updateEditability() {
     m_browser->setEnabled(!editing);
 }
 
-void ArticlesScreen::cellEdited(int row, int column) {
-    QTableWidgetItem* item = m_gridView->item(row, column);
-    const QString code = item ? item->text().trimmed() : QString();
-    const bool ok = guarded(this, [&] {
-        checkBarcodeCell(m_db, m_grid, row, column, code, m_reference->text().trimmed());
-    });
-    m_grid.setBarcode(row, column, ok ? code : QString());
-    if (!ok && item) {
-        m_filling = true;
-        item->setText(QString());
-        m_filling = false;
+void ArticlesScreen::cellChanged(int row, int column) {
+    if (m_filling)
+        return;
+    m_typedCells.append({row, column});
+    if (m_typedCells.size() == 1)
+        QMetaObject::invokeMethod(this, &ArticlesScreen::checkTypedCellsShowingRefusals,
+                                  Qt::QueuedConnection);
+}
+
+void ArticlesScreen::checkTypedCells() {
+    while (!m_typedCells.isEmpty()) {
+        const auto [row, column] = m_typedCells.takeFirst();
+        if (row >= m_grid.rowCount() || column >= m_grid.columnCount())
+            continue; // the grid was rebuilt meanwhile
+        QTableWidgetItem* item = m_gridView->item(row, column);
+        const QString code = item ? item->text().trimmed() : QString();
+        try {
+            checkBarcodeCell(m_db, m_grid, row, column, code, m_reference->text().trimmed());
+        } catch (...) {
+            // The refused code leaves the cell; nothing else moves.
+            m_grid.setBarcode(row, column, QString());
+            if (item) {
+                m_filling = true;
+                item->setText(QString());
+                m_filling = false;
+            }
+            updateVariantLabel();
+            throw;
+        }
+        m_grid.setBarcode(row, column, code);
+        updateVariantLabel();
     }
-    updateVariantLabel();
+}
+
+void ArticlesScreen::checkTypedCellsShowingRefusals() {
+    while (!m_typedCells.isEmpty())
+        guarded(this, [this] { checkTypedCells(); });
 }
 
 void ArticlesScreen::sizeTicked(QListWidgetItem* item) {
@@ -661,12 +691,14 @@ ArticleModel ArticlesScreen::modelFromControls() const {
     m.type = m_type->checkedId() == 1 ? 1 : 0;
     m.status = m_status->checkedId() == 0 ? 0 : 1;
     m.serialized = m_serialized->isChecked();
+    m.fractional = m_fractional->isChecked();
     return m;
 }
 
 void ArticlesScreen::save() {
-    // A cell still being typed in counts.
+    // A cell still being typed in counts, checked before anything is saved.
     m_gridView->setCurrentIndex(QModelIndex());
+    checkTypedCells();
     const ArticleModel m = modelFromControls();
     saveModel(m_db, m, m_grid, mode() == Mode::Adding,
               ArticleWriter::here(m_userCode, objectName()));
@@ -698,6 +730,7 @@ void ArticlesScreen::print() {
 }
 
 void ArticlesScreen::clearModelForm() {
+    m_typedCells.clear();
     m_grid = ModelGrid();
     rebuildGrid();
 }

@@ -54,7 +54,13 @@ private:
     void rebuildGrid();
     void updateVariantLabel();
     void updateEditability();
-    void cellEdited(int row, int column);
+    // A cell typed in is checked once the view has finished its edit: a message box shown
+    // inside the edit's commit left the refused code in the cell, or moved it to another.
+    void cellChanged(int row, int column);
+    // Checks the cells typed since the last check; the first refusal clears its cell and is
+    // thrown.
+    void checkTypedCells();
+    void checkTypedCellsShowingRefusals();
     void sizeTicked(QListWidgetItem* item);
     void colourTicked(QListWidgetItem* item);
     void gridMenu(const QPoint& pos);
@@ -76,6 +82,7 @@ private:
     bool m_seeCosts = false;
     ModelGrid m_grid;
     bool m_filling = false;
+    QList<QPair<int, int>> m_typedCells; // typed, not checked yet
     int m_current = -1;
 
     grid::GridView* m_browser = nullptr;
@@ -106,6 +113,7 @@ private:
     QButtonGroup* m_status = nullptr;
     QButtonGroup* m_promotion = nullptr;
     QCheckBox* m_serialized = nullptr;
+    QCheckBox* m_fractional = nullptr;
     QListWidget* m_sizes = nullptr;
     QListWidget* m_colours = nullptr;
     QTableWidget* m_gridView = nullptr;

@@ -48,15 +48,9 @@ int changeBarcodes(const QSqlDatabase& db, const QString& brand, const QString& 
         const QString code = c.newBarcode.trimmed();
         if (code.isEmpty() || code == c.oldBarcode)
             continue;
-        if (store::barcodeExists(db, code))
-            throw exists(code);
-        const store::Statement st{
-            QStringLiteral("UPDATE INVENTARIO SET CodigoBarra = ? WHERE CodigoBarra = ?"),
-            {code, c.oldBarcode}};
-        if (store::run(db, st) == 0)
-            continue; // the old barcode is gone already: nothing to log
-        store::logWrite(db, code, reference.trimmed(), brand, st, writer);
-        ++changed;
+        // An old barcode that is gone already changes nothing.
+        if (store::changeBarcode(db, c.oldBarcode, code, reference.trimmed(), brand, writer))
+            ++changed;
     }
     tx.commit();
     return changed;

@@ -3,6 +3,7 @@
 #include "common/errors/errors.h"
 #include "exchange/json/json_reader.h"
 
+#include <QDateTime>
 #include <QEventLoop>
 #include <QJsonDocument>
 #include <QNetworkAccessManager>
@@ -10,6 +11,7 @@
 #include <QNetworkReply>
 #include <QNetworkRequest>
 #include <QTimer>
+#include <atomic>
 
 namespace orvo::pos::card {
 
@@ -21,6 +23,15 @@ const QString kApprovedCode = QStringLiteral("00");
 
 QString formatTerminalAmount(const Decimal& amount) {
     return amount.rounded(2).toString(2).remove(QLatin1Char(','));
+}
+
+QString newPaymentId(const QString& serie) {
+    // The time to the millisecond keeps ids apart across restarts; the counter within one.
+    static std::atomic<int> counter{0};
+    return QStringLiteral("%1-%2-%3")
+        .arg(serie.trimmed(),
+             QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyMMddhhmmsszzz")))
+        .arg(++counter % 1000, 3, 10, QLatin1Char('0'));
 }
 
 VPosPayment::VPosPayment(TerminalSettings settings, VoucherPrinter* printer)

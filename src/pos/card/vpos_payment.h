@@ -18,6 +18,10 @@ enum class CardKind { Debit, Credit };
 // The amount as the terminal takes it: two decimals, '.' as separator, no grouping.
 QString formatTerminalAmount(const Decimal& amount);
 
+// A payment id for the terminal of register `serie`, never given twice: the terminal refuses a
+// second payment under an id it already approved.
+QString newPaymentId(const QString& serie);
+
 // Client of the card terminal service of one register (HTTP + JSON, see docs/card-terminal.md).
 // Set the inputs, call one operation; it waits for the answer, keeps it, and prints the voucher
 // the terminal names. The operations return whether the terminal approved ("codRespuesta" "00").

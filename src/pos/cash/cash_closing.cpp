@@ -189,10 +189,12 @@ ClosingFigures checkClosing(const QSqlDatabase& db, const QString& serial, const
         throw UserError(QStringLiteral("Existen cheques pendientes por depositar. El cierre de "
                                        "caja no se efectuara ..."),
                         QStringLiteral("Cheques Pendientes por depositar"));
+    // Only an earlier day of another register holds this one back: registers open on the same
+    // day close each in turn.
     if (db::exists(db,
                    QStringLiteral("SELECT Serie FROM DIARIOCAJA WHERE Fecha < ? AND Serie <> ? "
                                   "AND COALESCE(Status, 0) <> 2"),
-                   {db::nextDayStart(day.fecha), serial}))
+                   {db::dayStart(day.fecha), serial}))
         throw UserError(QStringLiteral("Existen cajas pendientes por su cierre\nPor favor "
                                        "asegurarse de realizar el cierre en todas las cajas."),
                         QStringLiteral("Cajas sin cierre"));

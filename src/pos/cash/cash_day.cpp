@@ -67,11 +67,13 @@ std::optional<CashDay> dayOf(const QSqlDatabase& db, const QString& serial, cons
 
 void checkOpening(const QSqlDatabase& db, const QString& serial, const QDate& day) {
     const auto latest = latestDay(db, serial);
-    // A latest day with sales must be closed first; one without sales is only advised against
-    // (last), since deleting it is the way out.
+    const auto pending = [&] {
+        return QStringLiteral("La apertura de Fecha ") + dayText(latest->fecha) +
+               QStringLiteral(" tiene su cierre pendiente") + kEnd;
+    };
+    // A latest day with sales must be closed first.
     if (latest && latest->status == 1)
-        throw UserError(QStringLiteral("La apertura de Fecha ") + dayText(latest->fecha) +
-                        QStringLiteral(" tiene su cierre pendiente") + kEnd);
+        throw UserError(pending());
     const auto same = dayOf(db, serial, day);
     if (same && same->status == 2)
         throw UserError(QStringLiteral("La apertura de Fecha ") + dayText(day) +
@@ -84,8 +86,10 @@ void checkOpening(const QSqlDatabase& db, const QString& serial, const QDate& da
     if (same)
         throw UserError(QStringLiteral("Ya existe una apertura de Fecha ") + dayText(day) +
                         QStringLiteral("...! no procede una nueva apertura...!"));
+    // An earlier day opened without sales is still open too; deleting it is the way out.
     if (latest && latest->status == 0)
-        throw UserError(QStringLiteral("La apertura de Fecha ") + dayText(latest->fecha) +
+        throw UserError(pending() + QLatin1Char('\n') + QStringLiteral("La apertura de Fecha ") +
+                        dayText(latest->fecha) +
                         QStringLiteral(" no tiene facturación...! Se recomienda eliminar dicha "
                                        "apertura...!"));
 }

@@ -40,8 +40,9 @@ std::optional<CashDay> latestDay(const QSqlDatabase& db, const QString& serial);
 std::optional<CashDay> dayOf(const QSqlDatabase& db, const QString& serial, const QDate& day);
 
 // The refusals of an opening for `day`, in order (UserError, title "Información"): latest day
-// with sales not closed, day already closed, day before the latest, day already opened, latest
-// day opened without sales (advised to delete it). Writes nothing.
+// with sales not closed, day already closed, day before the latest, day already opened, an
+// earlier day opened without sales (not closed either, and advised to be deleted). Writes
+// nothing.
 void checkOpening(const QSqlDatabase& db, const QString& serial, const QDate& day);
 
 // What the opening reads from the printer, on the printer's thread.

@@ -5,6 +5,7 @@
 #include "common/dialogs/field_chain.h"
 #include "pos/cash/cash_widgets.h"
 
+#include "common/db/sql.h"
 #include "common/dialogs/dialogs.h"
 #include "pos/cash/cash_day.h"
 #include "pos/fiscal/fiscal_printer_thread.h"
@@ -114,7 +115,18 @@ void OpeningScreen::openDay() {
         checkOpening(m_db, r.serial, r.day);
         runDueReconversion(m_db);
     });
-    if (!checked) {
+    // A day after today is most likely a mistyped date: asked first.
+    const QDate today = db::serverNow(m_db).date();
+    const bool confirmed =
+        checked &&
+        (r.day <= today ||
+         dialogs().question(this,
+                            QStringLiteral("La fecha de apertura %1 es posterior a la fecha de hoy "
+                                           "%2. ¿Desea aperturar la caja con esa fecha?")
+                                .arg(r.day.toString(QStringLiteral("dd/MM/yyyy")),
+                                     today.toString(QStringLiteral("dd/MM/yyyy"))),
+                            QStringLiteral("Apertura de caja")));
+    if (!confirmed) {
         emit openingFinished(false);
         return;
     }

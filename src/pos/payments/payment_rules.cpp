@@ -55,16 +55,93 @@ void checkRowsComplete(const QList<PaymentRow>& rows) {
     }
 }
 
-void checkCoversInvoice(const Decimal& paid, const Decimal& invoiceTotal, bool allowChange) {
-    const Decimal difference = paid.rounded(2) - invoiceTotal.rounded(2);
-    if (difference > Decimal() && !allowChange)
-        throw UserError(QStringLiteral("El monto abonado excede a el valor de la factura.... "
-                                       "corrija el valor suprimiendo ó reeditando la fila con el "
-                                       "error"));
+QList<PaymentRow> approvedAtTerminal(const QList<PaymentRow>& rows) {
+    QList<PaymentRow> out;
+    for (const PaymentRow& r : rows)
+        if (r.isApprovedAtTerminal())
+            out << r;
+    return out;
+}
+
+namespace {
+
+const Decimal kCent = Decimal::fromScaled(1, 2);
+
+// What the rows other than cash pay, and the first of them that takes it over the invoice.
+struct NonCash {
+    Decimal counted;
+    const PaymentRow* over = nullptr;
+    bool dollarsOnly = true; // every row that passes the invoice is in dollars
+};
+
+NonCash nonCash(const QList<PaymentRow>& rows, const Decimal& rate, const Decimal& invoiceTotal) {
+    NonCash n;
+    for (const PaymentRow& r : rows) {
+        if (r.isEmpty() || r.way == kCash)
+            continue;
+        n.counted += countedAmount(r, rate);
+        if (n.counted.rounded(2) > invoiceTotal.rounded(2)) {
+            if (!n.over)
+                n.over = &r;
+            n.dollarsOnly = n.dollarsOnly && r.way == kCashDollar;
+        }
+    }
+    return n;
+}
+
+// A dollar row rounded up to its cent passes the balance by less than that cent is worth.
+bool withinDollarRounding(const NonCash& n, const Decimal& rate, const Decimal& invoiceTotal) {
+    return n.over && n.dollarsOnly && n.counted - invoiceTotal < kCent * rate;
+}
+
+} // namespace
+
+void checkCoversInvoice(const QList<PaymentRow>& rows, const Decimal& rate,
+                        const Decimal& invoiceTotal, bool allowChange) {
+    const Decimal difference = totalPaid(rows, rate).rounded(2) - invoiceTotal.rounded(2);
     if (difference < Decimal())
         throw UserError(QStringLiteral("El monto abonado es inferior a el valor de la factura.... "
                                        "corrija el valor suprimiendo ó reeditando la fila con el "
                                        "error o completando su forma de pago"));
+    if (difference.isZero())
+        return;
+    const NonCash n = nonCash(rows, rate, invoiceTotal);
+    if (withinDollarRounding(n, rate, invoiceTotal) && changeDue(rows, rate, invoiceTotal).isZero())
+        return;
+    if (!allowChange)
+        throw UserError(QStringLiteral("El monto abonado excede a el valor de la factura.... "
+                                       "corrija el valor suprimiendo ó reeditando la fila con el "
+                                       "error"));
+    if (n.over && !withinDollarRounding(n, rate, invoiceTotal))
+        throw UserError(QStringLiteral("Solo el pago en EFECTIVO da cambio: el monto en %1 "
+                                       "excede el saldo de la factura. Corrija el monto de esa "
+                                       "fila...!")
+                            .arg(n.over->way));
+}
+
+Decimal changeDue(const QList<PaymentRow>& rows, const Decimal& rate, const Decimal& invoiceTotal) {
+    Decimal cash;
+    for (const PaymentRow& r : rows)
+        if (r.way == kCash)
+            cash += r.amount.value_or(Decimal());
+    const Decimal otherwise = nonCash(rows, rate, invoiceTotal).counted;
+    const Decimal dueInCash = std::max(Decimal(), invoiceTotal - otherwise);
+    return std::max(Decimal(), (cash - dueInCash).rounded(2));
+}
+
+std::optional<Decimal> proposedAmount(const QString& way, const Decimal& balance,
+                                      const Decimal& rate) {
+    if (balance <= Decimal() || way.isEmpty())
+        return std::nullopt;
+    if (way != kCashDollar)
+        return balance.rounded(2);
+    if (rate <= Decimal())
+        return std::nullopt;
+    const Decimal dollars = balance / rate;
+    Decimal cents = dollars.truncated(2);
+    if (cents < dollars)
+        cents += kCent;
+    return cents;
 }
 
 std::optional<Decimal> parseTypedAmount(const QString& text) {
@@ -78,6 +155,13 @@ std::optional<Decimal> parseTypedAmount(const QString& text) {
 
 QString formatAmount(const Decimal& amount) {
     return amount.toLocaleString(QLocale(QLocale::Spanish, QLocale::Venezuela), 2);
+}
+
+QString formatQuantity(const Decimal& quantity) {
+    // No grouping: "1.250" would read back as one and a quarter.
+    QString text = quantity.rounded(3).toString();
+    text.replace(QLatin1Char('.'), QLatin1Char(','));
+    return text;
 }
 
 QStringList paymentWayNames(const QSqlDatabase& db, bool cashAllowed) {

@@ -31,11 +31,18 @@ struct PaymentRow {
     QString bank;                  // BANCOS.Nombre
     QString pointOfSale;           // CTABANCOS.Nombre of a PuntoVenta account
     TerminalState terminal = TerminalState::None;
-    QString merchantJson; // the terminal's answer, for PAGOSVENTA.JSON_Merchant
+    QString merchantJson;  // the terminal's answer, for PAGOSVENTA.JSON_Merchant
+    QString idPayment;     // what the terminal knows the payment by
+    QString authorisation; // the terminal's authorisation number, to void it
 
     bool isCard() const { return way == kDebitCard || way == kCreditCard; }
     bool isEmpty() const { return way.isEmpty(); }
+    // Charged at the card terminal: the row is the terminal's until it is used or voided.
+    bool isApprovedAtTerminal() const { return terminal == TerminalState::Approved; }
 };
+
+// The approved terminal payments among `rows`.
+QList<PaymentRow> approvedAtTerminal(const QList<PaymentRow>& rows);
 
 // What a row counts toward the invoice: dollars at the day's rate, anything else as it is.
 Decimal countedAmount(const PaymentRow& row, const Decimal& exchangeRate);
@@ -44,14 +51,26 @@ Decimal totalPaid(const QList<PaymentRow>& rows, const Decimal& exchangeRate);
 // Throws UserError for the first row, in order, that lacks a cell its way needs. Empty rows
 // (no way chosen) are left out.
 void checkRowsComplete(const QList<PaymentRow>& rows);
-// Throws UserError unless the paid amount covers the invoice exactly, or exceeds it where change
-// may be given.
-void checkCoversInvoice(const Decimal& paid, const Decimal& invoiceTotal, bool allowChange);
+// Throws UserError unless the rows cover the invoice exactly, or exceed it where change may be
+// given. Only cash (EFECTIVO) gives change: a card, cheque, deposit or dollar row that takes the
+// payment over the invoice is refused and named. A dollar row may pass the balance by less than
+// one cent of a dollar, its own rounding.
+void checkCoversInvoice(const QList<PaymentRow>& rows, const Decimal& exchangeRate,
+                        const Decimal& invoiceTotal, bool allowChange);
+// The change handed back: what the rows pay over the invoice, out of the cash rows only.
+Decimal changeDue(const QList<PaymentRow>& rows, const Decimal& exchangeRate,
+                  const Decimal& invoiceTotal);
+// What a way proposes when it is chosen: the balance, for EFECTIVO DOLAR in dollars rounded up to
+// the cent so that it covers; nothing when nothing is due.
+std::optional<Decimal> proposedAmount(const QString& way, const Decimal& balance,
+                                      const Decimal& exchangeRate);
 
 // An amount as the cashier types it: "1234.5", "1234,50", "1.234,50".
 std::optional<Decimal> parseTypedAmount(const QString& text);
 // "###,###,###,##0.00" with this country's separators: "1.234,50".
 QString formatAmount(const Decimal& amount);
+// A quantity as the till shows and reads it back: "6", "1,25", "1250" (never grouped).
+QString formatQuantity(const Decimal& quantity);
 
 // The lists offered in the grid's cells.
 QStringList paymentWayNames(const QSqlDatabase& db, bool cashAllowed);

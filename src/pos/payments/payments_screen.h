@@ -21,15 +21,21 @@ namespace orvo::pos::payments {
 struct PaymentsScreenInput {
     Decimal invoiceTotal;
     Decimal exchangeRate;     // the day's rate, for EFECTIVO DOLAR
-    bool allowChange = false; // a cash sale may pay more and take change
+    bool allowChange = false; // a cash sale may pay more in cash and take change
     bool cashAllowed = true;
     QString currencySymbol;
-    QString serie; // this register, for its card terminal
+    QString serie;          // this register, for its card terminal
+    QList<PaymentRow> rows; // shown again: the sale's payments, or its kept terminal payments
 };
 
+class PaymentGrid;
+
 // frmPagosVenta: how the client pays the invoice being keyed, one grid row per payment. Card
-// payments through the terminal are made and voided from here. Accepted when the rows are
-// complete and cover the invoice; the sale then takes rows() and amountPaid().
+// payments through the terminal are made and voided from here. Keyboard first: choosing a way
+// proposes the balance, Enter moves along the row and on to the next one, and at the end of a row
+// that leaves nothing to pay it accepts; F10 accepts, Escape leaves. Accepted when the rows are
+// complete and cover the invoice; the sale then takes rows() and amountPaid(). Left without
+// accepting, rows() still holds the payments charged at the terminal: the sale keeps them.
 class PaymentsScreen : public QDialog {
     Q_OBJECT
 public:
@@ -51,16 +57,29 @@ public:
 
     QList<PaymentRow> rows() const; // the rows with a payment way
     Decimal amountPaid() const;
-    QTableWidget* grid() const { return m_grid; }
+    Decimal balance() const; // invoice total − paid
+    QTableWidget* grid() const;
 
     void accept() override;
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
 
 private:
     PaymentRow rowAt(int row) const;
     int addEmptyRow();
+    void fillRow(int row, const PaymentRow& payment);
     void onCellChanged(int row, int column);
+    void proposeFor(int row);
     void refreshTotals();
+    // Enter on (or committing) a cell: on to the next cell the row's way needs.
+    void enterPressed(int row, int column);
+    QList<int> cellsOf(const PaymentRow& row) const;
+    void editCell(int row, int column);
+    int emptyRow();
+    bool paysAtTerminal(const PaymentRow& row) const;
     void runAction(QPushButton* button);
+    void runActionAt(int row);
     void payThroughTerminal(int row);
     bool voidTerminalPayment(int row);
     void deleteCurrentRow();
@@ -74,8 +93,8 @@ private:
     QSqlDatabase m_db;
     PaymentsScreenInput m_input;
     card::VoucherPrinter* m_voucherPrinter;
-    QString m_terminalAccount;
-    QTableWidget* m_grid;
+    QString m_terminalAccount; // empty when the register cannot pay through a terminal
+    PaymentGrid* m_grid;
     QLabel* m_total;
     QLabel* m_paid;
     QLabel* m_balance;

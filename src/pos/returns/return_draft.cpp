@@ -60,6 +60,11 @@ void ReturnDraft::removeLine(int index) {
 void ReturnDraft::checkQuantity(const InvoiceLine& line, const Decimal& quantity) const {
     if (quantity <= Decimal())
         throw UserError(QStringLiteral("La cantidad debe ser mayor que cero...!"));
+    // A part of a unit comes back only of what was sold by weight or measure.
+    if (!line.fraccionable && quantity != quantity.truncated(0) && quantity != line.remaining())
+        throw UserError(QStringLiteral("El artículo %1 se vende por unidades: la cantidad no "
+                                       "puede llevar decimales...!")
+                            .arg(line.nombre));
     if (quantity > line.remaining())
         throw UserError(QStringLiteral("La cantidad a devolver no puede ser mayor a %1...!")
                             .arg(line.remaining().toString()));

@@ -6,6 +6,7 @@
 #include "pos/register/day_state.h"
 #include "pos/returns/exchange_screen.h"
 #include "pos/returns/returns.h"
+#include "pos/sale/till_widgets.h"
 #include "shell/screens/screen_registry.h"
 #include "shell/startup/app_state.h"
 #include "shell/startup/user_settings.h"
@@ -13,6 +14,7 @@
 #include <QCheckBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -40,17 +42,16 @@ void ReturnScreen::buildUi() {
     m_grid->setHorizontalHeaderLabels({QStringLiteral("Código"), QStringLiteral("Descripción"),
                                        QStringLiteral("Cantidad"), QStringLiteral("CantidadMax"),
                                        QStringLiteral("Precio"), QStringLiteral("Total")});
-    m_grid->setSelectionBehavior(QAbstractItemView::SelectRows);
-    m_grid->setSelectionMode(QAbstractItemView::SingleSelection);
-    m_grid->horizontalHeader()->setSectionResizeMode(1, QHeaderView::Stretch);
-    m_total = new QLabel(this);
-    m_total->setObjectName(QStringLiteral("lblTotal"));
+    layOutGrid(m_grid, 1);
+    m_total = sale::bigLabel(this, "lblTotal");
+    m_total->setWordWrap(false);
     m_contingency = new QCheckBox(QStringLiteral("Contingencia"), this);
     m_contingency->setObjectName(QStringLiteral("chkContingencia"));
     m_contingency->setVisible(registers::contingencyAllowed(m_db, m_ctx.serial));
     m_all = wholeInvoiceButton();
     m_delete = button("cmdEliminar", QStringLiteral("Eliminar"));
-    m_accept = button("cmdAceptar", QStringLiteral("Aceptar"));
+    m_accept = actionButton("cmdAceptar", QStringLiteral("F10 Aceptar"), Qt::Key_F10,
+                            [this] { accept(); });
     auto* cancel = cancelButton();
 
     auto* buttons = new QHBoxLayout;
@@ -62,12 +63,13 @@ void ReturnScreen::buildUi() {
     buttons->addWidget(cancel);
     auto* layout = new QVBoxLayout(this);
     addInvoiceRows(layout, QStringLiteral("Artículo:"), m_all);
-    layout->addWidget(m_grid);
+    layout->addWidget(new QLabel(QStringLiteral("Artículos que devuelve:"), this));
+    layout->addWidget(m_grid, 1);
     layout->addLayout(buttons);
+    layout->addWidget(m_lastDocument);
 
     connect(m_delete, &QPushButton::clicked, this,
             [this] { guarded(this, [this] { deleteLine(); }); });
-    connect(m_accept, &QPushButton::clicked, this, [this] { guarded(this, [this] { accept(); }); });
 }
 
 void ReturnScreen::clearAll() {
@@ -105,17 +107,22 @@ void ReturnScreen::refresh() {
         const ReturnLine& l = lines.at(i);
         m_grid->setItem(i, 0, cell(l.source.codigoBarra));
         m_grid->setItem(i, 1, cell(l.source.nombre));
-        m_grid->setItem(i, 2, cell(l.cantidad.toString(), true));
-        m_grid->setItem(i, 3, cell(l.source.remaining().toString(), true));
-        m_grid->setItem(i, 4, cell(payments::formatAmount(l.source.precioLista), true));
-        m_grid->setItem(
-            i, 5,
-            cell(payments::formatAmount((l.source.precioLista * l.cantidad).rounded(2)), true));
+        m_grid->setItem(i, 2, cell(payments::formatQuantity(l.cantidad), true));
+        m_grid->setItem(i, 3, cell(payments::formatQuantity(l.source.remaining()), true));
+        // With its tax, as the client paid it.
+        const Decimal unit = l.source.precioLista + l.source.impuesto;
+        m_grid->setItem(i, 4, cell(payments::formatAmount(unit), true));
+        m_grid->setItem(i, 5, cell(payments::formatAmount((unit * l.cantidad).rounded(2)), true));
     }
-    m_total->setText(QStringLiteral("Total: ") + payments::formatAmount(m_draft.totals().total()));
+    refreshInvoiceLines();
+    m_total->setText(QStringLiteral("Total a devolver: ") +
+                     payments::formatAmount(m_draft.totals().total()));
 }
 
 void ReturnScreen::accept() {
+    if (m_busy)
+        return;
+    sale::BusyGuard busy(m_busy, {m_accept, m_delete, m_all});
     m_draft.setContingency(m_contingency->isVisible() && m_contingency->isChecked());
     // A credit note whose print failed goes out before the next one. A contingency return is
     // made because the printer is down, so it does not wait for them.
@@ -133,7 +140,17 @@ void ReturnScreen::accept() {
         dialogs().warning(this, printed.error);
     if (!saved.reminder.isEmpty())
         dialogs().information(this, saved.reminder);
+    const long long invoice = m_draft.invoice().number;
+    const bool credit = m_draft.invoice().tipoVenta == kCreditSale;
     clearAll();
+    // What the client gets back stays in sight.
+    m_lastDocument->setText(QStringLiteral("Devolución Nº %1 de la factura %2 - %3: %4%5")
+                                .arg(saved.number)
+                                .arg(invoice)
+                                .arg(credit ? QStringLiteral("abono a la cuenta por cobrar")
+                                            : QStringLiteral("devolver al cliente"),
+                                     m_ctx.simboloMoneda,
+                                     payments::formatAmount(saved.totals.total())));
 }
 
 void registerReturnScreens() {

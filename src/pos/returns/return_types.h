@@ -27,6 +27,7 @@ struct InvoiceLine {
     Decimal porcentajeDescuento;
     Decimal cantidad;
     Decimal cantidadDevuelta;
+    bool fraccionable = false; // the article sells by weight or measure
     // CantidadMax: what may still come back.
     Decimal remaining() const { return cantidad - cantidadDevuelta; }
 };

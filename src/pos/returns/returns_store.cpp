@@ -2,6 +2,7 @@
 
 #include "common/db/sql.h"
 #include "common/db/transaction.h"
+#include "pos/returns/return_draft.h"
 #include "pos/sale/line_insert.h"
 
 namespace orvo::pos::returns::store {
@@ -26,13 +27,14 @@ std::optional<ReturnableInvoice> loadInvoice(const QSqlDatabase& db, long long n
     inv.tipoCliente = h.text(QStringLiteral("TipoCliente")).trimmed();
     inv.tipoVenta = h.integer(QStringLiteral("TipoVenta"));
 
-    db::Sql l(db, QStringLiteral("SELECT M.Item, M.CodigoBarra, I.Nombre, I.Referencia, "
-                                 "I.CodigoMarca, I.Talla, I.CodigoColor, M.TipoLista, M.Precio, "
-                                 "M.PrecioLista, M.Costo, M.Impuesto, M.PorcentajeImpuesto, "
-                                 "M.PorcentajeDescuento, M.Cantidad, M.CantidadDevuelta "
-                                 "FROM MOVVENTAS M LEFT JOIN INVENTARIO I ON I.CodigoBarra = "
-                                 "M.CodigoBarra WHERE M.NumeroFactura = ? AND M.Serie = ? "
-                                 "ORDER BY M.Item"));
+    db::Sql l(db, QStringLiteral(
+                      "SELECT M.Item, M.CodigoBarra, I.Nombre, I.Referencia, "
+                      "I.CodigoMarca, I.Talla, I.CodigoColor, M.TipoLista, M.Precio, "
+                      "M.PrecioLista, M.Costo, M.Impuesto, M.PorcentajeImpuesto, "
+                      "M.PorcentajeDescuento, M.Cantidad, M.CantidadDevuelta, "
+                      "I.Fraccionable FROM MOVVENTAS M LEFT JOIN INVENTARIO I ON I.CodigoBarra = "
+                      "M.CodigoBarra WHERE M.NumeroFactura = ? AND M.Serie = ? "
+                      "ORDER BY M.Item"));
     l.bind(number).bind(serie).exec();
     while (l.next()) {
         InvoiceLine x;
@@ -52,6 +54,7 @@ std::optional<ReturnableInvoice> loadInvoice(const QSqlDatabase& db, long long n
         x.porcentajeDescuento = l.decimal(QStringLiteral("PorcentajeDescuento"));
         x.cantidad = l.decimal(QStringLiteral("Cantidad"));
         x.cantidadDevuelta = l.decimal(QStringLiteral("CantidadDevuelta"));
+        x.fraccionable = l.integer(QStringLiteral("Fraccionable")) == 1;
         inv.lines << x;
     }
     return inv;
@@ -89,8 +92,8 @@ void addLine(const QSqlDatabase& db, long long number, const QString& serie, con
         .bind(serie)
         .bind(s.codigoBarra)
         .bind(s.tipoLista)
-        .bind(s.precio, 2)
-        .bind(s.precioLista, 2)
+        .bind(s.precio, 4)
+        .bind(s.precioLista, 4)
         .bind(s.porcentajeDescuento, 4)
         .exec();
     if (merge.rowsAffected() > 0)
@@ -173,17 +176,7 @@ ReturnTotals writeTotals(const QSqlDatabase& db, long long number, const QString
         r.cantidad = q.decimal(QStringLiteral("Cantidad"));
         lines << r;
     }
-    ReturnTotals t;
-    for (const ReturnLine& r : lines) {
-        t.merchandise += r.source.precio * r.cantidad;
-        t.discount += (r.source.precio - r.source.precioLista) * r.cantidad;
-        t.tax += r.source.impuesto * r.cantidad;
-        t.cost += r.source.costo * r.cantidad;
-    }
-    t.merchandise = t.merchandise.rounded(2);
-    t.discount = t.discount.rounded(2);
-    t.tax = t.tax.rounded(2);
-    t.cost = t.cost.rounded(2);
+    const ReturnTotals t = totalsOf(lines);
     db::Sql(db, QStringLiteral("UPDATE DEVVENTAS SET TotalMercancia = ?, TotalDescuento = ?, "
                                "TotalImpuesto = ?, TotalCosto = ? WHERE NumeroDevolucion = ? AND "
                                "Serie = ?"))

@@ -12,6 +12,12 @@ Decimal cents(const Decimal& d) {
     return d.rounded(2);
 }
 
+// Unit prices keep the article's four decimals: a tax-included 9,97 at 16 % is 8,5948 before tax
+// and sells (and prints) as 9,97, where 8,59 would give 9,96.
+Decimal unitPrice(const Decimal& d) {
+    return d.rounded(4);
+}
+
 // The unit price of a letter before any discount, and the price charged by the list itself
 // (only a promotion charges less than it asks).
 struct ListPrice {
@@ -22,23 +28,23 @@ struct ListPrice {
 ListPrice listPrice(const ArticlePrices& a, char letter, const PricingContext& ctx) {
     switch (letter) {
     case kPromotion: {
-        const Decimal retail = cents(a.precioDetal);
-        const Decimal promo = cents(a.precioPromocion);
+        const Decimal retail = unitPrice(a.precioDetal);
+        const Decimal promo = unitPrice(a.precioPromocion);
         // The promotion travels as a discount per unit on the retail price.
         if (promo > Decimal() && promo < retail)
             return {retail, promo};
         return {retail, retail};
     }
     case kWholesale:
-        return {cents(a.precioMayor), cents(a.precioMayor)};
+        return {unitPrice(a.precioMayor), unitPrice(a.precioMayor)};
     case kAffiliate:
-        return {cents(a.precioAfiliado), cents(a.precioAfiliado)};
+        return {unitPrice(a.precioAfiliado), unitPrice(a.precioAfiliado)};
     case kSpecial: {
         const Decimal p = specialPrice(a.costoPromedio, ctx.clientMargin);
         return {p, p};
     }
     default:
-        return {cents(a.precioDetal), cents(a.precioDetal)};
+        return {unitPrice(a.precioDetal), unitPrice(a.precioDetal)};
     }
 }
 
@@ -140,7 +146,8 @@ SaleLine priceLine(const ArticlePrices& article, char letter, const Decimal& qua
     if (article.costoPromedio.isZero())
         throw UserError(QStringLiteral("No se puede vender el artículo con costo cero...!"));
     const ListPrice p = listPrice(article, letter, ctx);
-    if (p.precio.isZero() || p.precioLista.isZero())
+    // A price below half a cent charges nothing.
+    if (cents(p.precio).isZero() || cents(p.precioLista).isZero())
         throw UserError(QStringLiteral("No se puede vender el artículo con precio cero...!"));
 
     SaleLine line;
@@ -164,7 +171,9 @@ SaleLine priceLine(const ArticlePrices& article, char letter, const Decimal& qua
 
 SaleLine priceNewLine(const ArticlePrices& article, const Decimal& quantity,
                       const PricingContext& ctx) {
-    const char letter = lineLetter(registerLetter(ctx.registerListType), article, ctx);
+    // Every new line starts on the retail list, whatever the register; a wholesale price comes
+    // from the client's type or from switching the line's list.
+    const char letter = lineLetter(kRetail, article, ctx);
     return priceLine(article, letter, quantity, ctx);
 }
 
@@ -172,11 +181,11 @@ void applyDiscount(SaleLine& line, const Decimal& percent, bool exempt) {
     // A promotion line is discounted from its promotion price.
     Decimal base = line.precio;
     if (line.tipoLista == kPromotion) {
-        const Decimal promo = cents(line.article.precioPromocion);
+        const Decimal promo = unitPrice(line.article.precioPromocion);
         if (promo > Decimal() && promo < line.precio)
             base = promo;
     }
-    line.precioLista = cents(base - base * percent / kHundred);
+    line.precioLista = unitPrice(base - base * percent / kHundred);
     line.porcentajeDescuento =
         line.precio.isZero()
             ? Decimal()

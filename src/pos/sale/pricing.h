@@ -38,7 +38,7 @@ void checkClientAllowed(int registerListType, const SaleClient& client);
 // Whether the article's promotion holds on `day` (both boundary days included).
 bool promotionActive(const ArticlePrices& article, const QDate& day);
 
-// The list letter of a line that had `current` (a new line starts with the register's list):
+// The list letter of a line that had `current` (a new line starts with "D"):
 // "P" while the promotion holds; back from "P" to the register's list when it does not; then the
 // client type overrides (2 "A", 3 "E", 4 "M").
 char lineLetter(char current, const ArticlePrices& article, const PricingContext& ctx);

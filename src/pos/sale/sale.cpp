@@ -74,6 +74,18 @@ QList<ArticlePrices> lookupArticles(const QSqlDatabase& db, const QString& text)
     return found;
 }
 
+std::pair<Decimal, QString> splitQuantity(const QString& typed, const Decimal& otherwise) {
+    const QString text = typed.trimmed();
+    const qsizetype star = text.indexOf(QLatin1Char('*'));
+    if (star < 0)
+        return {otherwise, text};
+    const auto quantity = payments::parseTypedAmount(text.left(star));
+    if (!quantity)
+        throw UserError(QStringLiteral("La cantidad debe ser un número: %1*código...!")
+                            .arg(text.left(star).trimmed()));
+    return {*quantity, text.mid(star + 1).trimmed()};
+}
+
 const SaleLine& addArticle(SaleDraft& draft, const ArticlePrices& article,
                            const Decimal& quantity) {
     return draft.addArticle(article, quantity);
@@ -141,6 +153,7 @@ void changeLinePrice(const QSqlDatabase& db, const shell::SessionContext& ctx, S
 
 void cancelSale(const QSqlDatabase& db, const shell::SessionContext& ctx, SaleDraft& draft,
                 const QString& authorisedBy) {
+    draft.checkNoTerminalPayments();
     if (!draft.isEmpty()) {
         db::Transaction tx(db);
         const auto c = deletedContext(db, ctx, draft, authorisedBy);
@@ -154,6 +167,7 @@ void cancelSale(const QSqlDatabase& db, const shell::SessionContext& ctx, SaleDr
 long long parkSale(const QSqlDatabase& db, const shell::SessionContext& ctx, SaleDraft& draft) {
     if (draft.isEmpty())
         throw UserError(QStringLiteral("Debe especificar al menos un artículo...!"));
+    draft.checkNoTerminalPayments(); // parked sales keep no payments
     db::Transaction tx(db);
     store::ParkedHeader h;
     h.numero = store::nextParkedNumber(db);
@@ -169,6 +183,7 @@ long long parkSale(const QSqlDatabase& db, const shell::SessionContext& ctx, Sal
     store::insertParked(db, h);
     for (int i = 0; i < draft.lines().size(); ++i)
         store::insertParkedLine(db, h.numero, h.serie, i + 1, h.fecha, draft.lines().at(i));
+    store::writeParkedTotals(db, h.numero, h.serie, draft.totals());
     tx.commit();
     draft.clear();
     return h.numero;
@@ -198,6 +213,7 @@ QList<ParkedSale> parkedSales(const QSqlDatabase& db, const QString& serie) {
 
 void takeBackParked(const QSqlDatabase& db, const shell::SessionContext& ctx, long long numero,
                     SaleDraft& draft) {
+    draft.checkNoTerminalPayments();
     const auto h = store::parkedHeader(db, numero, ctx.serial);
     if (!h)
         return;
@@ -223,11 +239,15 @@ void takeBackParked(const QSqlDatabase& db, const shell::SessionContext& ctx, lo
     tx.commit();
 }
 
+QDate dispatchOrdersSince(const QSqlDatabase& db, const shell::SessionContext& ctx) {
+    if (ctx.diasFacturarOrdenDespacho > 0)
+        return serverToday(db).addDays(-ctx.diasFacturarOrdenDespacho);
+    return QDate(1900, 1, 1);
+}
+
 QList<DispatchOrderSummary> openDispatchOrders(const QSqlDatabase& db,
                                                const shell::SessionContext& ctx) {
-    QDate since;
-    if (ctx.diasFacturarOrdenDespacho > 0)
-        since = serverToday(db).addDays(-ctx.diasFacturarOrdenDespacho);
+    const QDate since = dispatchOrdersSince(db, ctx);
     QList<DispatchOrderSummary> out;
     for (const auto& o : store::openDispatchOrders(db, since))
         out << DispatchOrderSummary{o.numero,         o.cliente,     o.fecha,
@@ -237,6 +257,7 @@ QList<DispatchOrderSummary> openDispatchOrders(const QSqlDatabase& db,
 
 void loadDispatchOrder(const QSqlDatabase& db, const shell::SessionContext& ctx, long long numero,
                        SaleDraft& draft) {
+    draft.checkNoTerminalPayments();
     const auto o = store::dispatchOrder(db, numero);
     if (!o)
         return;
@@ -279,6 +300,7 @@ AcceptResult acceptSale(const QSqlDatabase& db, const shell::SessionContext& ctx
     const SaleTotals totals = draft.totals();
     AcceptResult result;
     result.total = totals.total;
+    result.paid = draft.mode() == PaymentMode::Credit ? totals.total : draft.amountPaid();
     result.change = draft.change();
     if (fiscal && !forcedZDone &&
         registers::exceedsDailyMaximum(db, ctx.serial, today, totals.total)) {
@@ -406,7 +428,7 @@ PrintResult printSavedDocument(const QSqlDatabase& db, const shell::SessionConte
 
 PrintResult printSale(const QSqlDatabase& db, const shell::SessionContext& ctx, long long number,
                       bool contingency, SalePrinter* printer, const PaperPrinter& paper,
-                      const Decimal& change) {
+                      const Decimal& change, const std::optional<CustomerDisplay>& display) {
     SavedDocumentPrint document;
     document.failurePrefix = QStringLiteral("La factura %1").arg(number);
     document.fiscalDocument = [&] {
@@ -420,9 +442,13 @@ PrintResult printSale(const QSqlDatabase& db, const shell::SessionContext& ctx, 
     if (!r.ok())
         return r;
     if (r.fiscalPrinted) {
-        const Decimal total = store::invoiceTotal(db, ctx.serial, number);
-        printer->display(displayLine(QStringLiteral("Total: "), ctx.simboloMoneda, total),
-                         displayLine(QStringLiteral("Cambio: "), ctx.simboloMoneda, change));
+        if (display) {
+            printer->display(display->upper, display->lower);
+        } else {
+            const Decimal total = store::invoiceTotal(db, ctx.serial, number);
+            printer->display(displayLine(QStringLiteral("Total: "), ctx.simboloMoneda, total),
+                             displayLine(QStringLiteral("Cambio: "), ctx.simboloMoneda, change));
+        }
     }
     return r;
 }

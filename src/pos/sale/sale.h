@@ -21,6 +21,11 @@ long long nextInvoiceNumberPreview(const QSqlDatabase& db, const shell::SessionC
 // Looks the typed text up (barcode, or the start of reference+brand+size+colour) and returns the
 // candidates with their model's highest prices.
 QList<ArticlePrices> lookupArticles(const QSqlDatabase& db, const QString& text);
+// Reads what the cashier typed in the article field: "6*7591234000018" (or "1,5*..." for goods
+// sold by weight) is the quantity before the '*' and the code after it; a text without '*' is the
+// code, of `otherwise` units. Throws UserError for a quantity that is not a number.
+std::pair<Decimal, QString> splitQuantity(const QString& typed, const Decimal& otherwise);
+
 // Adds an article found by lookupArticles.
 const SaleLine& addArticle(SaleDraft& draft, const ArticlePrices& article,
                            const Decimal& quantity = Decimal(1));
@@ -85,7 +90,10 @@ struct DispatchOrderSummary {
     QString observacion;
     bool exenta = false;
 };
-// Open orders (Status 1) of the last DiasFacturarOrdenDespacho days (all when 0).
+// The current period of dispatch orders: the first day of the last DiasFacturarOrdenDespacho
+// days (all time when 0).
+QDate dispatchOrdersSince(const QSqlDatabase& db, const shell::SessionContext& ctx);
+// Open orders (Status 1) of the current period.
 QList<DispatchOrderSummary> openDispatchOrders(const QSqlDatabase& db,
                                                const shell::SessionContext& ctx);
 // Fills an empty draft with the order's client, lines and exempt flag; refuses, leaving the draft
@@ -104,6 +112,7 @@ struct AcceptResult {
     Status status = Status::Saved;
     long long number = 0;
     Decimal total;
+    Decimal paid; // what the client handed over (the total on credit)
     Decimal change;
 };
 
@@ -145,12 +154,19 @@ PrintResult printSavedDocument(const QSqlDatabase& db, const shell::SessionConte
                                bool contingency, SalePrinter* printer, const PaperPrinter& paper,
                                long long number, const SavedDocumentPrint& document);
 
+// The customer display's two lines after a sale; by default "Total: " and "Cambio: ".
+struct CustomerDisplay {
+    QString upper;
+    QString lower;
+};
+
 // After the commit: the fiscal print (or the paper invoice of a contingency sale or a register
 // without fiscal printer), the mark "printed", the customer display. A failure leaves the invoice
 // pending print; printSale can be called again for it and never sells anything twice.
 PrintResult printSale(const QSqlDatabase& db, const shell::SessionContext& ctx, long long number,
                       bool contingency, SalePrinter* printer, const PaperPrinter& paper,
-                      const Decimal& change = Decimal());
+                      const Decimal& change = Decimal(),
+                      const std::optional<CustomerDisplay>& display = std::nullopt);
 
 // Invoices of this register saved but not printed yet.
 QList<long long> pendingPrints(const QSqlDatabase& db, const QString& serie);

@@ -17,6 +17,20 @@ QString referenceOf(const SaleLine& l) {
 
 } // namespace
 
+void checkQuantity(const ArticlePrices& article, const Decimal& quantity) {
+    if (quantity <= Decimal())
+        throw UserError(QStringLiteral("La cantidad debe ser mayor que cero...!"));
+    if (!article.fraccionable && quantity != quantity.truncated(0))
+        throw UserError(QStringLiteral("El artículo %1 se vende por unidades: la cantidad no "
+                                       "puede llevar decimales...!")
+                            .arg(article.nombre));
+    if (quantity != quantity.truncated(3))
+        throw UserError(QStringLiteral("La cantidad admite hasta tres decimales...!"));
+    // The printer's item command carries eight digits of thousandths.
+    if (quantity > Decimal::fromScaled(99999999, 3))
+        throw UserError(QStringLiteral("La cantidad no puede ser mayor a 99.999,999...!"));
+}
+
 SaleDraft::SaleDraft() : SaleDraft(Settings()) {}
 SaleDraft::SaleDraft(Settings settings) : m_settings(std::move(settings)) {}
 
@@ -40,6 +54,8 @@ int SaleDraft::referenceCount() const {
 const SaleLine& SaleDraft::addArticle(const ArticlePrices& article, const Decimal& quantity) {
     if (m_locked)
         throw std::logic_error("the global discount closed the sale to new lines");
+    checkQuantity(article, quantity);
+    checkStock(article, quantity, -1);
     SaleLine line = priceNewLine(article, quantity, pricingContext());
     const int limit = m_settings.itemsPerInvoice;
     if (limit > 0) {
@@ -68,7 +84,27 @@ SaleLine SaleDraft::takeLine(int index) {
 void SaleDraft::setQuantity(int index, const Decimal& quantity) {
     if (index < 0 || index >= m_lines.size())
         throw std::out_of_range("sale line");
+    if (m_locked)
+        throw UserError(QStringLiteral("No puede modificar la venta después de aplicar el "
+                                       "descuento...!"));
+    const ArticlePrices& article = m_lines[index].article;
+    checkQuantity(article, quantity);
+    checkStock(article, quantity, index);
     m_lines[index].cantidad = quantity;
+}
+
+void SaleDraft::checkStock(const ArticlePrices& article, const Decimal& quantity,
+                           int except) const {
+    // Lines saved earlier (a parked sale, an order) carry no stock figure to hold them to.
+    if (article.tipo != 0 || article.nombre.isEmpty())
+        return;
+    Decimal taken = quantity;
+    for (int i = 0; i < m_lines.size(); ++i)
+        if (i != except && m_lines[i].codigoBarra == article.codigoBarra)
+            taken += m_lines[i].cantidad;
+    if (taken > article.existencia)
+        throw UserError(QStringLiteral("Existencia insuficiente de %1: quedan %2...!")
+                            .arg(article.nombre, payments::formatQuantity(article.existencia)));
 }
 
 void SaleDraft::switchList(int index, bool allowed) {
@@ -88,7 +124,7 @@ void SaleDraft::switchList(int index, bool allowed) {
         throw UserError(
             QStringLiteral("Solo puede alternar entre la listas de precios detal y mayor...!"));
     const Decimal price =
-        (next == kRetail ? line.article.precioDetal : line.article.precioMayor).rounded(2);
+        (next == kRetail ? line.article.precioDetal : line.article.precioMayor).rounded(4);
     if (price.isZero())
         throw UserError(QStringLiteral("No se puede vender el artículo con precio cero..."));
     SaleLine repriced = priceLine(line.article, next, line.cantidad, pricingContext());
@@ -143,18 +179,43 @@ void SaleDraft::setPayments(const QList<payments::PaymentRow>& rows, const Decim
     m_payments = rows;
     m_amountPaid = amountPaid;
     m_exchangeRate = exchangeRate;
+    m_paymentsAccepted = true;
 }
 
 void SaleDraft::clearPayments() {
-    m_payments.clear();
-    m_amountPaid = Decimal();
+    keepTerminalPayments(m_payments, m_exchangeRate);
+}
+
+void SaleDraft::keepTerminalPayments(const QList<payments::PaymentRow>& rows,
+                                     const Decimal& exchangeRate) {
+    m_payments = payments::approvedAtTerminal(rows);
+    m_exchangeRate = exchangeRate;
+    m_amountPaid = payments::totalPaid(m_payments, m_exchangeRate);
+    m_paymentsAccepted = false;
+}
+
+QList<payments::PaymentRow> SaleDraft::terminalPayments() const {
+    return payments::approvedAtTerminal(m_payments);
+}
+
+void SaleDraft::checkNoTerminalPayments() const {
+    if (!terminalPayments().isEmpty())
+        throw UserError(QStringLiteral("La venta tiene pagos aprobados en el punto de venta VPOS: "
+                                       "debe anularlos o usarlos en la factura...!"));
+}
+
+void SaleDraft::forgetTerminalPayment(const QString& idPayment) {
+    m_payments.removeIf([&](const payments::PaymentRow& r) {
+        return r.isApprovedAtTerminal() && r.idPayment == idPayment;
+    });
+    m_amountPaid = payments::totalPaid(m_payments, m_exchangeRate);
+    m_paymentsAccepted = false;
 }
 
 Decimal SaleDraft::change() const {
     if (m_mode == PaymentMode::Credit)
         return Decimal();
-    const Decimal c = m_amountPaid - totals().total;
-    return c > Decimal() ? c : Decimal();
+    return payments::changeDue(m_payments, m_exchangeRate, totals().total);
 }
 
 void SaleDraft::validate() const {
@@ -163,8 +224,10 @@ void SaleDraft::validate() const {
     checkClientAllowed(m_settings.registerListType, m_client);
     if (m_lines.isEmpty())
         throw UserError(QStringLiteral("Debe especificar al menos un artículo...!"));
+    if (m_mode == PaymentMode::Credit)
+        checkNoTerminalPayments();
     if (m_mode == PaymentMode::Cash) {
-        if (m_payments.isEmpty())
+        if (m_payments.isEmpty() || !m_paymentsAccepted)
             throw UserError(QStringLiteral("Debe Especificar el pago del cliente...!"));
         const bool onlyCash = m_payments.size() == 1 && m_payments.first().way == payments::kCash;
         if (onlyCash && m_amountPaid < totals().total)

@@ -9,6 +9,10 @@ namespace orvo::pos::sale {
 
 // The sale being keyed: its lines, client, seller, lists, discounts and payments, before it is
 // saved. No database here: the actions look articles up and hand them in.
+// Refuses a quantity an article cannot be sold in: zero or less, decimals for an article sold by
+// units, more than three decimals, more than the fiscal printer can print (99.999,999).
+void checkQuantity(const ArticlePrices& article, const Decimal& quantity);
+
 class SaleDraft {
 public:
     struct Settings {
@@ -27,11 +31,13 @@ public:
     const QList<SaleLine>& lines() const { return m_lines; }
     bool isEmpty() const { return m_lines.isEmpty(); }
     // Prices the article (already carrying its model's prices) and adds it as a new line.
-    // Refuses a new reference over the limit, a zero cost or price.
+    // Refuses a new reference over the limit, a zero cost or price, a quantity the article is not
+    // sold in (checkQuantity) or more than its stock.
     const SaleLine& addArticle(const ArticlePrices& article, const Decimal& quantity);
     // A line as it was saved (a parked sale, a dispatch order): kept as it is.
     void addSavedLine(const SaleLine& line);
     SaleLine takeLine(int index);
+    // A new quantity for a line, under the same refusals as a new line.
     void setQuantity(int index, const Decimal& quantity);
     // Alternates the line between the retail and the wholesale list.
     void switchList(int index, bool allowed);
@@ -65,10 +71,24 @@ public:
     const QList<payments::PaymentRow>& payments() const { return m_payments; }
     Decimal amountPaid() const { return m_amountPaid; }
     Decimal exchangeRate() const { return m_exchangeRate; }
+    // The payments as the payments screen accepted them: they cover the sale as it is now.
     void setPayments(const QList<payments::PaymentRow>& rows, const Decimal& amountPaid,
                      const Decimal& exchangeRate);
+    bool paymentsAccepted() const { return m_paymentsAccepted; }
+    // The sale changed, or its payments screen was left without accepting: the payments no longer
+    // stand, except those charged at the card terminal, which are kept (to be used or voided)
+    // and shown again when the payments screen opens.
     void clearPayments();
-    // The change: amount paid − total (zero when short or on credit).
+    void keepTerminalPayments(const QList<payments::PaymentRow>& rows, const Decimal& exchangeRate);
+    // Approved terminal payments not used by an invoice yet: the sale cannot be dropped (parked,
+    // cancelled, turned to credit, closed) until they are voided.
+    QList<payments::PaymentRow> terminalPayments() const;
+    // Refuses to let the sale go (park, cancel, credit, replace) while it holds terminal payments.
+    void checkNoTerminalPayments() const;
+    // A terminal payment voided at the terminal leaves the sale.
+    void forgetTerminalPayment(const QString& idPayment);
+    // The cash change: what the payments give over the total, out of the cash rows only (zero
+    // when short or on credit).
     Decimal change() const;
 
     SaleTotals totals() const { return totalsOf(m_lines); }
@@ -80,6 +100,9 @@ public:
     void clear();
 
 private:
+    // The article's stock must cover what the sale takes of it (`except` a line being changed).
+    void checkStock(const ArticlePrices& article, const Decimal& quantity, int except) const;
+
     Settings m_settings;
     QList<SaleLine> m_lines;
     SaleClient m_client;
@@ -92,6 +115,7 @@ private:
     PaymentMode m_mode = PaymentMode::Cash;
     int m_creditDays = 0;
     QList<payments::PaymentRow> m_payments;
+    bool m_paymentsAccepted = false;
     Decimal m_amountPaid;
     Decimal m_exchangeRate;
 };

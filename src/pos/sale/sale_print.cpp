@@ -74,7 +74,10 @@ bool ThreadSalePrinter::display(const QString& upper, const QString& lower) {
 }
 
 QString displayLine(const QString& label, const QString& symbol, const Decimal& amount) {
-    return (label + symbol + payments::formatAmount(amount)).leftJustified(20, QLatin1Char(' '));
+    QString line = label + symbol + payments::formatAmount(amount);
+    if (line.size() > 20)
+        line = label + payments::formatAmount(amount);
+    return line.leftJustified(20, QLatin1Char(' '));
 }
 
 QString paperHeadHtml(const shell::SessionContext& ctx, bool contingency, bool largeFormat) {

@@ -74,8 +74,8 @@ using PaperPrinter = std::function<bool(const QString& html, bool largeFormat, l
 bool printToPdfSetting(const QString& setting, const QString& html, bool largeFormat,
                        long long number, int copies);
 
-// The customer display's two lines: "Total: " and "Cambio: ", the currency symbol and the amount,
-// padded to 20 characters.
+// A line of the customer display: the label, the currency symbol and the amount, padded to its 20
+// characters ("Total: ", "Cambio: "). The symbol is left out when the line would not fit.
 QString displayLine(const QString& label, const QString& symbol, const Decimal& amount);
 
 } // namespace orvo::pos::sale

@@ -1,11 +1,16 @@
 #include "pos/sale/sale_screen.h"
 
+#include "common/db/sql.h"
 #include "common/dialogs/dialogs.h"
 #include "common/grid_ui/catalog_dialog.h"
+#include "pos/card/fiscal_voucher_printer.h"
+#include "pos/card/vpos_payment.h"
 #include "pos/fiscal/register_printer.h"
+#include "pos/payments/terminal_payments.h"
 #include "pos/register/day_state.h"
 #include "pos/sale/sale_payments.h"
 #include "pos/sale/sale_store.h"
+#include "pos/sale/till_widgets.h"
 #include "shell/login/login.h"
 #include "shell/main_window/main_window.h"
 #include "shell/screens/screen_registry.h"
@@ -14,7 +19,10 @@
 #include "shell/startup/user_settings.h"
 #include "shell/users/roles.h"
 
+#include <QAction>
+#include <QApplication>
 #include <QCheckBox>
+#include <QCloseEvent>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
@@ -22,6 +30,7 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
 #include <QPrinter>
 #include <QPushButton>
 #include <QRadioButton>
@@ -46,7 +55,7 @@ QLabel* amountLabel(QWidget* parent, const char* name) {
     l->setObjectName(QString::fromLatin1(name));
     l->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     l->setFrameShape(QFrame::StyledPanel);
-    l->setMinimumWidth(120);
+    l->setMinimumWidth(l->fontMetrics().horizontalAdvance(QStringLiteral(" 999.999.999,99 ")));
     return l;
 }
 
@@ -56,6 +65,16 @@ QPushButton* button(QWidget* parent, const char* name, const QString& text) {
     b->setAutoDefault(false);
     return b;
 }
+
+bool isEnter(const QKeyEvent* e) {
+    return e->key() == Qt::Key_Return || e->key() == Qt::Key_Enter;
+}
+
+// The card terminal's reports, by the words the cashier knows them by.
+const QString kLastClosing = QStringLiteral("(PRIMERA OPCION) Reimprimir Ultimo Cierre VPOS");
+const QString kClosing = QStringLiteral("(SEGUNDA OPCION) Cierre de Caja VPOS");
+const QString kPreClosing = QStringLiteral("Imprimir Pre-Cierre VPOS (CORTE DE PUNTO)");
+const QString kLastVoucher = QStringLiteral("Imprimir Ultimo Voucher (VPOS)");
 
 } // namespace
 
@@ -96,6 +115,8 @@ SaleScreen::~SaleScreen() = default;
 
 void SaleScreen::buildUi() {
     auto* root = new QVBoxLayout(this);
+    m_day = new DayStateBanner(m_db, m_ctx, this);
+    root->addWidget(m_day);
 
     auto* head = new QGridLayout;
     head->addWidget(new QLabel(QStringLiteral("Cliente:"), this), 0, 0);
@@ -106,7 +127,7 @@ void SaleScreen::buildUi() {
     head->addWidget(clientButton, 0, 2);
     m_clientName = new QLabel(this);
     m_clientName->setObjectName(QStringLiteral("lblCliente"));
-    head->addWidget(m_clientName, 0, 3);
+    head->addWidget(m_clientName, 0, 3, 1, 3);
     head->addWidget(new QLabel(QStringLiteral("Vendedor:"), this), 1, 0);
     m_seller = new QLineEdit(this);
     m_seller->setObjectName(QStringLiteral("txtVendedor"));
@@ -115,25 +136,46 @@ void SaleScreen::buildUi() {
     head->addWidget(sellerButton, 1, 2);
     m_sellerName = new QLabel(this);
     m_sellerName->setObjectName(QStringLiteral("lblVendedor"));
-    head->addWidget(m_sellerName, 1, 3);
+    head->addWidget(m_sellerName, 1, 3, 1, 3);
     head->addWidget(new QLabel(QStringLiteral("Artículo:"), this), 2, 0);
     m_barcode = new QLineEdit(this);
     m_barcode->setObjectName(QStringLiteral("txtCodigoBarra"));
+    m_barcode->setPlaceholderText(QStringLiteral("código, o cantidad*código"));
+    m_barcode->installEventFilter(this);
     head->addWidget(m_barcode, 2, 1, 1, 3);
+    head->addWidget(new QLabel(QStringLiteral("Cantidad:"), this), 2, 4);
+    m_quantityField = new QLineEdit(QStringLiteral("1"), this);
+    m_quantityField->setObjectName(QStringLiteral("txtCantidad"));
+    m_quantityField->setAlignment(Qt::AlignRight);
+    m_quantityField->setMaximumWidth(90);
+    head->addWidget(m_quantityField, 2, 5);
     head->setColumnStretch(3, 1);
     root->addLayout(head);
 
-    m_grid = new QTableWidget(0, kColumnCount, this);
+    m_grid = new SaleGrid(0, kColumnCount, this);
     m_grid->setObjectName(QStringLiteral("SpreadFacturacion"));
     m_grid->setHorizontalHeaderLabels(
-        {QStringLiteral("Lista"), QStringLiteral("Código"), QStringLiteral("Descripción"),
+        {QStringLiteral("L"), QStringLiteral("Código"), QStringLiteral("Descripción"),
          QStringLiteral("Cantidad"), QStringLiteral("Precio"), QStringLiteral("% Desc."),
          QStringLiteral("Precio Lista"), QStringLiteral("Impuesto"), QStringLiteral("Total")});
-    m_grid->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    // Only the quantity is edited in the grid: the line's current cell stays on it, so that a
+    // digit typed on a line starts its new quantity.
+    m_grid->setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::AnyKeyPressed);
+    connect(m_grid, &QTableWidget::currentCellChanged, this, [this](int row, int column) {
+        if (row >= 0 && column != kQuantity)
+            m_grid->setCurrentCell(row, kQuantity, QItemSelectionModel::NoUpdate);
+    });
     m_grid->setSelectionBehavior(QAbstractItemView::SelectRows);
     m_grid->setSelectionMode(QAbstractItemView::SingleSelection);
-    m_grid->horizontalHeader()->setSectionResizeMode(kName, QHeaderView::Stretch);
+    // The description is what the cashier reads: it takes the room, the figures what they need.
+    QHeaderView* header = m_grid->horizontalHeader();
+    header->setSectionResizeMode(QHeaderView::ResizeToContents);
+    header->setSectionResizeMode(kName, QHeaderView::Stretch);
+    header->setMinimumSectionSize(40);
+    m_grid->setWordWrap(false);
+    m_grid->setTextElideMode(Qt::ElideMiddle);
     m_grid->installEventFilter(this);
+    connect(m_grid, &QTableWidget::itemChanged, this, &SaleScreen::quantityEdited);
     root->addWidget(m_grid, 1);
 
     auto* options = new QHBoxLayout;
@@ -176,13 +218,15 @@ void SaleScreen::buildUi() {
     m_discountTotal = amountLabel(this, "lblTotalDescuento");
     m_taxBase = amountLabel(this, "lblBaseImponible");
     m_tax = amountLabel(this, "lblTotalImpuesto");
-    m_total = amountLabel(this, "lblTotalFactura");
+    m_total = bigAmountLabel(this, "lblTotalFactura");
     m_paid = new QLineEdit(this);
     m_paid->setObjectName(QStringLiteral("txtTotalPago"));
     m_paid->setReadOnly(true);
+    m_paid->setAlignment(Qt::AlignRight);
     m_change = new QLineEdit(this);
     m_change->setObjectName(QStringLiteral("txtTotalCambio"));
     m_change->setReadOnly(true);
+    m_change->setAlignment(Qt::AlignRight);
     const QList<std::pair<QString, QWidget*>> cells = {
         {QStringLiteral("Mercancía"), m_merchandise},
         {QStringLiteral("Descuento"), m_discountTotal},
@@ -197,6 +241,10 @@ void SaleScreen::buildUi() {
     }
     root->addLayout(totals);
 
+    // What the last sale asked and gave back stays in sight until the next one starts.
+    m_lastSale = bigLabel(this, "lblUltimaVenta");
+    root->addWidget(m_lastSale);
+
     auto* actions = new QHBoxLayout;
     auto* lists = button(this, "cmdListaPrecios", QStringLiteral("Lista de precios"));
     auto* priceButton = button(this, "cmdCambiarPrecio", QStringLiteral("Cambiar precio"));
@@ -205,14 +253,23 @@ void SaleScreen::buildUi() {
     auto* backButton = button(this, "cmdDescongelar", QStringLiteral("F7 Descongelar"));
     auto* orderButton = button(this, "cmdOrdenDespacho", QStringLiteral("F8 Orden de despacho"));
     orderButton->setEnabled(m_ctx.permiteFacturarOrdenDespacho == 1);
+    auto* terminalButton = button(this, "cmdVPOS", QStringLiteral("F9 Punto VPOS"));
     auto* acceptButton = button(this, "cmdAceptar", QStringLiteral("F10 Aceptar"));
     auto* cancelButton = button(this, "cmdCancelar", QStringLiteral("F12 Cancelar"));
-    for (QPushButton* b :
-         {lists, priceButton, pay, parkButton, backButton, orderButton, acceptButton, cancelButton})
+    m_actions = {lists,        priceButton,    pay,          parkButton,   backButton,
+                 orderButton,  terminalButton, acceptButton, cancelButton, discountButton,
+                 clientButton, sellerButton};
+    for (QPushButton* b : {lists, priceButton, pay, parkButton, backButton, orderButton,
+                           terminalButton, acceptButton, cancelButton})
         actions->addWidget(b);
     root->addLayout(actions);
+    buildTerminalActions();
 
     connect(m_barcode, &QLineEdit::returnPressed, this, &SaleScreen::enterArticle);
+    connect(m_quantityField, &QLineEdit::returnPressed, this, [this] {
+        m_barcode->setFocus();
+        m_barcode->selectAll();
+    });
     connect(m_client, &QLineEdit::returnPressed, this, &SaleScreen::enterClient);
     connect(m_seller, &QLineEdit::returnPressed, this, &SaleScreen::enterSeller);
     connect(m_discount, &QLineEdit::returnPressed, this, &SaleScreen::applyDiscount);
@@ -225,25 +282,48 @@ void SaleScreen::buildUi() {
     connect(parkButton, &QPushButton::clicked, this, &SaleScreen::park);
     connect(backButton, &QPushButton::clicked, this, &SaleScreen::takeBack);
     connect(orderButton, &QPushButton::clicked, this, &SaleScreen::invoiceDispatchOrder);
+    connect(terminalButton, &QPushButton::clicked, this, &SaleScreen::terminalMenu);
     connect(acceptButton, &QPushButton::clicked, this, &SaleScreen::accept);
     connect(cancelButton, &QPushButton::clicked, this, &SaleScreen::cancelSale);
     connect(m_exempt, &QCheckBox::toggled, this, [this](bool on) {
         m_draft.setExempt(on);
-        m_draft.clearPayments();
+        paymentsNoLongerStand();
         refresh();
     });
     connect(m_contingency, &QCheckBox::toggled, this,
             [this](bool on) { m_draft.setContingency(on); });
     connect(m_credit, &QRadioButton::toggled, this, [this](bool on) {
+        // A credit sale takes no payments: those charged at the terminal are voided first.
+        if (on && !releaseTerminalPayments()) {
+            m_cash->setChecked(true);
+            return;
+        }
         m_draft.setMode(on ? PaymentMode::Credit : PaymentMode::Cash);
-        m_draft.clearPayments();
+        paymentsNoLongerStand();
         refresh();
     });
     connect(m_creditDays, &QLineEdit::textChanged, this,
             [this](const QString& t) { m_draft.setCreditDays(t.toInt()); });
 }
 
+void SaleScreen::buildTerminalActions() {
+    m_terminalMenu = new QMenu(this);
+    m_terminalMenu->setObjectName(QStringLiteral("mnuVPOS"));
+    const QList<std::pair<const char*, QString>> entries = {{"mnuUltimoCierreVPOS", kLastClosing},
+                                                            {"mnuCierreVPOS", kClosing},
+                                                            {"mnuPreCierreVPOS", kPreClosing},
+                                                            {"mnuUltimoVoucherVPOS", kLastVoucher}};
+    for (const auto& [name, text] : entries) {
+        QAction* a = m_terminalMenu->addAction(text);
+        a->setObjectName(QString::fromLatin1(name));
+        connect(a, &QAction::triggered, this, [this, what = text] { runTerminalReport(what); });
+    }
+}
+
 void SaleScreen::keyPressEvent(QKeyEvent* event) {
+    // Keys wait while a sale is being saved and printed.
+    if (m_busy)
+        return;
     switch (event->key()) {
     case Qt::Key_F2:
         priceQuery();
@@ -260,6 +340,9 @@ void SaleScreen::keyPressEvent(QKeyEvent* event) {
     case Qt::Key_F8:
         invoiceDispatchOrder();
         return;
+    case Qt::Key_F9:
+        terminalMenu();
+        return;
     case Qt::Key_F10:
         accept();
         return;
@@ -273,16 +356,50 @@ void SaleScreen::keyPressEvent(QKeyEvent* event) {
 }
 
 bool SaleScreen::eventFilter(QObject* watched, QEvent* event) {
-    // Delete on the grid removes the selected line.
-    if (watched == m_grid && event->type() == QEvent::KeyPress &&
-        static_cast<QKeyEvent*>(event)->key() == Qt::Key_Delete) {
-        deleteSelectedLine();
-        return true;
+    // Keys of the grid itself, not of its quantity editor passing them on. A digit typed on a
+    // line starts its new quantity (the grid's own edit on a key).
+    if (watched == m_grid && event->type() == QEvent::KeyPress && !m_grid->isEditing()) {
+        auto* key = static_cast<QKeyEvent*>(event);
+        const int row = m_grid->currentRow();
+        // Delete removes the selected line; Enter changes its quantity; Escape goes back to the
+        // article field.
+        if (key->key() == Qt::Key_Delete) {
+            deleteSelectedLine();
+            return true;
+        }
+        if (isEnter(key) && row >= 0) {
+            if (QTableWidgetItem* item = m_grid->item(row, kQuantity))
+                m_grid->editItem(item);
+            return true;
+        }
+        if (key->key() == Qt::Key_Escape) {
+            m_barcode->setFocus();
+            return true;
+        }
+    }
+    if (watched == m_barcode && event->type() == QEvent::KeyPress && m_grid->rowCount() > 0) {
+        const int key = static_cast<QKeyEvent*>(event)->key();
+        if (key == Qt::Key_Up || key == Qt::Key_Down) {
+            m_grid->setFocus();
+            m_grid->selectRow(m_grid->currentRow() < 0 ? m_grid->rowCount() - 1
+                                                       : m_grid->currentRow());
+            return true;
+        }
     }
     return QWidget::eventFilter(watched, event);
 }
 
+void SaleScreen::closeEvent(QCloseEvent* event) {
+    // A card charged at the terminal is not left behind with the screen.
+    if (!m_busy && releaseTerminalPayments()) {
+        event->accept();
+        return;
+    }
+    event->ignore();
+}
+
 void SaleScreen::refresh() {
+    m_refreshing = true;
     const auto& lines = m_draft.lines();
     m_grid->setRowCount(int(lines.size()));
     for (int r = 0; r < lines.size(); ++r) {
@@ -290,9 +407,9 @@ void SaleScreen::refresh() {
         const QStringList cells = {QString(QLatin1Char(l.tipoLista)),
                                    l.codigoBarra,
                                    l.nombre,
-                                   l.cantidad.toString(),
+                                   payments::formatQuantity(l.cantidad),
                                    money(l.precio),
-                                   l.porcentajeDescuento.toString(2),
+                                   money(l.porcentajeDescuento),
                                    money(l.precioLista),
                                    money(l.impuesto),
                                    money(((l.precioLista + l.impuesto) * l.cantidad).rounded(2))};
@@ -300,6 +417,10 @@ void SaleScreen::refresh() {
             auto* item = new QTableWidgetItem(cells[c]);
             if (c >= kQuantity)
                 item->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
+            if (c != kQuantity || m_draft.isLocked())
+                item->setFlags(item->flags() & ~Qt::ItemIsEditable);
+            if (c == kName)
+                item->setToolTip(l.nombre);
             m_grid->setItem(r, c, item);
         }
     }
@@ -312,6 +433,8 @@ void SaleScreen::refresh() {
     m_paid->setText(money(m_draft.amountPaid()));
     m_change->setText(money(m_draft.change()));
     m_barcode->setEnabled(!m_draft.isLocked());
+    m_quantityField->setEnabled(!m_draft.isLocked());
+    m_refreshing = false;
 }
 
 void SaleScreen::clearForNextSale() {
@@ -322,6 +445,7 @@ void SaleScreen::clearForNextSale() {
     m_sellerName->clear();
     m_discount->clear();
     m_creditDays->clear();
+    m_quantityField->setText(QStringLiteral("1"));
     m_exempt->setChecked(false);
     m_contingency->setChecked(false);
     m_cash->setChecked(true);
@@ -331,6 +455,15 @@ void SaleScreen::clearForNextSale() {
     setWindowTitle(title);
     refresh();
     m_client->setFocus();
+}
+
+void SaleScreen::showLastSale(const AcceptResult& r) {
+    m_lastSale->setText(QStringLiteral("Factura Nº %1   Total: %2   Pagado: %3   Cambio: %4")
+                            .arg(r.number)
+                            .arg(money(r.total), money(r.paid), money(r.change)));
+    // The fields keep what was paid and the change until the next sale is keyed.
+    m_paid->setText(money(r.paid));
+    m_change->setText(money(r.change));
 }
 
 void SaleScreen::showClient() {
@@ -346,7 +479,12 @@ void SaleScreen::showClient() {
     m_exempt->blockSignals(false);
 }
 
+void SaleScreen::paymentsNoLongerStand() {
+    m_draft.clearPayments();
+}
+
 void SaleScreen::enterClient() {
+    m_day->check(); // a sale starts: the line on top says how the day stands now
     guarded(this, [&] {
         const QString code = m_client->text().trimmed();
         if (code.isEmpty())
@@ -368,6 +506,7 @@ void SaleScreen::enterClient() {
             showClient(); // the refused client is not taken: the field shows the sale's own
             throw;
         }
+        m_lastSale->clear();
         showClient();
         m_seller->setFocus();
         m_seller->selectAll();
@@ -408,8 +547,13 @@ void SaleScreen::chooseSeller() {
 }
 
 void SaleScreen::enterArticle() {
+    if (m_busy)
+        return;
     guarded(this, [&] {
-        const QString text = m_barcode->text().trimmed();
+        const auto quantityTyped = payments::parseTypedAmount(m_quantityField->text());
+        if (!quantityTyped)
+            throw UserError(QStringLiteral("La cantidad debe ser un número...!"));
+        const auto [quantity, text] = splitQuantity(m_barcode->text(), *quantityTyped);
         if (text.isEmpty())
             return;
         QList<ArticlePrices> found = lookupArticles(m_db, text);
@@ -432,13 +576,44 @@ void SaleScreen::enterArticle() {
                 if (a.codigoBarra == code.trimmed())
                     chosen = a;
         }
-        addArticle(m_draft, chosen);
-        m_draft.clearPayments();
+        try {
+            addArticle(m_draft, chosen, quantity);
+        } catch (const UserError&) {
+            m_barcode->selectAll();
+            throw;
+        }
+        m_lastSale->clear();
+        paymentsNoLongerStand();
         refresh();
         m_grid->selectRow(m_grid->rowCount() - 1);
         m_barcode->clear();
+        m_quantityField->setText(QStringLiteral("1"));
     });
     m_barcode->setFocus();
+}
+
+void SaleScreen::quantityEdited(QTableWidgetItem* item) {
+    if (m_refreshing || !item || item->column() != kQuantity)
+        return;
+    const int row = item->row();
+    guarded(this, [&] {
+        const auto quantity = payments::parseTypedAmount(item->text());
+        if (!quantity)
+            throw UserError(QStringLiteral("La cantidad debe ser un número...!"));
+        if (*quantity == m_draft.lines().at(row).cantidad)
+            return;
+        m_draft.setQuantity(row, *quantity);
+        paymentsNoLongerStand();
+    });
+    // The grid shows what the sale holds, the refused quantity gone.
+    QMetaObject::invokeMethod(
+        this,
+        [this, row] {
+            refresh();
+            m_grid->selectRow(row);
+            m_barcode->setFocus();
+        },
+        Qt::QueuedConnection);
 }
 
 void SaleScreen::priceQuery() {
@@ -465,7 +640,7 @@ void SaleScreen::priceQuery() {
                                 ? QStringLiteral("  Promoción: ") +
                                       money(a.precioPromocion.rounded(2))
                                 : QString(),
-                            a.existencia.toString(), money(q.line.precioLista),
+                            payments::formatQuantity(a.existencia), money(q.line.precioLista),
                             money(q.line.impuesto));
         }
         dialogs().information(this, out.join(QStringLiteral("\n\n")),
@@ -492,6 +667,24 @@ bool SaleScreen::authorise(QString& who) {
     return true;
 }
 
+bool SaleScreen::releaseTerminalPayments() {
+    const auto held = m_draft.terminalPayments();
+    if (held.isEmpty())
+        return true;
+    bool released = false;
+    guarded(this, [&] {
+        const QString text =
+            QStringLiteral("La venta tiene pagos aprobados en el punto de venta VPOS por %1. "
+                           "¿Desea anularlos en el terminal?")
+                .arg(money(payments::totalPaid(held, m_draft.exchangeRate())));
+        if (!dialogs().question(this, text, QStringLiteral("Punto de venta VPOS")))
+            return;
+        released = voidTerminalPayments(this, m_db, m_ctx, printerThread(), m_draft);
+    });
+    refresh();
+    return released;
+}
+
 void SaleScreen::deleteSelectedLine() {
     guarded(this, [&] {
         const int row = m_grid->currentRow();
@@ -504,14 +697,16 @@ void SaleScreen::deleteSelectedLine() {
         if (!authorise(who))
             return;
         sale::deleteLine(m_db, m_ctx, m_draft, row, who);
-        m_draft.clearPayments();
+        paymentsNoLongerStand();
         refresh();
     });
 }
 
 void SaleScreen::cancelSale() {
+    if (m_busy)
+        return;
     guarded(this, [&] {
-        if (m_draft.isEmpty()) {
+        if (m_draft.isEmpty() && m_draft.terminalPayments().isEmpty()) {
             clearForNextSale();
             return;
         }
@@ -519,6 +714,8 @@ void SaleScreen::cancelSale() {
             return;
         QString who;
         if (!authorise(who))
+            return;
+        if (!releaseTerminalPayments())
             return;
         sale::cancelSale(m_db, m_ctx, m_draft, who);
         clearForNextSale();
@@ -529,7 +726,7 @@ void SaleScreen::switchList() {
     guarded(this, [&] {
         const bool allowed = m_ctx.permiteAlternarListas == 1 && !m_draft.isLocked();
         m_draft.switchList(m_grid->currentRow(), allowed);
-        m_draft.clearPayments();
+        paymentsNoLongerStand();
         refresh();
     });
 }
@@ -545,7 +742,7 @@ void SaleScreen::changePrice() {
                 QStringLiteral("Seleccione la fila con datos para cambiar el precio...!"));
         const auto typed = dialogs().textInput(this, QStringLiteral("Cambiar precio"),
                                                QStringLiteral("Nuevo precio:"),
-                                               m_draft.lines().at(row).precio.toString());
+                                               money(m_draft.lines().at(row).precio));
         if (!typed)
             return;
         const auto price = payments::parseTypedAmount(*typed);
@@ -560,7 +757,7 @@ void SaleScreen::changePrice() {
             supervisor = Supervisor{credentials->user, credentials->password};
         }
         sale::changeLinePrice(m_db, m_ctx, m_draft, row, *price, supervisor);
-        m_draft.clearPayments();
+        paymentsNoLongerStand();
         refresh();
     });
 }
@@ -577,21 +774,85 @@ void SaleScreen::applyDiscount() {
                                                      "registro de los artículos...?")))
             return;
         m_draft.applyGlobalDiscount(*percent);
-        m_draft.clearPayments();
+        paymentsNoLongerStand();
         refresh();
     });
 }
 
+fiscal::FiscalPrinterThread& SaleScreen::printerThread() {
+    return m_printerThread ? *m_printerThread : fiscal::registerPrinter();
+}
+
 void SaleScreen::openPayments() {
+    if (m_busy)
+        return;
     guarded(this, [&] {
         if (m_draft.isEmpty())
             throw UserError(QStringLiteral("Debe especificar al menos un artículo...!"));
         if (m_draft.mode() == PaymentMode::Credit)
             return;
-        if (!takePayments(this, m_db, m_ctx,
-                          m_printerThread ? *m_printerThread : fiscal::registerPrinter(), m_draft))
+        // No card is charged on a day that cannot take the sale.
+        if (!m_day->check())
+            throw UserError(m_day->text());
+        takePayments(this, m_db, m_ctx, printerThread(), m_draft);
+    });
+    refresh();
+}
+
+void SaleScreen::terminalMenu() {
+    if (m_busy)
+        return;
+    auto* b = findChild<QPushButton*>(QStringLiteral("cmdVPOS"));
+    m_terminalMenu->popup(b->mapToGlobal(QPoint(0, b->height())));
+}
+
+void SaleScreen::runTerminalReport(const QString& what) {
+    guarded(this, [&] {
+        if (what == kClosing) {
+            // A payment of the sale under way would end in a closed lot that can no longer be
+            // voided.
+            if (!m_draft.terminalPayments().isEmpty())
+                throw UserError(QStringLiteral("La venta en curso tiene pagos aprobados en el "
+                                               "punto de venta VPOS: termine la venta antes del "
+                                               "cierre...!"));
+            if (!dialogs().question(this,
+                                    QStringLiteral("¿Desea realizar el cierre del punto de venta "
+                                                   "VPOS? El lote se cierra y no podrá anular "
+                                                   "sus pagos."),
+                                    QStringLiteral("Cierre de Caja VPOS")))
+                return;
+        }
+        const auto vouchers = card::makeVoucherPrinter(m_db, printerThread());
+        const auto terminal = payments::terminalOf(m_db, m_ctx.serial, vouchers.get());
+        bool ok = false;
+        if (what == kLastClosing)
+            ok = terminal->reprintLastClosing();
+        else if (what == kClosing)
+            ok = terminal->closingReport();
+        else if (what == kPreClosing)
+            ok = terminal->preClosingReport();
+        else
+            ok = terminal->reprintLastVoucher();
+        if (!ok) {
+            dialogs().information(this, what == kLastVoucher
+                                            ? QStringLiteral("Error al momento de Imprimir el "
+                                                             "Ultimo Voucher")
+                                            : QStringLiteral("El punto de venta VPOS no pudo "
+                                                             "realizar la operación: %1")
+                                                  .arg(terminal->responseMessage()));
             return;
-        refresh();
+        }
+        if (!terminal->printError().isEmpty())
+            dialogs().warning(this, terminal->printError());
+        if (what == kClosing || what == kPreClosing) {
+            const QString amount = terminal->value(QStringLiteral("monto"));
+            dialogs().information(
+                this,
+                QStringLiteral("%1 del lote %2: %3 transacciones aprobadas por %4%5")
+                    .arg(what == kClosing ? QStringLiteral("Cierre") : QStringLiteral("Pre-cierre"),
+                         terminal->lot(), terminal->value(QStringLiteral("cantidadTransacciones")),
+                         m_ctx.simboloMoneda, money(Decimal::parse(amount).value_or(Decimal()))));
+        }
     });
 }
 
@@ -599,8 +860,7 @@ SalePrinter* SaleScreen::printer() {
     if (!printsFiscally(m_ctx))
         return nullptr;
     if (!m_printer)
-        m_printer = std::make_unique<ThreadSalePrinter>(
-            m_printerThread ? *m_printerThread : fiscal::registerPrinter());
+        m_printer = std::make_unique<ThreadSalePrinter>(printerThread());
     return m_printer.get();
 }
 
@@ -613,6 +873,10 @@ bool SaleScreen::printInvoice(long long number, bool contingency, const Decimal&
 }
 
 void SaleScreen::accept() {
+    if (m_busy)
+        return;
+    BusyGuard busy(m_busy, m_actions);
+    std::optional<AcceptResult> saved;
     guarded(this, [&] {
         // An invoice saved earlier whose print failed goes out first.
         const PrintResult pending = printPendingSales(m_db, m_ctx, printer(), printPaperInvoice);
@@ -620,10 +884,12 @@ void SaleScreen::accept() {
             dialogs().warning(this, pending.error);
             return;
         }
-        if (m_draft.mode() == PaymentMode::Cash && m_draft.payments().isEmpty() &&
+        if (m_draft.mode() == PaymentMode::Cash && !m_draft.paymentsAccepted() &&
             m_draft.client().isSet() && !m_draft.isEmpty()) {
-            openPayments();
-            if (m_draft.payments().isEmpty())
+            // Nothing is asked of the client on a day that cannot take the sale.
+            if (!m_day->check())
+                throw UserError(m_day->text());
+            if (!takePayments(this, m_db, m_ctx, printerThread(), m_draft))
                 return;
         }
         AcceptResult r = acceptSale(m_db, m_ctx, m_draft, printer());
@@ -639,44 +905,74 @@ void SaleScreen::accept() {
                                                        "factura...!"));
             r = acceptSale(m_db, m_ctx, m_draft, printer(), true);
         }
+        saved = r;
         printInvoice(r.number, m_draft.isContingency(), r.change);
-        clearForNextSale();
     });
+    if (!saved) {
+        refresh();
+        return;
+    }
+    clearForNextSale();
+    showLastSale(*saved);
 }
 
 void SaleScreen::park() {
+    if (m_busy)
+        return;
     guarded(this, [&] {
+        if (m_draft.isEmpty())
+            throw UserError(QStringLiteral("Debe especificar al menos un artículo...!"));
+        // Parked sales keep no payments.
+        if (!releaseTerminalPayments())
+            return;
         parkSale(m_db, m_ctx, m_draft);
         clearForNextSale();
     });
 }
 
 void SaleScreen::takeBack() {
+    if (m_busy)
+        return;
     guarded(this, [&] {
         const auto row =
             grid::CatalogDialog::choose(this, QStringLiteral("Facturas congeladas"), m_db,
                                         store::parkedCatalogSql(), {m_ctx.serial});
         if (!row)
             return;
+        // The sale on the screen is parked in its place.
+        if (!releaseTerminalPayments())
+            return;
         if (!m_draft.isEmpty()) {
             parkSale(m_db, m_ctx, m_draft);
             clearForNextSale();
         }
         takeBackParked(m_db, m_ctx, chosenNumber(*row), m_draft);
+        m_lastSale->clear();
         showClient();
         refresh();
     });
 }
 
 void SaleScreen::invoiceDispatchOrder() {
+    if (m_busy)
+        return;
     guarded(this, [&] {
         if (m_ctx.permiteFacturarOrdenDespacho != 1)
             return;
-        const auto row = grid::CatalogDialog::choose(this, QStringLiteral("Ordenes de despacho"),
-                                                     m_db, store::dispatchCatalogSql());
+        const auto row = grid::CatalogDialog::choose(
+            this, QStringLiteral("Ordenes de despacho"), m_db, store::dispatchCatalogSql(),
+            {db::dayStart(dispatchOrdersSince(m_db, m_ctx))});
         if (!row)
             return;
+        // The order takes the place of the sale on the screen, which is parked.
+        if (!releaseTerminalPayments())
+            return;
+        if (!m_draft.isEmpty()) {
+            parkSale(m_db, m_ctx, m_draft);
+            clearForNextSale();
+        }
         loadDispatchOrder(m_db, m_ctx, chosenNumber(*row), m_draft);
+        m_lastSale->clear();
         showClient();
         refresh();
     });

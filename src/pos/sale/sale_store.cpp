@@ -10,7 +10,7 @@ namespace {
 const QString kArticleColumns = QStringLiteral(
     "SELECT I.CodigoBarra, I.Nombre, I.Referencia, I.CodigoMarca, I.PrecioDetal, I.PrecioMayor, "
     "I.PrecioAfiliado, I.Promocion, I.PrecioPromocion, I.FechaInicial, I.FechaFinal, "
-    "I.CostoPromedio, I.Tipo, I.Existencia, T.PorcentajeImpuesto "
+    "I.CostoPromedio, I.Tipo, I.Existencia, I.Fraccionable, T.PorcentajeImpuesto "
     "FROM INVENTARIO I LEFT JOIN IMPUESTOS T ON T.Codigo = I.TipoImpuesto ");
 // Articles whose stock is not kept (services) sell without stock.
 const QString kSellable = QStringLiteral("I.Status = 1 AND (I.Existencia > 0 OR I.Tipo <> 0)");
@@ -31,6 +31,7 @@ ArticlePrices readArticle(const db::Sql& q) {
     a.costoPromedio = q.decimal(QStringLiteral("CostoPromedio"));
     a.tipo = q.integer(QStringLiteral("Tipo"));
     a.existencia = q.decimal(QStringLiteral("Existencia"));
+    a.fraccionable = q.integer(QStringLiteral("Fraccionable")) == 1;
     a.porcentajeImpuesto = q.decimal(QStringLiteral("PorcentajeImpuesto"));
     return a;
 }
@@ -152,14 +153,20 @@ QString articleCatalogSql() {
 }
 
 QString parkedCatalogSql() {
-    return QStringLiteral("SELECT H.Numero, H.Fecha, H.Cliente, C.Nombre AS NombreCliente FROM "
-                          "HISTVENTAS H LEFT JOIN CLIENTES C ON C.Codigo = H.Cliente WHERE "
-                          "H.Serie = ? ORDER BY H.Numero");
+    return QStringLiteral("SELECT H.Numero, H.Fecha, H.Cliente, C.Nombre AS NombreCliente, "
+                          "T.Nombre AS NombreVendedor, H.TotalMercancia - H.TotalDescuento + "
+                          "H.TotalImpuesto AS TotalVenta FROM HISTVENTAS H "
+                          "LEFT JOIN CLIENTES C ON C.Codigo = H.Cliente "
+                          "LEFT JOIN TRABAJADORES T ON T.Cedula = H.Vendedor "
+                          "WHERE H.Serie = ? ORDER BY H.Numero");
 }
 
 QString dispatchCatalogSql() {
-    return QStringLiteral("SELECT Numero, Cliente, Fecha, TotalMercancia, Observacion, Exenta FROM "
-                          "ORDENDESPACHO WHERE Status = 1 ORDER BY Numero");
+    return QStringLiteral("SELECT O.Numero, O.Cliente, C.Nombre AS NombreCliente, O.Fecha, "
+                          "O.TotalMercancia, O.TotalMercancia - O.TotalDescuento + "
+                          "O.TotalImpuesto AS TotalOrden, O.Observacion, O.Exenta "
+                          "FROM ORDENDESPACHO O LEFT JOIN CLIENTES C ON C.Codigo = O.Cliente "
+                          "WHERE O.Status = 1 AND O.Fecha >= ? ORDER BY O.Numero");
 }
 
 Decimal latestExchangeRate(const QSqlDatabase& db) {
@@ -229,8 +236,8 @@ LineWriter::LineWriter(const QSqlDatabase& db, long long number, const QString& 
 
 int LineWriter::add(const SaleLine& l) {
     const QString letter(QLatin1Char(l.tipoLista));
-    const QString key = QStringList{l.codigoBarra, letter, l.precio.toString(2),
-                                    l.precioLista.toString(2), l.porcentajeDescuento.toString(4)}
+    const QString key = QStringList{l.codigoBarra, letter, l.precio.toString(4),
+                                    l.precioLista.toString(4), l.porcentajeDescuento.toString(4)}
                             .join(QLatin1Char('\x1f'));
     // Only a key already written can match: the update runs for those alone.
     if (m_written.contains(key)) {
@@ -239,8 +246,8 @@ int LineWriter::add(const SaleLine& l) {
             .bind(m_serie)
             .bind(l.codigoBarra)
             .bind(letter)
-            .bind(l.precio, 2)
-            .bind(l.precioLista, 2)
+            .bind(l.precio, 4)
+            .bind(l.precioLista, 4)
             .bind(l.porcentajeDescuento, 4)
             .exec();
         if (m_merge.rowsAffected() > 0)
@@ -391,8 +398,8 @@ void insertDeletedLine(const QSqlDatabase& db, const DeletedLineContext& c, int 
         .bind(db::serverNow(db))
         .bind(QString(QLatin1Char(l.tipoLista)))
         .bind(l.codigoBarra)
-        .bind(l.precio, 2)
-        .bind(l.precioLista, 2)
+        .bind(l.precio, 4)
+        .bind(l.precioLista, 4)
         .bind(l.costo, 5)
         .bind(l.impuesto, 2)
         .bind(l.porcentajeImpuesto, 4)
@@ -477,6 +484,20 @@ void insertParked(const QSqlDatabase& db, const ParkedHeader& h) {
         .exec();
 }
 
+void writeParkedTotals(const QSqlDatabase& db, long long numero, const QString& serie,
+                       const SaleTotals& t) {
+    db::requireTransaction(db);
+    db::Sql(db, QStringLiteral("UPDATE HISTVENTAS SET TotalMercancia = ?, TotalDescuento = ?, "
+                               "TotalImpuesto = ?, TotalCosto = ? WHERE Numero = ? AND Serie = ?"))
+        .bind(t.merchandise, 2)
+        .bind(t.discount, 2)
+        .bind(t.tax, 2)
+        .bind(t.cost, 2)
+        .bind(numero)
+        .bind(serie)
+        .exec();
+}
+
 void insertParkedLine(const QSqlDatabase& db, long long numero, const QString& serie, int item,
                       const QDateTime& hora, const SaleLine& l) {
     db::requireTransaction(db);
@@ -490,8 +511,8 @@ void insertParkedLine(const QSqlDatabase& db, long long numero, const QString& s
         .bind(hora)
         .bind(QString(QLatin1Char(l.tipoLista)))
         .bind(l.codigoBarra)
-        .bind(l.precio, 2)
-        .bind(l.precioLista, 2)
+        .bind(l.precio, 4)
+        .bind(l.precioLista, 4)
         .bind(l.costo, 5)
         .bind(l.impuesto, 2)
         .bind(l.porcentajeImpuesto, 4)

@@ -38,7 +38,8 @@ bool isPrinted(const QSqlDatabase& db, const QString& serie, long long number);
 Decimal invoiceTotal(const QSqlDatabase& db, const QString& serie, long long number);
 
 // The lookup lists of the sale screen. The article list takes the typed text + "%", the parked
-// sales the register's serie.
+// sales the register's serie (with client and seller names and the total), the dispatch orders
+// the first day they may be invoiced from (see openDispatchOrders).
 QString clientCatalogSql();
 QString sellerCatalogSql();
 QString articleCatalogSql();
@@ -137,6 +138,8 @@ struct ParkedHeader {
 // The next HISTVENTAS number.
 long long nextParkedNumber(const QSqlDatabase& db);
 void insertParked(const QSqlDatabase& db, const ParkedHeader& h);
+void writeParkedTotals(const QSqlDatabase& db, long long numero, const QString& serie,
+                       const SaleTotals& totals);
 void insertParkedLine(const QSqlDatabase& db, long long numero, const QString& serie, int item,
                       const QDateTime& hora, const SaleLine& line);
 std::optional<ParkedHeader> parkedHeader(const QSqlDatabase& db, long long numero,

@@ -34,6 +34,7 @@ struct ArticlePrices {
     Decimal porcentajeImpuesto;
     int tipo = 0; // 0 keeps stock; anything else (services) is sold without touching it
     Decimal existencia;
+    bool fraccionable = false; // sold by weight or measure: quantities may carry decimals
 };
 
 // The highest prices among the other sizes and colours of a model, one row per promotion flag.

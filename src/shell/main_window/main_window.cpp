@@ -27,11 +27,13 @@
 #include <QFileSystemWatcher>
 #include <QFontDialog>
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QMenu>
 #include <QMenuBar>
+#include <QScreen>
 #include <QStatusBar>
 #include <QStyle>
 #include <QSysInfo>
@@ -81,7 +83,13 @@ QString machineName() {
 MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent) {
     setObjectName(QStringLiteral("frmPrincipal"));
     setWindowTitle(session().systemCode);
-    resize(1024, 720);
+    // The till works on the whole screen: maximised, and as large as the screen where no window
+    // manager maximises it.
+    if (QScreen* s = screen())
+        setGeometry(s->availableGeometry());
+    else
+        resize(1024, 720);
+    setWindowState(windowState() | Qt::WindowMaximized);
 
     m_mdi = new QMdiArea(this);
     m_mdi->setObjectName(QStringLiteral("mdiArea"));
@@ -297,6 +305,8 @@ void MainWindow::sessionButton() {
     for (QMdiSubWindow* sub : m_mdi->subWindowList())
         sub->widget()->setProperty("orvoEditing", false);
     m_mdi->closeAllSubWindows();
+    if (hasOpenScreens())
+        return; // a screen refused to close
     guarded(this, [&] { endUserSession(); });
     showLogin();
 }
@@ -493,6 +503,8 @@ QWidget* MainWindow::openForm(const QString& formName) {
     if (auto* config = qobject_cast<ServerConfigScreen*>(screen))
         connect(config, &ServerConfigScreen::connectionChanged, this,
                 &MainWindow::reloadAfterConnectionChange);
+    sub->installEventFilter(this);
+    screen->installEventFilter(this);
     screen->show();
     sub->show();
     m_mdi->setActiveSubWindow(sub);
@@ -605,21 +617,65 @@ void MainWindow::registerVersions() {
 
 // --- leaving -------------------------------------------------------------------------------------
 
+bool MainWindow::confirmCloseScreen(QMdiSubWindow* sub) {
+    QWidget* w = sub->widget();
+    if (!w || !w->property("orvoEditing").toBool())
+        return true;
+    const bool adding = w->property("orvoMode").toString() == QLatin1String("adding");
+    const QString caption = w->windowTitle();
+    const QString text = (adding ? QStringLiteral("Esta incluyendo un nuevo registro en ")
+                                 : QStringLiteral("Esta modificando un registro en ")) +
+                         caption + QStringLiteral(" ¿Desea cancelar la operación?");
+    m_mdi->setActiveSubWindow(sub);
+    return dialogs().question(this, text, QStringLiteral("Información"), false);
+}
+
 bool MainWindow::confirmCloseScreens() {
-    for (QMdiSubWindow* sub : m_mdi->subWindowList()) {
-        QWidget* w = sub->widget();
-        if (!w || !w->property("orvoEditing").toBool())
-            continue;
-        const bool adding = w->property("orvoMode").toString() == QLatin1String("adding");
-        const QString caption = w->windowTitle();
-        const QString text = (adding ? QStringLiteral("Esta incluyendo un nuevo registro en ")
-                                     : QStringLiteral("Esta modificando un registro en ")) +
-                             caption + QStringLiteral(" ¿Desea cancelar la operación?");
-        m_mdi->setActiveSubWindow(sub);
-        if (!dialogs().question(this, text, QStringLiteral("Información"), false))
+    for (QMdiSubWindow* sub : m_mdi->subWindowList())
+        if (!confirmCloseScreen(sub))
             return false;
-    }
     return true;
+}
+
+bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
+    if (auto* sub = qobject_cast<QMdiSubWindow*>(watched)) {
+        if (event->type() == QEvent::Close) {
+            // The frame's close button, its Ctrl+F4, Escape: an editing record form asks first.
+            if (!confirmCloseScreen(sub)) {
+                event->ignore();
+                return true;
+            }
+            if (QWidget* w = sub->widget())
+                w->setProperty("orvoEditing", false);
+        } else if (event->type() == QEvent::KeyPress &&
+                   static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape &&
+                   static_cast<QKeyEvent*>(event)->modifiers() == Qt::NoModifier) {
+            // Only an Escape that no control of the screen took reaches the frame.
+            sub->close();
+            return true;
+        }
+        return false;
+    }
+    if (event->type() == QEvent::Close) {
+        // A screen that closed itself ("Salir") leaves no empty frame behind, once its close is
+        // over (a screen may refuse it).
+        auto* w = qobject_cast<QWidget*>(watched);
+        QPointer<QMdiSubWindow> sub = w ? qobject_cast<QMdiSubWindow*>(w->parentWidget()) : nullptr;
+        QPointer<QWidget> screen = w;
+        if (sub)
+            QTimer::singleShot(0, this, [sub, screen] {
+                if (sub && screen && !screen->isVisible() && sub->isVisible() &&
+                    !sub->isMinimized())
+                    sub->close();
+            });
+    }
+    return false;
+}
+
+bool MainWindow::hasOpenScreens() const {
+    const auto screens = m_mdi->subWindowList();
+    return std::any_of(screens.begin(), screens.end(),
+                       [](const QMdiSubWindow* s) { return s->isVisible(); });
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
@@ -633,8 +689,13 @@ void MainWindow::closeEvent(QCloseEvent* event) {
     for (QMdiSubWindow* sub : m_mdi->subWindowList())
         if (sub->widget())
             sub->widget()->setProperty("orvoEditing", false);
-    m_pendingTimer->stop();
     m_mdi->closeAllSubWindows();
+    // A screen that would lose something (a sale holding a card payment) stays, and so do we.
+    if (hasOpenScreens()) {
+        event->ignore();
+        return;
+    }
+    m_pendingTimer->stop();
     event->accept();
 }
 

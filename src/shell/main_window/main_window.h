@@ -10,6 +10,7 @@ class QDockWidget;
 class QFileSystemWatcher;
 class QLabel;
 class QMdiArea;
+class QMdiSubWindow;
 class QMenu;
 class QTimer;
 class QToolBar;
@@ -25,8 +26,10 @@ class RecordToolbar;
 // button, the status bar and the task bar of pending exchange files.
 //
 // Screens that hold unsaved records say so through the dynamic property "orvoEditing" (true while
-// adding or modifying) and "orvoMode" ("adding" or "modifying"); leaving the program asks about
-// them first.
+// adding or modifying) and "orvoMode" ("adding" or "modifying"); closing such a screen, or
+// leaving the program, asks about them first. A screen that closes itself ("Salir") takes its
+// window frame with it; Escape (when no control of the screen used it) and Ctrl+F4 close the
+// active screen. The window starts maximised.
 class MainWindow : public QMainWindow {
     Q_OBJECT
 public:
@@ -66,12 +69,17 @@ public:
 
 protected:
     void closeEvent(QCloseEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     void startUserSession(const QString& code, const QString& name);
     void endUserSession();
     // Asks about every child screen that is adding or modifying; false when the user keeps one.
     bool confirmCloseScreens();
+    // The same question for one screen; true when it may close.
+    bool confirmCloseScreen(QMdiSubWindow* sub);
+    // Whether a screen is still open (one refused to close).
+    bool hasOpenScreens() const;
     void buildFixedMenus();
     void buildMenuBar(const QList<MenuNode>& nodes);
     void buildTree(const QList<MenuNode>& nodes);

@@ -71,6 +71,7 @@ bool CardTerminal::load(QString* error) {
         const QJsonObject o = v.toObject();
         Transaction t;
         t.sequence = o.value(u"numSeq").toInt();
+        t.idPayment = o.value(u"idPago").toString();
         t.authorisation = o.value(u"numeroAutorizacion").toString();
         t.kind = o.value(u"tipo").toString();
         t.cardKind = o.value(u"formaPago").toString();
@@ -91,6 +92,7 @@ void CardTerminal::save() {
     QJsonArray list;
     for (const Transaction& t : m_transactions)
         list.append(QJsonObject{{"numSeq", t.sequence},
+                                {"idPago", t.idPayment},
                                 {"numeroAutorizacion", t.authorisation},
                                 {"tipo", t.kind},
                                 {"formaPago", t.cardKind},
@@ -152,6 +154,13 @@ std::optional<QJsonObject> CardTerminal::handle(const QString& operation,
 QJsonObject CardTerminal::transact(const QString& kind, const QJsonObject& request) {
     Transaction t;
     t.kind = kind;
+    t.idPayment = request.value(u"idPago").toString().trimmed();
+    // A payment id already approved is a repeated request: the card is not charged twice.
+    for (const Transaction& done : m_transactions)
+        if (!t.idPayment.isEmpty() && done.idPayment == t.idPayment && done.status == u"APROBADA")
+            return QJsonObject{{"codRespuesta", "94"},
+                               {"mensajeRespuesta", "TRANSACCION DUPLICADA"},
+                               {"numeroLote", QString::number(m_lot)}};
     t.cardKind = request.value(u"formaPago").toString().toUpper();
     t.cedula = request.value(u"cedula").toString().trimmed();
     t.cardNumber = m_rules.cardNumber;

@@ -41,6 +41,7 @@ public:
 private:
     struct Transaction {
         int sequence = 0;
+        QString idPayment; // the register's id of the payment
         QString authorisation;
         QString kind; // pago, adelanto, retiro
         QString cardKind;

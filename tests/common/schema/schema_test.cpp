@@ -629,3 +629,21 @@ TEST_F(SchemaUpgrade, FailingVersionLeavesTheDatabaseAsItWas) {
 }
 
 } // namespace
+
+namespace {
+
+// A column given four decimals where it had two keeps its rows and takes the four on both engines.
+TEST_F(SchemaUpgrade, AWiderScaleKeepsTheRowsAndTakesItsDecimals) {
+    schema::Table widened = versionOneTable();
+    widened.columns[1] = schema::col::retyped(schema::col::price("Monto"), next());
+    ASSERT_EQ(schema::currentVersion({widened}), next());
+    EXPECT_EQ(schema::migrate(db(), {widened}).toVersion, next());
+
+    exec("INSERT INTO PRUEBA_VERSION (Codigo, Monto) VALUES (?, ?)", {"B", "8.5948"});
+    EXPECT_EQ(Decimal::fromVariant(scalar("SELECT Monto FROM PRUEBA_VERSION WHERE Codigo = 'A'")),
+              Decimal::fromString(u"10.50"));
+    EXPECT_EQ(Decimal::fromVariant(scalar("SELECT Monto FROM PRUEBA_VERSION WHERE Codigo = 'B'")),
+              Decimal::fromString(u"8.5948"));
+}
+
+} // namespace

@@ -44,6 +44,30 @@ protected:
         e->selectAll();
         QTest::keyClicks(e, text);
     }
+    // Types into a grid cell through its editor and presses Enter, as the user does.
+    static void typeCell(QTableWidget* cells, int row, int column, const QString& text,
+                         Qt::Key leave = Qt::Key_Return) {
+        // Entering a cell opens its editor; an editor left behind is hidden until deleted.
+        cells->setCurrentCell(row, column);
+        const auto editor = [cells]() -> QLineEdit* {
+            for (QLineEdit* e : cells->viewport()->findChildren<QLineEdit*>())
+                if (e->isVisible())
+                    return e;
+            return nullptr;
+        };
+        if (!editor())
+            cells->editItem(cells->item(row, column));
+        ASSERT_NE(editor(), nullptr);
+        editor()->selectAll();
+        QTest::keyClicks(editor(), text);
+        QTest::keyClick(editor(), leave);
+    }
+    static QStringList sizesDown(QTableWidget* cells) {
+        QStringList out;
+        for (int r = 0; r < cells->rowCount(); ++r)
+            out << cells->verticalHeaderItem(r)->text();
+        return out;
+    }
 };
 
 } // namespace
@@ -76,21 +100,34 @@ TEST_F(ArticlesScreenTest, BarcodesTypedInTheGridBecomeVariants) {
     ASSERT_EQ(cells->rowCount(), 2);
     ASSERT_EQ(cells->columnCount(), 1);
 
-    cells->item(0, 0)->setText("G1");
-    cells->item(1, 0)->setText("G1");
-    EXPECT_EQ(dialogs.lastText(), "El codigo ya existe en esta referencia...!");
+    // A refused code leaves its cell, and only its cell, once the edit is over.
+    typeCell(cells, 0, 0, "G1");
+    typeCell(cells, 1, 0, "G1");
+    QTRY_COMPARE(dialogs.lastText(), "El codigo ya existe en esta referencia...!");
     EXPECT_EQ(cells->item(1, 0)->text(), "");
-    cells->item(1, 0)->setText("X10");
-    EXPECT_EQ(dialogs.lastText(), "El codigo ya existe en otra referencia...!");
+    EXPECT_EQ(cells->item(0, 0)->text(), "G1");
+    typeCell(cells, 1, 0, "X10");
+    QTRY_COMPARE(dialogs.lastText(), "El codigo ya existe en otra referencia...!");
     EXPECT_EQ(cells->item(1, 0)->text(), "");
-    cells->item(1, 0)->setText("G2");
-    EXPECT_EQ(child<QLabel>(s, "lblVariaciones")->text(),
-              "Existe(n) 2 variacion(es) por talla y color");
+    typeCell(cells, 1, 0, "7591234000017");
+    QTRY_COMPARE(dialogs.lastText(), "El código EAN-13 7591234000017 no es válido: su dígito de "
+                                     "control debe ser 8...!");
+    EXPECT_EQ(cells->item(1, 0)->text(), "");
+    typeCell(cells, 1, 0, "G2");
+    QTRY_COMPARE(child<QLabel>(s, "lblVariaciones")->text(),
+                 "Existe(n) 2 variacion(es) por talla y color");
 
-    // A size inserted from the grid's menu gets its own row.
+    // A size inserted from the grid's menu gets its own row, kept where it was put after a
+    // refusal.
     s.insertSizeRow(0, "40");
     ASSERT_EQ(cells->rowCount(), 3);
-    cells->item(0, 0)->setText("G0");
+    typeCell(cells, 0, 0, "G2", Qt::Key_Tab);
+    QTRY_COMPARE(dialogs.texts().size(), 4);
+    EXPECT_EQ(sizesDown(cells), (QStringList{"40", "36", "38"}));
+    EXPECT_EQ(cells->item(0, 0)->text(), "");
+    EXPECT_EQ(cells->item(1, 0)->text(), "G1");
+    EXPECT_EQ(cells->item(2, 0)->text(), "G2");
+    typeCell(cells, 0, 0, "G0");
 
     dialogs.clear();
     ASSERT_TRUE(s.perform(Action::Save)) << dialogs.lastText().toStdString();
@@ -112,6 +149,25 @@ TEST_F(ArticlesScreenTest, BarcodesTypedInTheGridBecomeVariants) {
     EXPECT_EQ(count("INVENTARIO", "Referencia = 'REF-G' AND PrecioDetal = 60"), 3);
     EXPECT_EQ(child<QLineEdit>(s, "txtReferencia")->text(), "REF-G");
     EXPECT_EQ(cells->item(0, 0)->text(), "G1"); // sizes come down in code order once loaded
+
+    // A variant's barcode typed over is that variant's new barcode: no second variant.
+    exec("UPDATE INVENTARIO SET Existencia = 4 WHERE CodigoBarra = 'G2'");
+    ASSERT_TRUE(s.perform(Action::Modify));
+    typeCell(cells, 1, 0, "7591234000018");
+    ASSERT_TRUE(s.perform(Action::Save)) << dialogs.lastText().toStdString();
+    EXPECT_EQ(count("INVENTARIO", "Referencia = 'REF-G'"), 3);
+    EXPECT_EQ(count("INVENTARIO", "CodigoBarra = 'G2'"), 0);
+    // Stock is read as a decimal, as PostgreSQL returns it.
+    EXPECT_EQ(Decimal::fromVariant(scalar(
+                  "SELECT Existencia FROM INVENTARIO WHERE CodigoBarra = '7591234000018' AND "
+                  "Talla = '38'")),
+              Decimal(4));
+    EXPECT_EQ(count("LOG_ARTICULOS",
+                    "Formulario = 'frmArticulos' AND CodigoBarra = "
+                    "'7591234000018' AND SQL LIKE 'UPDATE INVENTARIO SET "
+                    "CodigoBarra = ''7591234000018'' WHERE CodigoBarra = ''G2''%'"),
+              1);
+    EXPECT_EQ(cells->item(1, 0)->text(), "7591234000018");
 }
 
 TEST_F(ArticlesScreenTest, SaveRefusalsKeepTheFormAndScreensAreRegistered) {
@@ -127,6 +183,7 @@ TEST_F(ArticlesScreenTest, SaveRefusalsKeepTheFormAndScreensAreRegistered) {
 
     std::unique_ptr<QWidget> w(registry.create("frmArticulos", nullptr));
     auto& s = static_cast<ArticlesScreen&>(*w);
+    s.show();
     ASSERT_TRUE(s.perform(Action::New));
     typeInto(child<QLineEdit>(s, "txtReferencia"), "R");
     auto* brand = child<QComboBox>(s, "cboMarca");
@@ -136,7 +193,7 @@ TEST_F(ArticlesScreenTest, SaveRefusalsKeepTheFormAndScreensAreRegistered) {
     EXPECT_EQ(dialogs.lastText(), "Debe específicar alguna talla...!");
     tick(child<QListWidget>(s, "lstTallas"), "36");
     tick(child<QListWidget>(s, "lstColores"), "NEGRO");
-    child<QTableWidget>(s, "SpreadArticulos")->item(0, 0)->setText("GR1");
+    typeCell(child<QTableWidget>(s, "SpreadArticulos"), 0, 0, "GR1");
     EXPECT_FALSE(s.perform(Action::Save));
     EXPECT_EQ(dialogs.lastText(), "Seleccione una categoria de detalle...!");
     EXPECT_EQ(s.mode(), shell::RecordScreen::Mode::Adding);

@@ -96,7 +96,7 @@ TEST_F(CashScreensTest, AWholeDayFromOpeningToClosingWithItsReports) {
     // The float, the cash sale, less the withdrawal and the cash deposited: 100+116-16-50.
     EXPECT_EQ(find<QLineEdit>(closing, "txtEfectivoEsperado")->text(), "150,00");
     type(closing, "txtEfectivoContado", "150,00");
-    const QString pdf = m_home.filePath("cierre.pdf");
+    const QString pdf = m_home->filePath("cierre.pdf");
     dialogs.expectQuestion("Confirma el cierre de caja...?", true);
     dialogs.expectQuestion("Desea Imprimir los Reportes del Cierre ?", true);
     dialogs.expectPrinter(pdf);
@@ -116,7 +116,7 @@ TEST_F(CashScreensTest, AWholeDayFromOpeningToClosingWithItsReports) {
     EXPECT_EQ(count("DIARIOREPORTEZ"), 1);
     EXPECT_TRUE(QFile::exists(pdf));
     // The local backup was made on its own thread before the screen finished.
-    EXPECT_EQ(QDir(m_home.filePath("Respaldos")).entryList({"*_RESP.BAK"}).size(), 1);
+    EXPECT_EQ(QDir(m_home->filePath("Respaldos")).entryList({"*_RESP.BAK"}).size(), 1);
     EXPECT_FALSE(closing.busy());
     EXPECT_EQ(find<QLineEdit>(closing, "txtStatus")->text(), "Cerrada");
 }

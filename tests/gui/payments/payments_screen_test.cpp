@@ -4,8 +4,11 @@
 #include "support/test_db.h"
 #include "tools/card_emulator/emulator_thread.h"
 
+#include <QApplication>
+#include <QComboBox>
 #include <QDir>
 #include <QLabel>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QTableWidget>
 #include <QTemporaryDir>
@@ -224,7 +227,7 @@ TEST_F(PaymentsScreenTest, VoidBySequenceAndReprint) {
               QStringLiteral("Información de Secuencia de Pago"));
 }
 
-TEST_F(PaymentsScreenTest, AcceptNeedsTheExactTotalUnlessChangeIsGiven) {
+TEST_F(PaymentsScreenTest, AcceptNeedsTheExactTotalAndOnlyCashGivesChange) {
     auto s = open("100.00");
     type(*s, 0, Col::kWay, "EFECTIVO");
     type(*s, 0, Col::kAmount, "99,99");
@@ -239,10 +242,56 @@ TEST_F(PaymentsScreenTest, AcceptNeedsTheExactTotalUnlessChangeIsGiven) {
         m_dialogs.lastText().startsWith("El monto abonado excede a el valor de la factura"));
     EXPECT_NE(s->result(), QDialog::Accepted);
 
+    // A cash sale: cash over the balance is change, a card or dollars over it are refused.
     auto cash = open("100.00", true);
-    type(*cash, 0, Col::kWay, "EFECTIVO");
-    type(*cash, 0, Col::kAmount, "120");
+    type(*cash, 0, Col::kWay, "TARJETA DE DEBITO");
+    type(*cash, 0, Col::kAmount, "110");
+    for (int c : {Col::kDocument, Col::kLot})
+        type(*cash, 0, c, "7");
+    type(*cash, 0, Col::kBank, "BANESCO");
+    type(*cash, 0, Col::kPointOfSale, "BANESCO PUNTO");
+    click(*cash, "cmdAceptar");
+    EXPECT_EQ(m_dialogs.lastText(),
+              QStringLiteral("Solo el pago en EFECTIVO da cambio: el monto en TARJETA DE DEBITO "
+                             "excede el saldo de la factura. Corrija el monto de esa fila...!"));
+    type(*cash, 0, Col::kAmount, "80");
+    type(*cash, 1, Col::kWay, "EFECTIVO DOLAR");
+    type(*cash, 1, Col::kAmount, "1");
+    click(*cash, "cmdAceptar");
+    EXPECT_TRUE(m_dialogs.lastText().contains("el monto en EFECTIVO DOLAR excede el saldo"))
+        << m_dialogs.lastText().toStdString();
+    EXPECT_NE(cash->result(), QDialog::Accepted);
+    type(*cash, 1, Col::kWay, "EFECTIVO");
+    type(*cash, 1, Col::kAmount, "50");
     click(*cash, "cmdAceptar");
     EXPECT_EQ(cash->result(), QDialog::Accepted);
-    EXPECT_EQ(cash->amountPaid(), Decimal(120));
+    EXPECT_EQ(cash->amountPaid(), Decimal(130));
+    EXPECT_EQ(changeDue(cash->rows(), Decimal(35), Decimal(100)), Decimal(30));
+}
+
+TEST_F(PaymentsScreenTest, AWholeSaleInDollarsFromTheKeyboard) {
+    auto s = open("100.00", true);
+    ASSERT_TRUE(QTest::qWaitForWindowActive(s.get()));
+    // The screen opens on the way of the first row: the way is typed, Enter proposes the
+    // balance in dollars (rounded up to the cent), Enter again settles and accepts.
+    QTRY_VERIFY(qobject_cast<QComboBox*>(QApplication::focusWidget()));
+    QTest::keyClicks(QApplication::focusWidget(), "EFECTIVO D");
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    QTRY_VERIFY(qobject_cast<QLineEdit*>(QApplication::focusWidget()));
+    EXPECT_EQ(cellText(*s, 0, Col::kAmount), QStringLiteral("2,86 $"));
+    EXPECT_EQ(cellText(*s, 0, Col::kCounted), QStringLiteral("100,10"));
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    QTRY_COMPARE(s->result(), int(QDialog::Accepted));
+    EXPECT_TRUE(m_dialogs.messages().isEmpty()) << m_dialogs.lastText().toStdString();
+    ASSERT_EQ(s->rows().size(), 1);
+    EXPECT_EQ(s->rows().at(0).amount, Decimal::fromString(u"2.86"));
+    // Its rounding is not change: the drawer gives nothing back.
+    EXPECT_EQ(changeDue(s->rows(), Decimal(35), Decimal(100)), Decimal());
+
+    // F10 accepts as well; Enter on a free row with nothing left to pay too.
+    auto two = open("70.00", true);
+    type(*two, 0, Col::kWay, "EFECTIVO");
+    type(*two, 0, Col::kAmount, "70");
+    QTest::keyClick(two.get(), Qt::Key_F10);
+    EXPECT_EQ(two->result(), QDialog::Accepted);
 }

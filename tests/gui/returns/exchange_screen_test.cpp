@@ -73,7 +73,7 @@ protected:
 
 } // namespace
 
-TEST_F(ExchangeScreenTest, AShirtForTrousersPaidInThePaymentsDialogPrintsNoteThenInvoice) {
+TEST_F(ExchangeScreenTest, AShirtForTrousersCollectsOnlyTheDifferenceAndPrintsNoteThenInvoice) {
     WatchingDialogs dialogs;
     pos::returns::ExchangeScreen s(db(), ctx, thread.get());
     s.show();
@@ -83,26 +83,28 @@ TEST_F(ExchangeScreenTest, AShirtForTrousersPaidInThePaymentsDialogPrintsNoteThe
     ASSERT_EQ(find<QTableWidget>(s, "SpreadDevolucion")->rowCount(), 1);
     type(s, "txtArticulo", "T0002");
     ASSERT_EQ(find<QTableWidget>(s, "SpreadFacturacion")->rowCount(), 1);
-    EXPECT_EQ(find<QLabel>(s, "lblTotal")->text(), "Total: 139,20");
+    EXPECT_EQ(find<QLabel>(s, "lblTotalDevuelto")->text(), "Devuelve: 116,00");
+    EXPECT_EQ(find<QLabel>(s, "lblTotal")->text(), "Lleva: 139,20");
+    EXPECT_EQ(find<QLabel>(s, "lblDiferencia")->text(), "A pagar: 23,20");
     ASSERT_TRUE(dialogs.messages().isEmpty()) << dialogs.lastText().toStdString();
 
+    // The payments screen asks for the difference only.
     bool dialogSeen = false;
     QTimer::singleShot(0, [&] {
         auto* pay = qobject_cast<pos::payments::PaymentsScreen*>(QApplication::activeModalWidget());
         ASSERT_NE(pay, nullptr);
         dialogSeen = true;
-        EXPECT_EQ(pay->objectName(), "frmPagosVenta");
-        EXPECT_EQ(pay->findChild<QLabel*>("lblTotalFactura")->text(), "139,20");
+        EXPECT_EQ(pay->findChild<QLabel*>("lblTotalFactura")->text(), "23,20");
         pay->grid()->item(0, PayCol::kWay)->setText("EFECTIVO");
-        pay->grid()->item(0, PayCol::kAmount)->setText("150");
+        pay->grid()->item(0, PayCol::kAmount)->setText("30");
         QTest::mouseClick(pay->findChild<QPushButton*>("cmdAceptar"), Qt::LeftButton);
         if (pay->isVisible())
             pay->reject(); // refused: the checks below say why
     });
-    QTest::mouseClick(find<QPushButton>(s, "cmdPagos"), Qt::LeftButton);
+    QTest::keyClick(&s, Qt::Key_F5);
     ASSERT_TRUE(dialogSeen);
     ASSERT_TRUE(dialogs.messages().isEmpty()) << dialogs.lastText().toStdString();
-    EXPECT_EQ(find<QLabel>(s, "lblCambio")->text(), "Cambio: 10,80");
+    EXPECT_EQ(find<QLabel>(s, "lblCambio")->text(), "Cambio: 6,80");
     EXPECT_EQ(count("DEVVENTAS"), 0);
 
     bool noteBeforePrompt = false;
@@ -113,28 +115,26 @@ TEST_F(ExchangeScreenTest, AShirtForTrousersPaidInThePaymentsDialogPrintsNoteThe
         noteBeforePrompt = emulator.hasTicket("NOTACREDITO_00000001.txt");
         invoiceBeforePrompt = emulator.hasTicket("FACTURA_00000002.txt");
     };
-    QTest::mouseClick(find<QPushButton>(s, "cmdAceptar"), Qt::LeftButton);
+    QTest::keyClick(&s, Qt::Key_F10);
     ASSERT_EQ(dialogs.texts(), QStringList{"Presione ENTER al terminar de imprimir la nota de "
                                            "credito para imprimir la factura...!"});
     EXPECT_TRUE(noteBeforePrompt);
     EXPECT_FALSE(invoiceBeforePrompt);
 
-    // The return of invoice 1 and the new invoice 2, both printed.
+    // The return of invoice 1 and the new invoice 2, both whole and printed.
     ASSERT_EQ(count("DEVVENTAS"), 1);
     EXPECT_EQ(scalar("SELECT NumeroFactura FROM DEVVENTAS").toLongLong(), 1);
     EXPECT_EQ(scalar("SELECT Impresa FROM DEVVENTAS").toInt(), 1);
-    EXPECT_EQ(dec("SELECT Cantidad FROM MOVDEVVENTAS WHERE CodigoBarra = 'T0001'"), Decimal(1));
     EXPECT_EQ(dec("SELECT CantidadDevuelta FROM MOVVENTAS WHERE NumeroFactura = 1"), Decimal(1));
     ASSERT_EQ(count("VENTAS"), 2);
     EXPECT_EQ(scalar("SELECT Cliente FROM VENTAS WHERE NumeroFactura = 2").toString().trimmed(),
               "V12345678");
     EXPECT_EQ(scalar("SELECT Impresa FROM VENTAS WHERE NumeroFactura = 2").toInt(), 1);
-    EXPECT_EQ(count("PAGOSVENTA", "NumeroFactura = 2"), 1);
-    EXPECT_EQ(dec("SELECT Monto FROM PAGOSVENTA WHERE NumeroFactura = 2"),
-              Decimal::fromString(QStringLiteral("139.20")));
-    EXPECT_EQ(
-        scalar("SELECT FormaPago FROM PAGOSVENTA WHERE NumeroFactura = 2").toString().trimmed(),
-        "1");
+    // Paid by the shirt's refund and the cash of the difference.
+    EXPECT_EQ(count("PAGOSVENTA", "NumeroFactura = 2 AND FormaPago = '1'"), 2);
+    EXPECT_EQ(dec("SELECT SUM(Monto) FROM PAGOSVENTA WHERE NumeroFactura = 2"),
+              Decimal::fromString(u"139.20"));
+    EXPECT_EQ(dec("SELECT Monto FROM SALIDASCAJA"), Decimal(116));
     EXPECT_EQ(dec("SELECT Existencia FROM INVENTARIO WHERE CodigoBarra = 'T0001'"), Decimal(10));
     EXPECT_EQ(dec("SELECT Existencia FROM INVENTARIO WHERE CodigoBarra = 'T0002'"), Decimal(4));
 
@@ -146,14 +146,16 @@ TEST_F(ExchangeScreenTest, AShirtForTrousersPaidInThePaymentsDialogPrintsNoteThe
     const QString invoice = emulator.ticket("FACTURA_00000002.txt");
     EXPECT_TRUE(invoice.contains("PANTALON PRUEBA")) << invoice.toStdString();
     EXPECT_FALSE(invoice.contains("CAMISA PRUEBA")) << invoice.toStdString();
+    // The customer display shows what was settled.
+    const QString display = emulator.ticket("VISOR.txt");
+    EXPECT_TRUE(display.contains("A pagar: Bs.23,20")) << display.toStdString();
+    EXPECT_TRUE(display.contains("Cambio: Bs.6,80")) << display.toStdString();
 
-    // The screen is cleared and shows what was charged.
+    // The screen is cleared and still says what was settled.
     EXPECT_EQ(find<QTableWidget>(s, "SpreadDevolucion")->rowCount(), 0);
-    EXPECT_EQ(find<QLabel>(s, "lblTotal")->text(), "Total: 139,20");
-    // The change of the payment and the shirt's value, paid out on the refunds account.
-    const Decimal refund =
-        dec("SELECT TotalMercancia - TotalDescuento + TotalImpuesto FROM DEVVENTAS");
-    EXPECT_EQ(dec("SELECT Monto FROM SALIDASCAJA"), refund);
-    EXPECT_EQ(find<QLabel>(s, "lblCambio")->text(),
-              "Cambio: " + pos::payments::formatAmount(Decimal::fromString(u"10.80") + refund));
+    EXPECT_EQ(find<QLabel>(s, "lblDiferencia")->text(), "A pagar: 23,20");
+    EXPECT_EQ(find<QLabel>(s, "lblCambio")->text(), "Cambio: 6,80");
+    EXPECT_TRUE(
+        find<QLabel>(s, "lblUltimaDevolucion")->text().contains("devolver al cliente Bs.6,80"))
+        << find<QLabel>(s, "lblUltimaDevolucion")->text().toStdString();
 }

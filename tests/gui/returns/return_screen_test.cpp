@@ -9,11 +9,13 @@
 #include "support/scripted_dialogs.h"
 #include "support/test_db.h"
 
+#include <QApplication>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTableWidget>
 #include <QTest>
+#include <QTimer>
 
 using namespace orvo;
 
@@ -177,7 +179,7 @@ TEST_F(ReturnScreenTest, ACreditNoteThatDidNotPrintGoesOutBeforeTheNextReturn) {
     EXPECT_TRUE(papers.at(2).contains("NOTA DE CREDITO: 00000003"));
 }
 
-TEST_F(ReturnScreenTest, TheExchangeKeysBothSidesAndWritesNothingUntilPaid) {
+TEST_F(ReturnScreenTest, TheExchangeShowsTheDifferenceAndWritesNothingUntilItIsPaid) {
     test::ScriptedDialogs dialogs;
     pos::returns::ExchangeScreen s(db(), ctx, nullptr);
     s.show();
@@ -187,12 +189,32 @@ TEST_F(ReturnScreenTest, TheExchangeKeysBothSidesAndWritesNothingUntilPaid) {
     type(s, "TxtFactura", "1");
     QTest::mouseClick(find<QPushButton>(s, "cmdDevTotal"), Qt::LeftButton);
     EXPECT_EQ(find<QTableWidget>(s, "SpreadDevolucion")->rowCount(), 1);
-    type(s, "txtArticulo", "T0001");
-    EXPECT_EQ(find<QTableWidget>(s, "SpreadFacturacion")->rowCount(), 1);
-    EXPECT_EQ(find<QLabel>(s, "lblTotal")->text(), "Total: 116,00");
+    type(s, "txtArticulo", "4*T0001");
+    ASSERT_EQ(find<QTableWidget>(s, "SpreadFacturacion")->rowCount(), 1);
+    EXPECT_EQ(find<QLabel>(s, "lblTotalDevuelto")->text(), "Devuelve: 348,00");
+    EXPECT_EQ(find<QLabel>(s, "lblTotal")->text(), "Lleva: 464,00");
+    EXPECT_EQ(find<QLabel>(s, "lblDiferencia")->text(), "A pagar: 116,00");
 
+    // Aceptar asks for the difference first; left unpaid, nothing is written.
+    bool asked = false;
+    QTimer::singleShot(0, [&] {
+        auto* pay = qobject_cast<pos::payments::PaymentsScreen*>(QApplication::activeModalWidget());
+        ASSERT_NE(pay, nullptr);
+        asked = true;
+        EXPECT_EQ(pay->findChild<QLabel*>("lblTotalFactura")->text(), "116,00");
+        pay->reject();
+    });
     QTest::mouseClick(find<QPushButton>(s, "cmdAceptar"), Qt::LeftButton);
-    EXPECT_EQ(dialogs.lastText(), "Debe Especificar el pago del cliente...!");
+    EXPECT_TRUE(asked);
     EXPECT_EQ(count("DEVVENTAS"), 0);
     EXPECT_EQ(count("VENTAS"), 1);
+
+    // Taking less than what comes back leaves an amount to hand back.
+    type(s, "txtArticulo", "T0001");
+    EXPECT_EQ(find<QLabel>(s, "lblDiferencia")->text(), "A pagar: 232,00");
+    find<QTableWidget>(s, "SpreadFacturacion")->setFocus();
+    find<QTableWidget>(s, "SpreadFacturacion")->setCurrentCell(0, 0);
+    dialogs.expectQuestion("Desea eliminar el item seleccionado?", true);
+    QTest::mouseClick(find<QPushButton>(s, "cmdEliminar"), Qt::LeftButton);
+    EXPECT_EQ(find<QLabel>(s, "lblDiferencia")->text(), "A devolver: 232,00");
 }

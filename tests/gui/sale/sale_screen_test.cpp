@@ -308,11 +308,11 @@ TEST_F(RegisterDayTest, OpenSellParkCancelAndCloseWithTheZ) {
     });
     ASSERT_EQ(count("VENTAS"), 1) << dialogs.texts().join('|').toStdString();
 
-    // 2: dollars, a little over the total at the day's rate.
+    // 2: dollars, the total at the day's rate rounded up to the cent (no change from dollars).
     keySale(screen, {codes[1]});
     totals << screen.draft().totals().total;
     const Decimal rate = Decimal::fromString(QStringLiteral("36.50"));
-    const Decimal dollars = (totals[1] / rate).truncated(0) + Decimal(1);
+    const Decimal dollars = *pos::payments::proposedAmount("EFECTIVO DOLAR", totals[1], rate);
     acceptPaying(screen, [&](pos::payments::PaymentsScreen& p) {
         cell(p, 0, PayCol::kWay, "EFECTIVO DOLAR");
         cell(p, 0, PayCol::kAmount, dollars.toString(2));
@@ -354,6 +354,15 @@ TEST_F(RegisterDayTest, OpenSellParkCancelAndCloseWithTheZ) {
         ASSERT_NE(list, nullptr);
         ASSERT_EQ(list->rowCount(), 1);
         list->grid()->setActiveCell(0, 0);
+        // The list says whose sale it is and what it comes to.
+        const QVariantMap parked = list->currentRow();
+        using grid::CatalogDialog;
+        EXPECT_EQ(CatalogDialog::valueOf(parked, "NombreCliente").toString().trimmed(),
+                  "MARIA ALEJANDRA PEREZ");
+        EXPECT_EQ(CatalogDialog::valueOf(parked, "NombreVendedor").toString().trimmed(),
+                  "GABRIELA HERNANDEZ");
+        EXPECT_EQ(Decimal::fromVariant(CatalogDialog::valueOf(parked, "TotalVenta")).rounded(2),
+                  totals[3]);
         QTest::keyClick(list, Qt::Key_Return);
     });
     QTest::keyClick(&screen, Qt::Key_F7);

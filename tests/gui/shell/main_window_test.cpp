@@ -121,6 +121,18 @@ protected:
         dlg->findChild<QPushButton*>(QStringLiteral("cmdAceptar"))->click();
     }
     int openScreens() { return int(window().mdiArea()->subWindowList().size()); }
+    // Logged in, with a screen modifying a record.
+    QWidget* modifyingScreen() {
+        login(QStringLiteral("CAJERO1"), QStringLiteral("1234"));
+        if (!QTest::qWaitFor([] { return isLoggedIn(); }))
+            return nullptr;
+        QWidget* screen = window().openForm(QStringLiteral("frmPruebaFacturacion"));
+        if (screen) {
+            screen->setProperty("orvoEditing", true);
+            screen->setProperty("orvoMode", QStringLiteral("modifying"));
+        }
+        return screen;
+    }
 
     test::HomeGuard m_home;
     test::ScriptedDialogs m_dialogs;
@@ -302,12 +314,8 @@ TEST_F(MainWindowTest, SessionButtonEndsTheSessionOnlyWhenConfirmed) {
 }
 
 TEST_F(MainWindowTest, LeavingAsksAboutEditingScreensThenAboutLeaving) {
-    login(QStringLiteral("CAJERO1"), QStringLiteral("1234"));
-    QTRY_VERIFY(isLoggedIn());
-    QWidget* screen = window().openForm(QStringLiteral("frmPruebaFacturacion"));
+    QWidget* screen = modifyingScreen();
     ASSERT_NE(screen, nullptr);
-    screen->setProperty("orvoEditing", true);
-    screen->setProperty("orvoMode", QStringLiteral("modifying"));
 
     m_dialogs.expectQuestion(QStringLiteral("Esta modificando un registro en Facturacion ¿Desea "
                                             "cancelar la operación?"),
@@ -327,6 +335,26 @@ TEST_F(MainWindowTest, LeavingAsksAboutEditingScreensThenAboutLeaving) {
     m_dialogs.expectQuestion(QStringLiteral("Esta incluyendo"), true);
     m_dialogs.expectQuestion(QStringLiteral("¿Desea abandonar el sistema?"), true);
     EXPECT_TRUE(window().close());
+    EXPECT_TRUE(m_dialogs.allAnswered());
+}
+
+TEST_F(MainWindowTest, ClosingOneEditingScreenAsksFirst) {
+    EXPECT_TRUE(window().windowState() & Qt::WindowMaximized);
+    QWidget* screen = modifyingScreen();
+    ASSERT_NE(screen, nullptr);
+
+    // Escape that the screen does not use, then Ctrl+F4: each asks; "No" keeps the screen.
+    m_dialogs.expectQuestion(QStringLiteral("Esta modificando un registro en Facturacion ¿Desea "
+                                            "cancelar la operación?"),
+                             false);
+    QTest::keyClick(screen, Qt::Key_Escape);
+    EXPECT_EQ(openScreens(), 1);
+    window().activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window()));
+    screen->setFocus();
+    m_dialogs.expectQuestion(QStringLiteral("Esta modificando"), true);
+    QTest::keySequence(window().windowHandle(), QKeySequence(Qt::CTRL | Qt::Key_F4));
+    QTRY_COMPARE(openScreens(), 0);
     EXPECT_TRUE(m_dialogs.allAnswered());
 }
 

@@ -131,15 +131,24 @@ TEST_F(ArticleMaster, CreatesAModelAndSavingAgainUpdatesWithoutDuplicates) {
     EXPECT_EQ(scalar("SELECT Talla FROM INVENTARIO WHERE CodigoBarra = '7721'").toString(), "40");
     EXPECT_EQ(scalar("SELECT CodigoColor FROM INVENTARIO WHERE CodigoBarra = '7721'").toString(),
               "02");
-    // Prices are kept to the cent, costs to five decimals.
+    // Prices are kept to four decimals, costs to five.
     EXPECT_EQ(Decimal::fromVariant(
                   scalar("SELECT PrecioDetal FROM INVENTARIO WHERE CodigoBarra = '7700'")),
-              Decimal::fromString(u"100.01"));
+              Decimal::fromString(u"100.005"));
     EXPECT_EQ(Decimal::fromVariant(
                   scalar("SELECT CostoPromedio FROM INVENTARIO WHERE CodigoBarra = '7700'")),
               Decimal::fromString(u"41.12346"));
     EXPECT_EQ(count("LOG_ARTICULOS"), 6);
     EXPECT_EQ(count("LOG_ARTICULOS", "SQL LIKE 'INSERT INTO INVENTARIO%'"), 6);
+
+    // A tax-included 9,97 at 16 % comes back as 9,97, not 9,96.
+    ArticleModel typed = model();
+    typed.wholesalePrice = rules::withoutTax(Decimal::fromString(u"9.97"), Decimal(16));
+    saveModel(db(), typed, g, false, writer());
+    EXPECT_EQ(rules::withTax(loadModel(db(), "REF-1", "N1")->model.wholesalePrice, Decimal(16))
+                  .rounded(2),
+              Decimal::fromString(u"9.97"));
+    EXPECT_EQ(count("LOG_ARTICULOS"), 12);
 
     ArticleModel changed = model();
     changed.retailPrice = Decimal(120);
@@ -149,15 +158,15 @@ TEST_F(ArticleMaster, CreatesAModelAndSavingAgainUpdatesWithoutDuplicates) {
     EXPECT_EQ(count("INVENTARIO", "PrecioDetal = 120"), 6);
     EXPECT_EQ(scalar("SELECT Nombre FROM INVENTARIO WHERE CodigoBarra = '7710'").toString(),
               "ZAPATO NUEVO T:38 NEGRO");
-    EXPECT_EQ(count("LOG_ARTICULOS"), 12);
-    EXPECT_EQ(count("LOG_ARTICULOS", "SQL LIKE 'UPDATE INVENTARIO%'"), 6);
+    EXPECT_EQ(count("LOG_ARTICULOS"), 18);
+    EXPECT_EQ(count("LOG_ARTICULOS", "SQL LIKE 'UPDATE INVENTARIO%'"), 12);
 
     // A size taken out of the grid keeps its variants in the table.
     ModelGrid smaller = g;
     smaller.removeSize(0);
     saveModel(db(), changed, smaller, false, writer());
     EXPECT_EQ(count("INVENTARIO"), 6);
-    EXPECT_EQ(count("LOG_ARTICULOS"), 16);
+    EXPECT_EQ(count("LOG_ARTICULOS"), 22);
 
     // Other writers of INVENTARIO log through the same writer, inside their own transaction.
     {
@@ -197,7 +206,7 @@ TEST_F(ArticleMaster, EachStatementIsLoggedWithItsValuesAndWorkstation) {
     const QString sql = q.text("SQL");
     EXPECT_TRUE(sql.contains("'5001', 'ZAPATO TROTE T:38 NEGRO', 'REF-1', 'N1', '38', '01'"))
         << sql.toStdString();
-    EXPECT_TRUE(sql.contains("100.01000000, 80.00000000, 90.00000000")) << sql.toStdString();
+    EXPECT_TRUE(sql.contains("100.00500000, 80.00000000, 90.00000000")) << sql.toStdString();
     EXPECT_TRUE(sql.contains("'O''Neil'")) << sql.toStdString();
     EXPECT_FALSE(sql.contains('?'));
     EXPECT_FALSE(q.next());
@@ -248,6 +257,7 @@ TEST_F(ArticleMaster, LoadsTheModelWithItsGridAndPromotion) {
     m.type = 1;
     m.status = 0;
     m.serialized = true;
+    m.fractional = true;
     ModelGrid g = grid();
     g.setBarcode(1, 1, ""); // an empty cell creates nothing
     saveModel(db(), m, g, true, writer());
@@ -266,6 +276,7 @@ TEST_F(ArticleMaster, LoadsTheModelWithItsGridAndPromotion) {
     EXPECT_EQ(loaded->model.type, 1);
     EXPECT_EQ(loaded->model.status, 0);
     EXPECT_TRUE(loaded->model.serialized);
+    EXPECT_TRUE(loaded->model.fractional);
     EXPECT_EQ(loaded->model.note, "O'Neil");
     const ModelGrid& lg = loaded->grid;
     EXPECT_EQ(lg.sizes(), QStringList({"36", "38", "40"}));
@@ -319,7 +330,7 @@ TEST_F(ArticleMaster, BrowserListsVisibleModelsAndShowsPricesOnlyToWhoMaySee) {
     const ModelList full = listModels(db(), "JEFE");
     EXPECT_TRUE(full.withPrices);
     EXPECT_FALSE(full.withCosts);
-    EXPECT_EQ(full.rows[0].retailPrice, Decimal::fromString(u"100.01"));
+    EXPECT_EQ(full.rows[0].retailPrice, Decimal::fromString(u"100.005"));
     member("SIS", "SISTEMAS", "SISTEMAS");
     EXPECT_EQ(listModels(db(), "SIS").rows[0].averageCost, Decimal::fromString(u"41.12346"));
 
@@ -339,7 +350,7 @@ TEST_F(ArticleMaster, FindsArticlesByBarcodeAndByReference) {
     EXPECT_EQ(a->size, "40");
     EXPECT_EQ(a->colour, "02");
     EXPECT_EQ(a->taxRate, Decimal(16));
-    EXPECT_EQ(a->retailPrice, Decimal::fromString(u"100.01"));
+    EXPECT_EQ(a->retailPrice, Decimal::fromString(u"100.005"));
     EXPECT_FALSE(findArticleByBarcode(db(), "NOEXISTE"));
     const QList<Article> all = findArticlesByReference(db(), "REF-1");
     ASSERT_EQ(all.size(), 12);
@@ -360,4 +371,55 @@ TEST_F(ArticleMaster, CataloguesForTheForm) {
     EXPECT_EQ(sizes(db()).size(), 3);
     ASSERT_EQ(taxCodes(db()).size(), 1);
     EXPECT_EQ(taxCodes(db())[0].rate, Decimal(16));
+}
+
+TEST(ArticleRules, EanCodesNeedTheirCheckDigitAndNoCodeIsLongerThanTheColumn) {
+    const auto why = [](const char* code) {
+        return refusal([&] { rules::checkBarcodeFormat(QString::fromLatin1(code)); });
+    };
+    EXPECT_EQ(why("7591234000018"), "<no refusal>"); // EAN-13
+    EXPECT_EQ(why("96385074"), "<no refusal>");      // EAN-8
+    EXPECT_EQ(why(" T0001 "), "<no refusal>");       // the store's own codes are taken as they are
+    EXPECT_EQ(why("759123400001"), "<no refusal>");
+    EXPECT_EQ(why("7591234000017"),
+              "El código EAN-13 7591234000017 no es válido: su dígito de control debe ser 8...!");
+    EXPECT_EQ(why("96385070"),
+              "El código EAN-8 96385070 no es válido: su dígito de control debe ser 4...!");
+    EXPECT_EQ(why("7591234000018001"),
+              "El código de barras 7591234000018001 tiene 16 caracteres: no puede tener más de "
+              "15...!");
+}
+
+TEST_F(ArticleMaster, ABarcodeTypedOverAVariantsChangesThatVariant) {
+    ModelGrid g = grid();
+    saveModel(db(), model(), g, true, writer());
+    exec("UPDATE INVENTARIO SET Existencia = 7 WHERE CodigoBarra = '7710'");
+
+    // 38 NEGRO gets an EAN: the same row, its stock kept, the change logged.
+    g.setBarcode(1, 0, "7591234000018");
+    saveModel(db(), model(), g, false, writer());
+    EXPECT_EQ(count("INVENTARIO"), 6);
+    EXPECT_EQ(count("INVENTARIO", "CodigoBarra = '7710'"), 0);
+    // Stock is read as a decimal, as PostgreSQL returns it.
+    EXPECT_EQ(Decimal::fromVariant(scalar(
+                  "SELECT Existencia FROM INVENTARIO WHERE CodigoBarra = '7591234000018' AND "
+                  "Talla = '38' AND CodigoColor = '01'")),
+              Decimal(7));
+    EXPECT_EQ(count("LOG_ARTICULOS", "SQL = 'UPDATE INVENTARIO SET CodigoBarra = "
+                                     "''7591234000018'' WHERE CodigoBarra = ''7710'''"),
+              1);
+    EXPECT_EQ(findArticlesByReference(db(), "REF-1").size(), 6);
+
+    // A malformed EAN, or the barcode of another variant of the model, changes nothing.
+    const int logged = count("LOG_ARTICULOS");
+    g.setBarcode(1, 0, "7591234000017");
+    EXPECT_EQ(refusal([&] { saveModel(db(), model(), g, false, writer()); }),
+              "El código EAN-13 7591234000017 no es válido: su dígito de control debe ser 8...!");
+    g.setBarcode(1, 0, "7720");
+    g.setBarcode(2, 0, "7591234000018");
+    EXPECT_EQ(refusal([&] { saveModel(db(), model(), g, false, writer()); }),
+              " El Código: 7720 ya existe...!");
+    EXPECT_EQ(count("INVENTARIO", "CodigoBarra = '7591234000018' AND Talla = '38'"), 1);
+    EXPECT_EQ(count("INVENTARIO", "CodigoBarra = '7720' AND Talla = '40'"), 1);
+    EXPECT_EQ(count("LOG_ARTICULOS"), logged);
 }

@@ -100,16 +100,30 @@ TEST_F(CashClosingTest, ParkedSaleUndepositedChequeOrAnotherRegisterStopTheClosi
     d.cheques = pendingCheques(db(), kSerial, today());
     addDeposit(db(), kSerial, today(), d, "ANA", QDateTime::currentDateTime());
 
+    // Another register selling on the same day closes on its own.
+    addDay("CAJA02", today(), 1);
     addDay("CAJA02", today().addDays(-1), 1);
     EXPECT_EQ(refusal(),
               std::make_pair(QString("Cajas sin cierre"),
                              QString("Existen cajas pendientes por su cierre\nPor favor "
                                      "asegurarse de realizar el cierre en todas las cajas.")));
-    // A register whose open day comes after this one does not hold it back.
-    exec("UPDATE DIARIOCAJA SET Fecha = ? WHERE Serie = 'CAJA02'",
-         {QDateTime(today().addDays(1), QTime(0, 0))});
+    exec("UPDATE DIARIOCAJA SET Status = 2 WHERE Serie = 'CAJA02' AND Fecha < ?",
+         {QDateTime(today(), QTime(0, 0))});
     const ClosingOutcome o = closeDayWith(db(), *m_printer, request());
     EXPECT_TRUE(o.closed);
+    EXPECT_EQ(count("DIARIOCAJA", "Serie = 'CAJA02' AND Status = 1"), 1);
+
+    // And the other one closes after it, on its own printer.
+    tools::fiscal::EmulatorOptions other;
+    other.serial = "CAJA02";
+    other.zBusyMs = 50;
+    tools::fiscal::EmulatorThread otherPrinter(other);
+    m_printer = test::printerThreadOn(otherPrinter);
+    ClosingRequest r = request();
+    r.serial = "CAJA02";
+    r.counted.cash = Decimal();
+    EXPECT_TRUE(closeDayWith(db(), *m_printer, r).closed);
+    EXPECT_EQ(count("DIARIOCAJA", "Status <> 2"), 0);
 }
 
 TEST_F(CashClosingTest, DayStatesAndAZNumberAboveThePrintersAreRefused) {

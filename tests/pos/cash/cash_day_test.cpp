@@ -89,7 +89,11 @@ TEST_F(CashDayTest, RefusalsComeInTheirOrder) {
     EXPECT_EQ(openingRefusal(t.addDays(-1)), "Ya existe una apertura de Fecha " +
                                                  dayText(t.addDays(-1)) +
                                                  "...! no procede una nueva apertura...!");
+    // The day before, opened without sales, is still open.
     EXPECT_EQ(openingRefusal(t), "La apertura de Fecha " + dayText(t.addDays(-1)) +
+                                     " tiene su cierre pendiente...! No procede una nueva "
+                                     "apertura...!\nLa apertura de Fecha " +
+                                     dayText(t.addDays(-1)) +
                                      " no tiene facturación...! Se recomienda eliminar dicha "
                                      "apertura...!");
     EXPECT_EQ(count("DIARIOCAJA"), 2);

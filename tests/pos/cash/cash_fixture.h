@@ -6,6 +6,7 @@
 
 #include "common/db/sql.h"
 #include "common/security/scrambler.h"
+#include "support/app_home_guard.h"
 #include "support/test_db.h"
 
 #include <QDateTime>
@@ -24,9 +25,7 @@ protected:
 
     void SetUp() override {
         DbTest::SetUp();
-        m_oldHome = qgetenv("ORVO_HOME");
-        qputenv("ORVO_HOME", m_home.path().toUtf8());
-        QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, m_home.path());
+        m_home = std::make_unique<AppHomeGuard>();
         exec("INSERT INTO CAJAS (Serie, Numero, FondoCaja, UltimaFactura, UltimaDevolucion) "
              "VALUES (?, 3, 100, 0, 0)",
              {kSerial});
@@ -38,10 +37,7 @@ protected:
     }
     void TearDown() override {
         m_printer.reset();
-        if (m_oldHome.isEmpty())
-            qunsetenv("ORVO_HOME");
-        else
-            qputenv("ORVO_HOME", m_oldHome);
+        m_home.reset();
         DbTest::TearDown();
     }
 
@@ -95,8 +91,7 @@ protected:
              {number, kSerial});
     }
 
-    QTemporaryDir m_home;
-    QByteArray m_oldHome;
+    std::unique_ptr<AppHomeGuard> m_home;
     RunningEmulator m_emulator;
     std::unique_ptr<pos::fiscal::FiscalPrinterThread> m_printer;
 };

@@ -11,7 +11,7 @@ namespace orvo::test {
 
 // This workstation's fiscal port is the software printer's, set as `orvo fiscal-port` sets it
 // (the per-user setting PuertoFiscal).
-inline void bindFiscalPort(const RunningEmulator& emulator) {
+inline void bindFiscalPort(const tools::fiscal::EmulatorThread& emulator) {
     pos::fiscal::saveConfiguredPort(emulator.device());
 }
 
@@ -19,7 +19,7 @@ inline void bindFiscalPort(const RunningEmulator& emulator) {
 // the software printer. Nothing opens the port before the program's own calls do, so a path that
 // forgets to fails its test. Building a second one is what a restart of the program does.
 inline std::unique_ptr<pos::fiscal::FiscalPrinterThread>
-printerThreadOn(const RunningEmulator& emulator) {
+printerThreadOn(const tools::fiscal::EmulatorThread& emulator) {
     bindFiscalPort(emulator);
     return pos::fiscal::makeRegisterPrinter(fastTiming());
 }

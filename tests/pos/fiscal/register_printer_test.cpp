@@ -2,6 +2,7 @@
 // stays on its port and every fiscal action opens it again on its own.
 #include "../sale/till_fixture.h"
 #include "printer_on_emulator.h"
+#include "support/app_home_guard.h"
 
 #include "pos/cash/cash_closing.h"
 #include "pos/cash/cash_day.h"
@@ -24,8 +25,7 @@ class RegisterPrinterTest : public test::TillTest {
 protected:
     void SetUp() override {
         TillTest::SetUp();
-        m_oldHome = qgetenv("ORVO_HOME");
-        qputenv("ORVO_HOME", m_home.path().toUtf8());
+        m_home = std::make_unique<test::AppHomeGuard>();
         setUpTill({.fiscal = true});
         // The register takes the software printer's serial; its day is opened by the program.
         exec("UPDATE CAJAS SET Serie = 'Z1B0000001'");
@@ -36,10 +36,7 @@ protected:
     }
     void TearDown() override {
         m_printer.reset();
-        if (m_oldHome.isEmpty())
-            qunsetenv("ORVO_HOME");
-        else
-            qputenv("ORVO_HOME", m_oldHome);
+        m_home.reset();
         TillTest::TearDown();
     }
 
@@ -68,8 +65,7 @@ protected:
         return r.number;
     }
 
-    QTemporaryDir m_home;
-    QByteArray m_oldHome;
+    std::unique_ptr<test::AppHomeGuard> m_home;
     QTemporaryDir m_printerDir;
     std::unique_ptr<test::RunningEmulator> m_emulator =
         std::make_unique<test::RunningEmulator>(m_printerDir.path(), 50);
@@ -155,4 +151,23 @@ TEST_F(RegisterPrinterTest, APrinterPulledOutAndPluggedBackIsOpenedAgain) {
     test::bindFiscalPort(*m_emulator);
     EXPECT_EQ(sellPrinted({"T0002"}), 2);
     EXPECT_EQ(m_emulator->memory().lastInvoice, 2);
+}
+
+TEST_F(RegisterPrinterTest, ATaxIncludedPriceSellsAndPrintsToTheCent) {
+    // 9,97 at 16 % is 8,5948 before tax: two decimals would sell and print 9,96.
+    exec("UPDATE INVENTARIO SET PrecioDetal = 8.5948 WHERE CodigoBarra = 'T0009'");
+    openDay();
+    EXPECT_EQ(sellPrinted({"T0009"}), 1);
+    EXPECT_EQ(dec("SELECT TotalMercancia + TotalImpuesto FROM VENTAS"), d("9.97"));
+    EXPECT_EQ(dec("SELECT Precio FROM MOVVENTAS"), d("8.5948"));
+    const QString ticket = m_emulator->ticket("FACTURA_00000001.txt");
+    EXPECT_TRUE(ticket.contains("TOTAL 9,97")) << ticket.toStdString();
+    // Returned, the credit note gives back the same 9,97.
+    returns::ReturnDraft back(returns::loadInvoice(db(), ctx, 1));
+    back.addArticle("T0009", d("1"));
+    const auto saved = returns::saveReturn(db(), ctx, back, m_thread.get());
+    ASSERT_TRUE(
+        returns::printReturn(db(), ctx, saved.number, false, m_thread.get(), {}).fiscalPrinted);
+    EXPECT_EQ(dec("SELECT TotalMercancia + TotalImpuesto FROM DEVVENTAS"), d("9.97"));
+    EXPECT_TRUE(m_emulator->ticket("NOTACREDITO_00000001.txt").contains("TOTAL 9,97"));
 }

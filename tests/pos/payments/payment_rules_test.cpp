@@ -78,17 +78,57 @@ TEST(PaymentRules, EachWayNeedsItsCellsInOrder) {
 
 TEST(PaymentRules, PaidMustCoverTheInvoice) {
     const Decimal invoice = Decimal::fromString(u"100.00");
-    EXPECT_EQ(refusal([&] { checkCoversInvoice(invoice, invoice, false); }), QString());
-    EXPECT_EQ(refusal([&] { checkCoversInvoice(invoice, invoice, true); }), QString());
-    EXPECT_EQ(refusal([&] { checkCoversInvoice(Decimal::fromString(u"99.99"), invoice, true); }),
+    const Decimal rate(35);
+    const auto covers = [&](const QList<PaymentRow>& rows, bool allowChange) {
+        return refusal([&] { checkCoversInvoice(rows, rate, invoice, allowChange); });
+    };
+    EXPECT_EQ(covers({row("EFECTIVO", "100")}, false), QString());
+    EXPECT_EQ(covers({completeCard("60"), row("EFECTIVO", "40")}, true), QString());
+    EXPECT_EQ(covers({row("EFECTIVO", "99.99")}, true),
               QStringLiteral("El monto abonado es inferior a el valor de la factura.... corrija el "
                              "valor suprimiendo ó reeditando la fila con el error o completando "
                              "su forma de pago"));
     EXPECT_EQ(
-        refusal([&] { checkCoversInvoice(Decimal::fromString(u"100.01"), invoice, false); }),
+        covers({row("EFECTIVO", "100.01")}, false),
         QStringLiteral("El monto abonado excede a el valor de la factura.... corrija el valor "
                        "suprimiendo ó reeditando la fila con el error"));
-    EXPECT_EQ(refusal([&] { checkCoversInvoice(Decimal(120), invoice, true); }), QString());
+    EXPECT_EQ(covers({row("EFECTIVO", "120")}, true), QString());
+}
+
+TEST(PaymentRules, OnlyCashGivesChange) {
+    const Decimal invoice = Decimal::fromString(u"100.00");
+    const Decimal rate(35);
+    const auto covers = [&](const QList<PaymentRow>& rows) {
+        return refusal([&] { checkCoversInvoice(rows, rate, invoice, true); });
+    };
+    // Cash over the balance is change, even beside a card.
+    const QList<PaymentRow> cardAndCash = {completeCard("70"), row("EFECTIVO", "50")};
+    EXPECT_EQ(covers(cardAndCash), QString());
+    EXPECT_EQ(changeDue(cardAndCash, rate, invoice), Decimal(20));
+    // A card or dollars over the invoice are refused, naming the row.
+    EXPECT_EQ(covers({row("EFECTIVO", "10"), completeCard("100.01")}),
+              QStringLiteral("Solo el pago en EFECTIVO da cambio: el monto en TARJETA DE CREDITO "
+                             "excede el saldo de la factura. Corrija el monto de esa fila...!"));
+    // 3 dollars are 105: five bolivars over.
+    EXPECT_EQ(covers({row("EFECTIVO DOLAR", "3")}),
+              QStringLiteral("Solo el pago en EFECTIVO da cambio: el monto en EFECTIVO DOLAR "
+                             "excede el saldo de la factura. Corrija el monto de esa fila...!"));
+    // The dollar row proposed for a balance covers it by less than a cent of a dollar, and that
+    // is not change.
+    const auto dollars = proposedAmount("EFECTIVO DOLAR", invoice, rate);
+    ASSERT_TRUE(dollars.has_value());
+    EXPECT_EQ(*dollars, Decimal::fromString(u"2.86")); // 2.857... rounded up
+    const QList<PaymentRow> inDollars = {row("EFECTIVO DOLAR", "2.86")};
+    EXPECT_EQ(covers(inDollars), QString());
+    EXPECT_EQ(refusal([&] { checkCoversInvoice(inDollars, rate, invoice, false); }), QString());
+    EXPECT_EQ(changeDue(inDollars, rate, invoice), Decimal());
+    // Dollars first, then cash for the rest with change.
+    const QList<PaymentRow> mixed = {row("EFECTIVO DOLAR", "2"), row("EFECTIVO", "50")};
+    EXPECT_EQ(covers(mixed), QString());
+    EXPECT_EQ(changeDue(mixed, rate, invoice), Decimal(20));
+    EXPECT_EQ(proposedAmount("EFECTIVO", Decimal::fromString(u"30.004"), rate),
+              Decimal::fromString(u"30.00"));
+    EXPECT_FALSE(proposedAmount("EFECTIVO", Decimal(), rate).has_value());
 }
 
 TEST(PaymentRules, TypedAmountsAndDisplay) {
@@ -98,6 +138,12 @@ TEST(PaymentRules, TypedAmountsAndDisplay) {
     EXPECT_FALSE(parseTypedAmount("doce").has_value());
     EXPECT_EQ(formatAmount(Decimal::fromString(u"1234567.5")), QStringLiteral("1.234.567,50"));
     EXPECT_EQ(formatAmount(Decimal()), QStringLiteral("0,00"));
+    // Quantities read back as they are shown.
+    for (const char* q : {"6", "1.25", "1250", "0.005"}) {
+        const Decimal d = Decimal::fromString(QString::fromLatin1(q));
+        EXPECT_EQ(parseTypedAmount(formatQuantity(d)), d) << q;
+    }
+    EXPECT_EQ(formatQuantity(Decimal::fromString(u"1.5")), QStringLiteral("1,5"));
 }
 
 class PaymentWaysTest : public test::DbTest {

@@ -18,9 +18,9 @@ ArticlePrices shirt() {
     a.nombre = QStringLiteral("CAMISA");
     a.referencia = QStringLiteral("CAM-01");
     a.codigoMarca = QStringLiteral("001");
-    a.precioDetal = d("100.0049");
+    a.precioDetal = d("100.00");
     a.precioMayor = d("80.00");
-    a.precioAfiliado = d("90.00");
+    a.precioAfiliado = d("8.5948"); // 9,97 with 16 % of tax
     a.costoPromedio = d("50.12345");
     a.porcentajeImpuesto = d("16");
     a.promocion = true;
@@ -82,8 +82,8 @@ TEST(Pricing, EachListLetterPricesFromItsColumn) {
         char letter;
         const char* price;
     };
-    // Prices are kept to four decimals in the catalogue and charged in cents.
-    for (const Case& k : {Case{'D', "100.00"}, Case{'M', "80.00"}, Case{'A', "90.00"},
+    // Prices keep the catalogue's four decimals; only the special price is charged in cents.
+    for (const Case& k : {Case{'D', "100.00"}, Case{'M', "80.00"}, Case{'A', "8.5948"},
                           // 50.12345 + 25 % = 62.6543125 -> 62.65
                           Case{'E', "62.65"}}) {
         const SaleLine l = priceLine(a, k.letter, 2, c);
@@ -116,7 +116,20 @@ TEST(Pricing, PromotionEndedFallsBackToTheRegistersList) {
     // Other letters stay as they are when no promotion is involved.
     c.registerListType = 1;
     EXPECT_EQ(lineLetter('M', a, c), 'M');
-    c.registerListType = 2;
+}
+
+TEST(Pricing, ANewLineStartsRetailOnEveryRegister) {
+    ArticlePrices a = shirt();
+    a.promocion = false;
+    PricingContext c = on(QDate(2026, 4, 1));
+    for (int type : {1, 2, 3, 4}) {
+        c.registerListType = type;
+        const SaleLine l = priceNewLine(a, 1, c);
+        EXPECT_EQ(l.tipoLista, 'D') << type;
+        EXPECT_EQ(l.precio, d("100.00")) << type;
+    }
+    // A wholesale client still buys at the wholesale price.
+    c.clientType = QStringLiteral("4");
     EXPECT_EQ(priceNewLine(a, 1, c).precio, d("80.00"));
 }
 
@@ -169,7 +182,7 @@ TEST(Pricing, DiscountRecomputesPriceAndTaxOnTheChargedPrice) {
     a.porcentajeImpuesto = d("8");
     SaleLine l = priceNewLine(a, d("1.5"), on(QDate(2026, 1, 1)));
     applyDiscount(l, d("12.5"), false);
-    EXPECT_EQ(l.precioLista, d("29.16")); // 29.16375
+    EXPECT_EQ(l.precioLista, d("29.1638")); // 29.16375
     EXPECT_EQ(l.porcentajeDescuento, d("12.5"));
     EXPECT_EQ(l.impuesto, d("2.33")); // 2.3328
     // A promotion line is discounted from its promotion price.

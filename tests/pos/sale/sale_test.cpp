@@ -7,6 +7,7 @@
 #include "pos/fiscal/fiscal_printer_thread.h"
 #include "pos/fiscal/serial_fiscal_printer.h"
 #include "pos/sale/sale.h"
+#include "pos/sale/sale_store.h"
 #include "shell/demo/demo_store.h"
 
 #include <QDir>
@@ -348,6 +349,9 @@ TEST_F(SaleTest, ParkedSaleComesBackWholeAndLeavesNoCopy) {
     EXPECT_EQ(list.at(0).numero, parked);
     EXPECT_EQ(list.at(0).clienteNombre, "MARIA ALEJANDRA PEREZ");
     EXPECT_EQ(list.at(0).totalVenta, d("180.00"));
+    // The parked header keeps the totals its list shows.
+    EXPECT_EQ(dec("SELECT TotalMercancia - TotalDescuento + TotalImpuesto FROM HISTVENTAS"),
+              d("180.00"));
 
     SaleDraft back = newDraft(db(), ctx);
     takeBackParked(db(), ctx, parked, back);
@@ -388,7 +392,20 @@ TEST_F(SaleTest, DispatchOrderIsInvoicedAndClosed) {
     exec("INSERT INTO MOVORDENDESPACHO (Numero, TipoLista, CodigoBarra, Precio, PrecioLista, "
          "Costo, Impuesto, PorcentajeImpuesto, Cantidad, Descuento, Item) VALUES "
          "(7, 'M', 'T0002', 85, 76.5, 50.5, 12.24, 16, 2, 8.5, 1)");
+    // An order older than the days it may be invoiced in is out of the current period.
+    exec("INSERT INTO ORDENDESPACHO (Numero, Serie, Fecha, Cliente, TotalMercancia, Status, "
+         "Exenta) VALUES (6, ?, ?, 'V12345678', 50, 1, 0)",
+         {serie, db::serverNow(db()).addDays(-40)});
+    ctx.diasFacturarOrdenDespacho = 30;
     ASSERT_EQ(openDispatchOrders(db(), ctx).size(), 1);
+    {
+        db::Sql list(db(), store::dispatchCatalogSql());
+        list.bind(db::dayStart(dispatchOrdersSince(db(), ctx))).exec();
+        ASSERT_TRUE(list.next());
+        EXPECT_EQ(list.bigint("Numero"), 7);
+        EXPECT_FALSE(list.text("NombreCliente").trimmed().isEmpty());
+        EXPECT_FALSE(list.next());
+    }
     SaleDraft draft = newDraft(db(), ctx);
     loadDispatchOrder(db(), ctx, 7, draft);
     ASSERT_EQ(draft.lines().size(), 1);
@@ -401,6 +418,88 @@ TEST_F(SaleTest, DispatchOrderIsInvoicedAndClosed) {
     EXPECT_EQ(scalar("SELECT NumeroOrden FROM VENTAS").toInt(), 7);
     EXPECT_EQ(dec("SELECT TotalDescuento FROM VENTAS"), d("17.00"));
     EXPECT_TRUE(openDispatchOrders(db(), ctx).isEmpty());
+}
+
+TEST_F(SaleTest, QuantitiesAreHeldToTheWayTheArticleSellsAndToItsStock) {
+    EXPECT_EQ(splitQuantity("6*T0001", d("1")), std::make_pair(d("6"), QString("T0001")));
+    EXPECT_EQ(splitQuantity(" T0001 ", d("2")), std::make_pair(d("2"), QString("T0001")));
+    EXPECT_EQ(splitQuantity("1,25 * T0002", d("1")), std::make_pair(d("1.25"), QString("T0002")));
+    EXPECT_EQ(refusal([] { splitQuantity("seis*T0001", d("1")); }),
+              "La cantidad debe ser un número: seis*código...!");
+
+    SaleDraft draft = draftOf({});
+    const auto shirt = lookupArticles(db(), "T0001").at(0); // 10 in stock
+    addArticle(draft, shirt, d("6"));
+    EXPECT_EQ(refusal([&] { addArticle(draft, shirt, d("5")); }),
+              "Existencia insuficiente de CAMISA PRUEBA T:S: quedan 10...!");
+    addArticle(draft, shirt, d("4"));
+    EXPECT_EQ(refusal([&] { draft.setQuantity(0, d("7")); }),
+              "Existencia insuficiente de CAMISA PRUEBA T:S: quedan 10...!");
+    draft.setQuantity(0, d("5"));
+    EXPECT_EQ(refusal([&] { addArticle(draft, shirt, d("0.5")); }),
+              "El artículo CAMISA PRUEBA T:S se vende por unidades: la cantidad no puede llevar "
+              "decimales...!");
+    EXPECT_EQ(refusal([&] { draft.setQuantity(1, d("0")); }),
+              "La cantidad debe ser mayor que cero...!");
+    // A service keeps no stock to run out of.
+    addArticle(draft, lookupArticles(db(), "T0009").at(0), d("40"));
+
+    // Goods sold by measure take decimals, to the thousandth and within what the printer prints.
+    exec("UPDATE INVENTARIO SET Fraccionable = 1 WHERE CodigoBarra = 'T0002'");
+    const auto cloth = lookupArticles(db(), "T0002").at(0); // 5 in stock
+    EXPECT_EQ(refusal([&] { addArticle(draft, cloth, d("1.2505")); }),
+              "La cantidad admite hasta tres decimales...!");
+    EXPECT_EQ(refusal([&] { addArticle(draft, cloth, d("100000")); }),
+              "La cantidad no puede ser mayor a 99.999,999...!");
+    addArticle(draft, cloth, d("1.25"));
+    ASSERT_EQ(draft.lines().size(), 4);
+
+    payCash(draft, draft.totals().total);
+    ASSERT_EQ(acceptSale(db(), ctx, draft, nullptr).status, AcceptResult::Status::Saved);
+    EXPECT_EQ(dec("SELECT Cantidad FROM MOVVENTAS WHERE CodigoBarra = 'T0002'"), d("1.25"));
+    EXPECT_EQ(stock("T0001"), d("1"));
+    EXPECT_EQ(stock("T0002"), d("3.75"));
+    // 120 × 1.25 at 16 %, exact to the cent.
+    EXPECT_EQ(dec("SELECT TotalMercancia FROM VENTAS"), d("120") * 9 + d("60") * 40 + d("150"));
+}
+
+TEST_F(SaleTest, ACardChargedAtTheTerminalStaysWithTheSaleUntilUsedOrVoided) {
+    SaleDraft draft = draftOf({"T0001"});
+    PaymentRow card;
+    card.way = QStringLiteral("TARJETA DE DEBITO");
+    card.amount = d("50");
+    card.terminal = pos::payments::TerminalState::Approved;
+    card.idPayment = QStringLiteral("Z-1");
+    PaymentRow cash;
+    cash.way = QStringLiteral("EFECTIVO");
+    cash.amount = draft.totals().total - d("50");
+    draft.setPayments({card, cash}, draft.totals().total, d("36.5"));
+    EXPECT_TRUE(draft.paymentsAccepted());
+
+    // The sale changes: the cash no longer stands, the card does.
+    addArticle(draft, lookupArticles(db(), "T0002").at(0));
+    draft.clearPayments();
+    ASSERT_EQ(draft.payments().size(), 1);
+    EXPECT_EQ(draft.amountPaid(), d("50"));
+    EXPECT_FALSE(draft.paymentsAccepted());
+    EXPECT_EQ(refusal([&] { acceptSale(db(), ctx, draft, nullptr); }),
+              "Debe Especificar el pago del cliente...!");
+
+    // Nothing lets the sale go with it.
+    const QString held = "La venta tiene pagos aprobados en el punto de venta VPOS: debe anularlos "
+                         "o usarlos en la factura...!";
+    EXPECT_EQ(refusal([&] { parkSale(db(), ctx, draft); }), held);
+    EXPECT_EQ(refusal([&] { cancelSale(db(), ctx, draft, "CAJERO1"); }), held);
+    EXPECT_EQ(refusal([&] { takeBackParked(db(), ctx, 1, draft); }), held);
+    draft.setMode(PaymentMode::Credit);
+    EXPECT_EQ(refusal([&] { acceptSale(db(), ctx, draft, nullptr); }), held);
+    draft.setMode(PaymentMode::Cash);
+    EXPECT_EQ(count("HISTVENTAS") + count("MOVVENTASBORRADAS") + count("VENTAS"), 0);
+
+    // Voided at the terminal, it leaves the sale, which can then be parked.
+    draft.forgetTerminalPayment("Z-1");
+    EXPECT_TRUE(draft.terminalPayments().isEmpty());
+    EXPECT_GT(parkSale(db(), ctx, draft), 0);
 }
 
 // --- on the fiscal printer ---
