@@ -5,6 +5,7 @@
 #include "pos/fiscal/igtf.h"
 #include "pos/fiscal/payment_means.h"
 #include "pos/fiscal/protocol/status.h"
+#include "pos/fiscal/register_check.h"
 
 namespace orvo::pos::fiscal {
 
@@ -148,7 +149,11 @@ FiscalDocument returnDocument(const QSqlDatabase& db, int returnNumber, const QS
         throw UserError(QStringLiteral("No existe la devolución %1...!").arg(returnNumber));
     FiscalDocument d;
     d.type = DocumentType::CreditNote;
-    d.number = returnNumber;
+    // Paper returns made while the printer was out took numbers the printer never gave: the
+    // printer numbers this one that many below.
+    const int controlFactura =
+        db::scalar(db, QStringLiteral("SELECT ControlFactura FROM PARAMETROS")).toInt();
+    d.number = returnNumber - contingencyReturnsBelow(db, serial, controlFactura, returnNumber);
     d.affectedInvoice = h.integer(QStringLiteral("NumeroFactura"));
     d.affectedPrinterSerial = h.text(QStringLiteral("SerieFactura")).trimmed();
     if (d.affectedPrinterSerial.isEmpty())

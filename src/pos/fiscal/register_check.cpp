@@ -13,6 +13,7 @@ RegisterCounters readRegisterCounters(const QSqlDatabase& db, const QString& ser
     RegisterCounters c;
     c.serial = serial;
     c.igtf = igtf::settings(db, serial).enabled;
+    c.contingencyReturns = contingencyReturnsBelow(db, serial, controlFactura);
     if (controlFactura == 2) {
         db::Sql q(db, QStringLiteral("SELECT UltimaFactura, UltimaDevolucion FROM PARAMETROS"));
         q.exec();
@@ -30,6 +31,15 @@ RegisterCounters readRegisterCounters(const QSqlDatabase& db, const QString& ser
         c.lastReturn = q.integer(QStringLiteral("UltimaDevolucion"));
     }
     return c;
+}
+
+int contingencyReturnsBelow(const QSqlDatabase& db, const QString& serial, int controlFactura,
+                            long long before) {
+    const bool company = controlFactura == 2;
+    db::Sql q(db, QStringLiteral("SELECT COUNT(*) AS N FROM DEVVENTAS WHERE Contingencia = 1 AND "
+                                 "(? = 1 OR Serie = ?) AND (? = 0 OR NumeroDevolucion < ?)"));
+    q.bind(company ? 1 : 0).bind(serial).bind(before).bind(before).exec();
+    return q.next() ? q.integer(QStringLiteral("N")) : 0;
 }
 
 PrinterFacts readPrinterFacts(FiscalPrinter& printer) {
@@ -58,7 +68,7 @@ void checkPrinterAgainstRegister(const PrinterFacts& printer, const RegisterCoun
     if (printer.lastInvoice != reg.lastInvoice)
         throw UserError(QStringLiteral(
             "El numero de factura no concuerda con el numero de factura de la impresora...!"));
-    if (printer.lastCreditNote != reg.lastReturn)
+    if (printer.lastCreditNote != reg.lastCreditNote())
         throw UserError(QStringLiteral("El numero de devolución no concuerda con el numero de "
                                        "devolución de la impresora...!"));
     if (protocol::dateDdMmYy(printer.date) != protocol::dateDdMmYy(today))

@@ -14,8 +14,17 @@ struct RegisterCounters {
     QString serial; // CAJAS.Serie: the printer's serial
     int lastInvoice = 0;
     int lastReturn = 0;
+    // Paper returns made while the printer was out: they took numbers the printer never gave.
+    int contingencyReturns = 0;
     bool igtf = false; // the register charges IGTF (igtf::settings)
+    // The printer's credit-note counter as it must read.
+    int lastCreditNote() const { return lastReturn - contingencyReturns; }
 };
+
+// How many contingency returns of the register (of the company, when ControlFactura is 2) are
+// numbered below `before` (all of them when 0).
+int contingencyReturnsBelow(const QSqlDatabase& db, const QString& serial, int controlFactura,
+                            long long before = 0);
 
 // What the printer shows (read on the printer's thread).
 struct PrinterFacts {
