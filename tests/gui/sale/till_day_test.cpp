@@ -261,14 +261,15 @@ TEST_F(TillDayTest, ACardChargedAtTheTerminalIsKeptOrVoidedNeverDropped) {
     EXPECT_TRUE(dialogs.allAnswered());
 }
 
-TEST_F(TillDayTest, DollarsWithIgtfThenTheCableIsPulledAfterTheLastPayment) {
+TEST_F(TillDayTest,
+       DollarsWithIgtfAreShownCollectedAndPrintedAndAPulledCableLeavesTheInvoicePending) {
     // The register charges IGTF and its printer has it on, as the fiscal operations set it.
     exec("UPDATE CAJAS SET IGTF = 1 WHERE Serie = ?", {serie});
     pos::fiscal::registerPrinter().callAndWait([](pos::fiscal::FiscalPrinter& p) {
         ASSERT_TRUE(p.setIgtf(true, 300)) << p.errorText().toStdString();
     });
     openDay();
-    const QString code = article(6);
+    const QString code = article(10);
     auto* sale = open("frmFacturacion");
     ASSERT_NE(sale, nullptr);
     keySale(*sale, {"3*" + code});
@@ -281,7 +282,8 @@ TEST_F(TillDayTest, DollarsWithIgtfThenTheCableIsPulledAfterTheLastPayment) {
         chooseWay(p, "EFECTIVO DOLAR");
         keys("4");
         key(Qt::Key_Return, &p);
-        EXPECT_EQ(label(p, "lblMontoIGTF"), "4,38");
+        // The cell is committed once the editor closes.
+        QTRY_COMPARE(label(p, "lblMontoIGTF"), QString("4,38"));
         EXPECT_EQ(label(p, "lblTotalSaldo"),
                   pos::payments::formatAmount(total + tax - Decimal(146)));
         chooseWay(p, "EFECTIVO");
@@ -320,41 +322,4 @@ TEST_F(TillDayTest, DollarsWithIgtfThenTheCableIsPulledAfterTheLastPayment) {
                              20000);
     EXPECT_EQ(count("VENTAS", "Impresa = 0"), 1);
     EXPECT_EQ(printer.memory().lastInvoice, 1);
-
-    // The program starts again with the cable back; the next sale prints the pending one first,
-    // once, by completing what the printer held.
-    m_screens.clear();
-    pos::fiscal::registerPrinter().callAndWait([](pos::fiscal::FiscalPrinter& p) { p.close(); });
-    printer.fault("speak");
-    sale = open("frmFacturacion");
-    keySale(*sale, {code});
-    payInCash<PaymentsScreen>(*sale);
-    QTRY_COMPARE_WITH_TIMEOUT(count("VENTAS", "Impresa = 1"), 3, 20000);
-    const auto memory = printer.memory();
-    EXPECT_EQ(memory.lastInvoice, 3);
-    EXPECT_EQ(scalar("SELECT UltimaFactura FROM CAJAS WHERE Serie = ?", {serie}).toInt(), 3);
-    EXPECT_EQ(memory.invoiceIgtf.igtf, 2 * 438);
-    EXPECT_EQ(printer.ticket("FACTURA_00000002.txt").count("IGTF (3,00%) 4,38"), 1);
-    EXPECT_EQ(tickets("FACTURA_"), 3);
-
-    // One unit of the first invoice comes back: a third of it was paid in dollars under IGTF,
-    // so the credit note gives back that share with its tax.
-    auto* back = open("frmDevolucion");
-    typeEnter(*back, "TxtFactura", "1");
-    auto* lines = child<QTableWidget>(*back, "SpreadFactura");
-    ASSERT_EQ(lines->rowCount(), 1) << dialogs.texts().join('|').toStdString();
-    lines->setFocus();
-    lines->selectRow(0);
-    key(Qt::Key_Return, lines);
-    keys("1");
-    key(Qt::Key_Return, back);
-    key(Qt::Key_F10, back);
-    ASSERT_EQ(count("DEVVENTAS", "Impresa = 1"), 1) << dialogs.texts().join('|').toStdString();
-    const Decimal unit = (total / Decimal(3)).rounded(2);
-    const Decimal base = (unit * Decimal(146) / total).rounded(2);
-    const Decimal returnTax = (base * Decimal(3) / Decimal(100)).rounded(2);
-    EXPECT_EQ(dec("SELECT BaseIGTF FROM DEVVENTAS"), base);
-    EXPECT_EQ(dec("SELECT MontoIGTF FROM DEVVENTAS"), returnTax);
-    EXPECT_EQ(dec("SELECT Monto FROM SALIDASCAJA"), unit + returnTax);
-    EXPECT_EQ(printer.memory().creditNoteIgtf.igtf, (returnTax * Decimal(100)).toLongLong());
 }
