@@ -20,24 +20,6 @@ QString day(const QDateTime& d) {
     return d.toString(QStringLiteral("dd/MM/yyyy"));
 }
 
-QString statusText(int status) {
-    return status == kOpen ? QStringLiteral("ABIERTA") : QStringLiteral("APROBADA");
-}
-
-// Label and value pairs, two to a row.
-QString fields(const QList<QPair<QString, QString>>& pairs) {
-    QString html = QStringLiteral("<table cellspacing=\"0\" cellpadding=\"2\" width=\"100%\">");
-    for (int i = 0; i < pairs.size(); i += 2) {
-        html += QStringLiteral("<tr>");
-        for (int j = i; j < std::min<int>(i + 2, int(pairs.size())); ++j)
-            html += QStringLiteral("<td><b>") + pairs[j].first.toHtmlEscaped() +
-                    QStringLiteral(":</b></td><td>") + pairs[j].second.toHtmlEscaped() +
-                    QStringLiteral("</td>");
-        html += QStringLiteral("</tr>");
-    }
-    return html + QStringLiteral("</table><br>");
-}
-
 // Lines with their unit price (six decimals) and amount.
 QString lineTable(const QList<DocumentLine>& lines, int priceDecimals) {
     QList<QStringList> rows;
@@ -70,6 +52,30 @@ QString supplierLabel(const QSqlDatabase& db, const QString& code) {
 }
 
 } // namespace
+
+QString fields(const QList<QPair<QString, QString>>& pairs) {
+    QString html = QStringLiteral("<table cellspacing=\"0\" cellpadding=\"2\" width=\"100%\">");
+    for (int i = 0; i < pairs.size(); i += 2) {
+        html += QStringLiteral("<tr>");
+        for (int j = i; j < std::min<int>(i + 2, int(pairs.size())); ++j)
+            html += QStringLiteral("<td><b>") + pairs[j].first.toHtmlEscaped() +
+                    QStringLiteral(":</b></td><td>") + pairs[j].second.toHtmlEscaped() +
+                    QStringLiteral("</td>");
+        html += QStringLiteral("</tr>");
+    }
+    return html + QStringLiteral("</table><br>");
+}
+
+QString statusText(int status) {
+    switch (status) {
+    case kOpen:
+        return QStringLiteral("ABIERTA");
+    case kExported:
+        return QStringLiteral("EXPORTADA");
+    default:
+        return QStringLiteral("APROBADA");
+    }
+}
 
 PrintedDocument orderDocument(const QSqlDatabase& db, long long number) {
     const auto o = loadOrder(db, number);

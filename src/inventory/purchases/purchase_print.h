@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QList>
+#include <QPair>
 #include <QSqlDatabase>
 #include <QString>
 
@@ -11,6 +13,9 @@ struct PrintedDocument {
     QString title;
     QString html;
 };
+
+// A printed document's header: label and value pairs, two to a row.
+QString fields(const QList<QPair<QString, QString>>& pairs);
 
 PrintedDocument orderDocument(const QSqlDatabase& db, long long number);
 PrintedDocument purchaseDocument(const QSqlDatabase& db, const QString& document,

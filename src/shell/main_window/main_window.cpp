@@ -262,6 +262,9 @@ void MainWindow::showLogin() {
     dlg->setAttribute(Qt::WA_DeleteOnClose);
     connect(dlg, &QDialog::accepted, this, [this, dlg] {
         guarded(this, [&] { startUserSession(dlg->loggedUser().code, dlg->loggedUser().name); });
+        // The keyboard comes back here: without this, some window managers (and none at all)
+        // leave it nowhere once the login closes, and the menu keys and shortcuts go unheard.
+        activateWindow();
     });
     m_login = dlg;
     dlg->open();
@@ -373,7 +376,28 @@ void MainWindow::rebuildMenu() {
     applyMenuFont();
 }
 
+namespace {
+
+// The menu bar's titles get an Alt letter each, so that a cashier opens "Ventas" with Alt+V:
+// the first letter of the title not taken yet by another title or by the fixed menus (Sistema,
+// Ayuda), else the next free one of the title.
+QString withAltLetter(const QString& caption, QString& taken) {
+    if (caption.contains(u'&'))
+        return caption;
+    for (qsizetype i = 0; i < caption.size(); ++i) {
+        const QChar c = caption.at(i).toLower();
+        if (!c.isLetter() || taken.contains(c))
+            continue;
+        taken.append(c);
+        return caption.left(i) + u'&' + caption.mid(i);
+    }
+    return caption;
+}
+
+} // namespace
+
 void MainWindow::buildMenuBar(const QList<MenuNode>& nodes) {
+    QString taken = QStringLiteral("sy"); // &Sistema, A&yuda
     std::function<void(QMenu*, const MenuNode&)> addNode = [&](QMenu* menu, const MenuNode& n) {
         if (n.isSeparator()) {
             menu->addSeparator();
@@ -396,13 +420,13 @@ void MainWindow::buildMenuBar(const QList<MenuNode>& nodes) {
         if (n.isSeparator())
             continue;
         if (n.children.isEmpty() && !n.form.isEmpty()) {
-            QAction* a = menuBar()->addAction(n.caption);
+            QAction* a = menuBar()->addAction(withAltLetter(n.caption, taken));
             a->setObjectName(n.code);
             const QString code = n.code;
             connect(a, &QAction::triggered, this, [this, code] { openNode(code); });
             continue;
         }
-        QMenu* menu = menuBar()->addMenu(n.caption);
+        QMenu* menu = menuBar()->addMenu(withAltLetter(n.caption, taken));
         menu->setObjectName(n.code);
         menu->menuAction()->setObjectName(n.code);
         for (const MenuNode& c : n.children)
@@ -487,6 +511,10 @@ QWidget* MainWindow::openForm(const QString& formName) {
     }
     QWidget* screen = nullptr;
     const bool ok = guarded(this, [&] {
+        // Shortcuts between screens (the client form from the sale) obey the menu's grants too.
+        if (mainConnectionOpen() &&
+            !formGranted(mainDb(), isLoggedIn() ? session().userCode : QString(), formName))
+            throw UserError(QStringLiteral("Usuario no autorizado para esta opción...!"));
         screen = ScreenRegistry::instance().create(formName.trimmed(), nullptr);
         if (!screen)
             throw UserError(QStringLiteral("La pantalla '%1' no existe en el sistema...!")

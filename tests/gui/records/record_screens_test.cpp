@@ -20,6 +20,7 @@
 #include <QRadioButton>
 #include <QTest>
 #include <QToolButton>
+#include <QVBoxLayout>
 #include <gtest/gtest.h>
 #include <memory>
 
@@ -160,6 +161,27 @@ TEST_F(RecordScreensGui, RefusedDeleteShowsTheDatabaseErrorAndKeepsTheRecord) {
     m_dialogs->expectQuestion("¿Desea eliminar el registro actual?", false);
     press("Eliminar");
     EXPECT_EQ(m_dialogs->messages().size(), 1);
+}
+
+TEST_F(RecordScreensGui, AColourOfAnArticleIsNotDeletedAndSaysSoOnce) {
+    exec("INSERT INTO COLORES (Codigo, Nombre, Status) VALUES ('001', 'ROJO', 1)");
+    exec("INSERT INTO INVENTARIO (CodigoBarra, Nombre, CodigoColor) VALUES ('7591', 'CAMISA', "
+         "'001')");
+    open("frmColores");
+    m_dialogs->expectQuestion("¿Desea eliminar el registro actual?", true);
+    press("Eliminar");
+    ASSERT_EQ(m_dialogs->texts(), QStringList({"¿Desea eliminar el registro actual?",
+                                               "Registro no se puede eliminar!"}));
+    EXPECT_EQ(m_dialogs->messages().last().title, "Información");
+    EXPECT_EQ(count("COLORES"), 1);
+
+    // Once the article is gone the colour goes too.
+    exec("DELETE FROM INVENTARIO");
+    m_dialogs->clear();
+    m_dialogs->expectQuestion("¿Desea eliminar el registro actual?", true);
+    press("Eliminar");
+    EXPECT_EQ(m_dialogs->lastText(), "Registro eliminado con exito!");
+    EXPECT_EQ(count("COLORES"), 0);
 }
 
 TEST_F(RecordScreensGui, FailedSaveKeepsTheModeAndWhatWasTyped) {
@@ -322,6 +344,42 @@ TEST_F(RecordScreensGui, ClientWithTypesDatesFlagsAndPercent) {
     EXPECT_EQ(edit("txtPorcentajeUtilidad")->text(), "12.50");
     EXPECT_EQ(kind->currentData().toString(), "02");
     press("Cancelar");
+}
+
+TEST_F(RecordScreensGui, TheToolbarAnswersTheKeyboard) {
+    // As in the main window: the toolbar and the screen share one top-level window.
+    QWidget host;
+    auto* layout = new QVBoxLayout(&host);
+    auto* toolbar = new RecordToolbar(&host);
+    auto* screen = new TableRecordScreen(*masterTable("frmColores"), db(), "ROOT");
+    layout->addWidget(toolbar);
+    layout->addWidget(screen);
+    toolbar->setActiveScreen(screen);
+    host.show();
+    host.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&host));
+    auto* name = screen->findChild<QLineEdit*>("txtNombre");
+    ASSERT_NE(name, nullptr);
+
+    QTest::keySequence(&host, QKeySequence("Ctrl+N"));
+    ASSERT_TRUE(screen->property("orvoEditing").toBool());
+    name->setFocus();
+    QTest::keyClicks(name, "VERDE");
+    // From inside a line edit, as a clerk types it.
+    QTest::keySequence(host.windowHandle(), QKeySequence("Ctrl+G"));
+    EXPECT_EQ(count("COLORES", "Nombre = 'VERDE'"), 1);
+    EXPECT_FALSE(screen->property("orvoEditing").toBool());
+
+    QTest::keySequence(host.windowHandle(), QKeySequence("Ctrl+M"));
+    EXPECT_TRUE(screen->property("orvoEditing").toBool());
+    name->setFocus();
+    name->selectAll();
+    QTest::keyClicks(name, "ROJO");
+    QTest::keySequence(host.windowHandle(), QKeySequence("Ctrl+Shift+C"));
+    EXPECT_FALSE(screen->property("orvoEditing").toBool());
+    EXPECT_EQ(count("COLORES", "Nombre = 'VERDE'"), 1);
+    EXPECT_TRUE(toolbar->action(Action::New)->toolTip().endsWith("(Ctrl+N)"));
+    toolbar->setActiveScreen(nullptr);
 }
 
 TEST_F(RecordScreensGui, ToolbarFollowsTheActiveSubWindow) {
