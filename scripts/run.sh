@@ -38,11 +38,11 @@ trap cleanup EXIT
 mkdir -p "$ORVO_HOME/fiscal" "$ORVO_HOME/vpos"
 # --caja: the printer carries this register's serial and the company's RIF and header lines.
 "$orvo" fiscal-emulator --caja --state "$ORVO_HOME/fiscal/memoria.json" \
-  --tickets "$ORVO_HOME/fiscal/tickets" >"$ORVO_HOME/fiscal/puerto.txt" 2>"$ORVO_HOME/fiscal/emulador.log" &
+  --tickets "$ORVO_HOME/fiscal/tickets" --control "$ORVO_HOME/fiscal/control.txt" >"$ORVO_HOME/fiscal/puerto.txt" 2>"$ORVO_HOME/fiscal/emulador.log" &
 pids+=($!)
 port=$(first_line "$ORVO_HOME/fiscal/puerto.txt" "${pids[-1]}")
 "$orvo" fiscal-port "$port"
-echo "Impresora fiscal emulada en $port; tickets en $ORVO_HOME/fiscal/tickets"
+echo "Impresora fiscal emulada en $port; tickets en $ORVO_HOME/fiscal/tickets; fallas en $ORVO_HOME/fiscal/control.txt"
 
 "$orvo" card-emulator --state "$ORVO_HOME/vpos/estado.json" \
   --vouchers "$ORVO_HOME/vpos/vouchers" >"$ORVO_HOME/vpos/url.txt" 2>"$ORVO_HOME/vpos/emulador.log" &

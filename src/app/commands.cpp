@@ -91,9 +91,13 @@ int fiscalEmulator(const QStringList& args) {
             fromRegister = true;
         else if (a == QLatin1String("--z-busy-ms") && !next.isEmpty())
             options.zBusyMs = args[++i].toInt();
-        else if (a.startsWith(QLatin1String("--")) && a.size() > 2)
-            options.faults << a.mid(2);
-        else {
+        else if (a.startsWith(QLatin1String("--")) && a.size() > 2) {
+            // A fault as in the control file, with its arguments: --slow-ack 101 5000.
+            QString fault = a.mid(2);
+            while (i + 1 < args.size() && !args[i + 1].startsWith(QLatin1String("--")))
+                fault += QLatin1Char(' ') + args[++i];
+            options.faults << fault;
+        } else {
             err() << "argumento desconocido: " << a << Qt::endl;
             return 2;
         }
@@ -227,8 +231,9 @@ const QList<Command>& commands() {
          QStringLiteral(
              "fiscal-emulator --state ARCHIVO --tickets CARPETA [--caja] [--serial SERIE] "
              "[--rif RIF] [--encabezado LINEA]... [--control ARCHIVO] "
-             "[--z-busy-ms N] [--paper-out] [--cover-open] [--silence] [--nak-next] "
-             "[--drop-ack]"),
+             "[--z-busy-ms N] [--z-busy-enq] [--paper-out] [--cover-open] [--silence] "
+             "[--nak-next] [--drop-ack] [--slow-ack CMD MS] [--silence-after CMD] "
+             "[--memory-nearly-full] [--memory-full]"),
          QStringLiteral("impresora fiscal de software en un pseudo-terminal; escribe en la primera "
                         "línea la ruta del puerto; --caja le da la serie de la caja de este "
                         "equipo, el RIF y el encabezado de la empresa"),

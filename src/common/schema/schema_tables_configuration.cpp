@@ -41,7 +41,9 @@ QList<Table> configurationTables() {
                smallint("ExportaInformacionCasaMatriz"), text("NombreEquipo", 60),
                smallint("ManejarCantidadesDecimales"), text("IdPais", 10),
                dateTime("UltExportacion"), percent("ValorImpuesto"),
-               defaultTo(integer("UltimaDevolucion"), "0")}),
+               defaultTo(integer("UltimaDevolucion"), "0"),
+               // IGTF for every register of the company, and its rate.
+               since(smallint("IGTF"), 4), since(defaultTo(percent("PorcentajeIGTF"), "3"), 4)}),
         // Keyed settings: one row per key (IdTabla), several for multi-line keys (Codigo).
         table("TABLA_VALORES", {text("IdTabla", 20), text("Codigo", 20), text("Descripcion", 255)},
               {}, {{"IdTabla", "Codigo"}}),

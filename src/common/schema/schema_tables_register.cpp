@@ -15,7 +15,9 @@ QList<Table> registerTables() {
                smallint("PermiteAlternarListas"), smallint("CambiarPrecios"),
                smallint("RequerirAutorizacion"), integer("IdImpresoraFiscal"),
                smallint("PermitirFacturaContingencia"), defaultTo(integer("MaximoZDiario"), "0"),
-               defaultTo(integer("UltimaDevolucion"), "0")},
+               defaultTo(integer("UltimaDevolucion"), "0"),
+               // The register charges IGTF on foreign currency (its printer has flag 50 on).
+               since(smallint("IGTF"), 4)},
               {"Serie"}),
         table("IMPRESORAFISCAL",
               {integer("ID"), text("NombreImpresora", 60), smallint("IdProcesoImpresion"),

@@ -47,7 +47,12 @@ QList<Table> salesTables() {
                rate("TasaCambio"),
                // 0 from the save until the invoice is printed: a failed print can be
                // repeated and never makes a second sale. Older invoices count printed.
-               since(smallint("Impresa", "1"), 2)},
+               since(smallint("Impresa", "1"), 2),
+               // IGTF: what was paid in foreign currency (capped at the total) and the tax on
+               // it, paid by the client on top of the total; and the paper invoices of a
+               // register whose printer was out, never printed fiscally afterwards.
+               since(defaultTo(money("BaseIGTF"), "0"), 4),
+               since(defaultTo(money("MontoIGTF"), "0"), 4), since(smallint("Contingencia"), 4)},
               {"NumeroFactura", "Serie"}, {{"Serie", "Fecha"}, {"Fecha"}, {"Cliente"}}),
         table("MOVVENTAS", pricedLine(QStringLiteral("NumeroFactura"), true),
               {"NumeroFactura", "Serie", "Item"}, {{"CodigoBarra"}}),
@@ -66,7 +71,10 @@ QList<Table> salesTables() {
                text("Usuario", 20), smallint("Status"), text("SerieFactura", 10),
                // As VENTAS.Impresa: a credit note whose print failed is printed again, never
                // refunded twice.
-               since(smallint("Impresa", "1"), 3)},
+               since(smallint("Impresa", "1"), 3),
+               // As in VENTAS: the IGTF of what is returned, and the paper returns.
+               since(defaultTo(money("BaseIGTF"), "0"), 4),
+               since(defaultTo(money("MontoIGTF"), "0"), 4), since(smallint("Contingencia"), 4)},
               {"NumeroDevolucion", "Serie"},
               {{"Serie", "Fecha"}, {"Fecha"}, {"NumeroFactura", "SerieFactura"}}),
         table("MOVDEVVENTAS", pricedLine(QStringLiteral("NumeroDevolucion"), false),

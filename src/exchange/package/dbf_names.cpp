@@ -196,6 +196,10 @@ const QHash<QString, QString>& names() {
             {"TipoTransferencia", "TipoTransf"},
             {"TipoConexion", "TipoConex"},
             {"PuertoSaliente", "PuertoSal"},
+
+            // IGTF and contingency documents
+            {"PorcentajeIGTF", "PorcIGTF"},
+            {"Contingencia", "Contingen"},
         };
         QHash<QString, QString> m;
         for (const auto& [column, short_] : pairs)

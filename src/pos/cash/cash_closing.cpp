@@ -45,8 +45,8 @@ Decimal sumOf(const QSqlDatabase& db, const QString& statement,
 
 DayTotals totalsOf(const QSqlDatabase& db, const QString& table, const QString& serial,
                    const QDate& day) {
-    Sql q(db, QStringLiteral("SELECT TotalMercancia, TotalDescuento, TotalImpuesto, TotalCosto "
-                             "FROM %1 WHERE Serie = ? AND Fecha >= ? AND Fecha < ?")
+    Sql q(db, QStringLiteral("SELECT TotalMercancia, TotalDescuento, TotalImpuesto, TotalCosto, "
+                             "MontoIGTF FROM %1 WHERE Serie = ? AND Fecha >= ? AND Fecha < ?")
                   .arg(table));
     q.bind(serial).bind(db::dayStart(day)).bind(db::nextDayStart(day)).exec();
     DayTotals t;
@@ -55,6 +55,7 @@ DayTotals totalsOf(const QSqlDatabase& db, const QString& table, const QString& 
         t.descuento = t.descuento + q.decimal(QStringLiteral("TotalDescuento"));
         t.impuesto = t.impuesto + q.decimal(QStringLiteral("TotalImpuesto"));
         t.costo = t.costo + q.decimal(QStringLiteral("TotalCosto"));
+        t.igtf = t.igtf + q.decimal(QStringLiteral("MontoIGTF"));
         ++t.documentos;
     }
     return t;
@@ -72,12 +73,13 @@ bool dayHas(const QSqlDatabase& db, const QString& statement, const QString& ser
 
 // The day's sale payments. Cash (way 1) rows hold what stayed after the change they gave; a
 // change larger than them (a card or dollars over the total) came out of the local cash too, so
-// each paid invoice leaves in local cash its total less what was paid otherwise.
+// each paid invoice leaves in local cash its total (with the IGTF the client paid on top) less
+// what was paid otherwise.
 void addPayments(const QSqlDatabase& db, const QString& serial, const QDate& day,
                  ClosingFigures& f) {
     Sql q(db, QStringLiteral("SELECT P.NumeroFactura, P.FormaPago, P.Monto, P.Status, "
                              "F.Nombre, V.TotalMercancia, V.TotalDescuento, V.TotalImpuesto, "
-                             "V.TasaCambio FROM PAGOSVENTA P "
+                             "V.TasaCambio, V.MontoIGTF FROM PAGOSVENTA P "
                              "INNER JOIN VENTAS V ON V.NumeroFactura = P.NumeroFactura AND "
                              "V.Serie = P.Serie "
                              "LEFT JOIN FORMAPAGO F ON CAST(F.Codigo AS VARCHAR(10)) = P.FormaPago "
@@ -93,7 +95,8 @@ void addPayments(const QSqlDatabase& db, const QString& serial, const QDate& day
             invoice = number;
             left = q.decimal(QStringLiteral("TotalMercancia")) -
                    q.decimal(QStringLiteral("TotalDescuento")) +
-                   q.decimal(QStringLiteral("TotalImpuesto"));
+                   q.decimal(QStringLiteral("TotalImpuesto")) +
+                   q.decimal(QStringLiteral("MontoIGTF"));
         }
         const QString way = q.text(QStringLiteral("FormaPago")).trimmed();
         const Decimal amount = q.decimal(QStringLiteral("Monto"));

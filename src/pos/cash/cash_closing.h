@@ -37,6 +37,7 @@ struct DayTotals {
     Decimal descuento;
     Decimal impuesto;
     Decimal costo;
+    Decimal igtf; // MontoIGTF: paid on top of the documents' amounts
     int documentos = 0;
     Decimal neto() const { return mercancia - descuento + impuesto; }
 };

@@ -41,6 +41,10 @@ QString closingReportHtml(const QSqlDatabase& db, const QString& serial, const Q
         html += row(QStringLiteral("Ventas: descuento"), f->sales.descuento);
         html += row(QStringLiteral("Ventas: impuesto"), f->sales.impuesto);
         html += row(QStringLiteral("Ventas: costo"), f->sales.costo);
+        if (!f->sales.igtf.isZero() || !f->returns.igtf.isZero()) {
+            html += row(QStringLiteral("Ventas: IGTF"), f->sales.igtf);
+            html += row(QStringLiteral("Devoluciones: IGTF"), f->returns.igtf);
+        }
         html += row(QStringLiteral("Devoluciones: mercancía"), f->returns.mercancia);
         html += row(QStringLiteral("Devoluciones: impuesto"), f->returns.impuesto);
         html += row(QStringLiteral("Fondo de caja"), f->fondoCaja);

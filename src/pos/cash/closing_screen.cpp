@@ -122,13 +122,16 @@ void ClosingScreen::refresh() {
     m_fecha->setText(dayText(f->day.fecha));
     m_facturaFinal->setText(QString::number(f->day.facturaFinal));
     m_status->setText(dayStatusText(f->day.status));
-    m_totals->setText(QStringLiteral("Ventas: %1 (%2 facturas)   Impuesto: %3   Devoluciones: %4\n"
-                                     "Salidas: %5   Depósitos: %6")
-                          .arg(amountText(f->sales.neto()))
-                          .arg(f->sales.documentos)
-                          .arg(amountText(f->sales.impuesto), amountText(f->returns.neto()),
-                               amountText(f->withdrawals),
-                               amountText(f->depositedCash + f->depositedCheques)));
+    m_totals->setText(
+        QStringLiteral("Ventas: %1 (%2 facturas)   Impuesto: %3   Devoluciones: %4\n"
+                       "Salidas: %5   Depósitos: %6")
+            .arg(amountText(f->sales.neto()))
+            .arg(f->sales.documentos)
+            .arg(amountText(f->sales.impuesto), amountText(f->returns.neto()),
+                 amountText(f->withdrawals), amountText(f->depositedCash + f->depositedCheques)) +
+        (f->sales.igtf.isZero() && f->returns.igtf.isZero()
+             ? QString()
+             : QStringLiteral("   IGTF: %1").arg(amountText(f->sales.igtf - f->returns.igtf))));
     m_efectivoEsperado->setText(amountText(f->expectedCash()));
     m_dolaresEsperados->setText(amountText(f->expectedDollars()));
     m_chequesEsperados->setText(amountText(f->expectedCheques()));

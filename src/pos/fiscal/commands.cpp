@@ -14,6 +14,14 @@ QByteArray field(const QByteArray& prefix, const QString& text, int width = 40) 
 
 } // namespace
 
+int FiscalDocument::restMeans() const {
+    for (qsizetype i = payments.size() - 1; i >= 0; --i) {
+        if (payments[i].amount > Decimal())
+            return payments[i].means;
+    }
+    return paymentMeans;
+}
+
 QByteArray printerText(const QString& text) {
     QByteArray out;
     out.reserve(text.size());
@@ -47,27 +55,29 @@ QByteArray discountCommand(const Decimal& percent) {
     return "p-" + digits(percent.scaled(2), 4);
 }
 
-QByteArray paymentMeans(int way) {
-    switch (way) {
-    case 2:
-        return "05";
-    case 3:
-        return "09";
-    case 4:
-        return "10";
-    case 6:
-        return "02";
-    default: // 1 and 5: cash
-        return "01";
-    }
+QByteArray totalPaymentCommand(int means) {
+    return "1" + digits(means, 2);
 }
 
-QByteArray totalPaymentCommand(int way) {
-    return "1" + paymentMeans(way);
+QByteArray partialPaymentCommand(int means, const Decimal& amount) {
+    return "2" + digits(means, 2) + digits(amount.scaled(2), 12);
 }
 
-QByteArray partialPaymentCommand(int way, const Decimal& amount) {
-    return "2" + paymentMeans(way) + digits(amount.scaled(2), 12);
+QByteArray meansNameCommand(int means, const QString& name) {
+    return "PE" + digits(means, 2) + printerText(name.trimmed().toUpper().left(kMeansNameLength));
+}
+
+QByteArray flagCommand(int flag, int value) {
+    return "PJ" + digits(flag, 2) + digits(value, 2);
+}
+
+QByteArray taxRatesCommand(const QList<int>& hundredths, std::optional<int> igtfHundredths) {
+    QByteArray pt = "PT";
+    for (int h : hundredths.mid(0, 3))
+        pt += "1" + digits(h, 4);
+    if (igtfHundredths)
+        pt += "1" + digits(*igtfHundredths, 4);
+    return pt;
 }
 
 QList<QByteArray> documentCommands(const FiscalDocument& d) {
@@ -91,12 +101,16 @@ QList<QByteArray> documentCommands(const FiscalDocument& d) {
         if (!line.discountPercent.isZero())
             out << discountCommand(line.discountPercent);
     }
-    if (d.paymentWay == kSeveralWays && !d.payments.isEmpty()) {
-        for (const FiscalPayment& p : d.payments)
-            out << partialPaymentCommand(p.way, p.amount);
-    } else {
-        out << totalPaymentCommand(d.paymentWay);
+    bool paid = false;
+    for (const FiscalPayment& p : d.payments) {
+        // A row that gave all its money as change is no payment: the printer refuses a zero.
+        if (p.amount > Decimal()) {
+            out << partialPaymentCommand(p.means, p.amount);
+            paid = true;
+        }
     }
+    if (!paid)
+        out << totalPaymentCommand(d.paymentMeans);
     return out;
 }
 

@@ -2,6 +2,10 @@
 
 #include "common/db/sql.h"
 #include "common/errors/errors.h"
+#include "pos/fiscal/igtf.h"
+#include "pos/fiscal/payment_means.h"
+#include "pos/fiscal/protocol/status.h"
+#include "pos/fiscal/register_check.h"
 
 namespace orvo::pos::fiscal {
 
@@ -85,25 +89,47 @@ int rateIndex(const Decimal& taxPercent, const RateTable& rates) {
 
 FiscalDocument saleDocument(const QSqlDatabase& db, int invoiceNumber, const QString& serial,
                             const RateTable& rates) {
-    db::Sql h(db, QStringLiteral("SELECT Cliente, FormaPago FROM VENTAS WHERE NumeroFactura = ? "
-                                 "AND Serie = ?"));
+    db::Sql h(db, QStringLiteral("SELECT Cliente, FormaPago, TasaCambio FROM VENTAS WHERE "
+                                 "NumeroFactura = ? AND Serie = ?"));
     h.bind(invoiceNumber).bind(serial).exec();
     if (!h.next())
         throw UserError(QStringLiteral("No existe la factura %1...!").arg(invoiceNumber));
     FiscalDocument d;
     d.type = DocumentType::Invoice;
-    d.paymentWay = wayNumber(h.text(QStringLiteral("FormaPago")));
+    d.number = invoiceNumber;
+    const PaymentMeansTable means = loadPaymentMeans(db);
+    d.paymentMeans = means.means(wayNumber(h.text(QStringLiteral("FormaPago"))));
+    const Decimal rate = h.decimal(QStringLiteral("TasaCambio"));
     readClient(db, h.text(QStringLiteral("Cliente")), d);
     d.lines = readLines(db, QStringLiteral("MOVVENTAS"), QStringLiteral("NumeroFactura"),
                         invoiceNumber, serial, rates);
-    if (d.paymentWay == kSeveralWays) {
-        db::Sql p(db, QStringLiteral("SELECT FormaPago AS TipoPago, Monto FROM PAGOSVENTA WHERE "
-                                     "NumeroFactura = ? AND Serie = ? ORDER BY Item"));
-        p.bind(invoiceNumber).bind(serial).exec();
-        while (p.next())
-            d.payments.append({wayNumber(p.text(QStringLiteral("TipoPago"))),
-                               p.decimal(QStringLiteral("Monto"))});
+
+    db::Sql p(db, QStringLiteral("SELECT FormaPago AS TipoPago, Monto FROM PAGOSVENTA WHERE "
+                                 "NumeroFactura = ? AND Serie = ? ORDER BY Item"));
+    p.bind(invoiceNumber).bind(serial).exec();
+    QList<FiscalPayment> payments;
+    bool foreign = false;
+    while (p.next()) {
+        const int way = wayNumber(p.text(QStringLiteral("TipoPago")));
+        Decimal amount = p.decimal(QStringLiteral("Monto"));
+        if (means.isForeign(way)) {
+            if (rate <= Decimal())
+                throw UserError(QStringLiteral("La factura %1 no tiene tasa de cambio para sus "
+                                               "pagos en divisas...!")
+                                    .arg(invoiceNumber));
+            amount = toLocalCurrency(amount, rate);
+            foreign = true;
+        }
+        // A row the change emptied pays nothing.
+        if (amount > Decimal())
+            payments.append({means.means(way), amount});
     }
+    // One way in bolívars pays in full; foreign currency and several ways go payment by payment,
+    // so that the printer's breakdown by means matches the drawer.
+    if (payments.size() == 1 && !foreign)
+        d.paymentMeans = payments.first().means;
+    else if (!payments.isEmpty())
+        d.payments = payments;
     return d;
 }
 
@@ -111,7 +137,10 @@ FiscalDocument returnDocument(const QSqlDatabase& db, int returnNumber, const QS
                               const RateTable& rates) {
     db::Sql h(db, QStringLiteral("SELECT D.Cliente, D.NumeroFactura, D.SerieFactura, "
                                  "D.TotalMercancia, D.TotalDescuento, D.TotalImpuesto, "
-                                 "V.Fecha AS FechaFactura, V.FormaPago FROM DEVVENTAS D "
+                                 "V.Fecha AS FechaFactura, V.FormaPago, V.BaseIGTF, "
+                                 "V.TotalMercancia AS MercanciaFactura, "
+                                 "V.TotalDescuento AS DescuentoFactura, "
+                                 "V.TotalImpuesto AS ImpuestoFactura FROM DEVVENTAS D "
                                  "LEFT JOIN VENTAS V ON V.NumeroFactura = D.NumeroFactura AND "
                                  "V.Serie = D.SerieFactura "
                                  "WHERE D.NumeroDevolucion = ? AND D.Serie = ?"));
@@ -120,23 +149,48 @@ FiscalDocument returnDocument(const QSqlDatabase& db, int returnNumber, const QS
         throw UserError(QStringLiteral("No existe la devolución %1...!").arg(returnNumber));
     FiscalDocument d;
     d.type = DocumentType::CreditNote;
+    // Paper returns made while the printer was out took numbers the printer never gave: the
+    // printer numbers this one that many below.
+    const int controlFactura =
+        db::scalar(db, QStringLiteral("SELECT ControlFactura FROM PARAMETROS")).toInt();
+    d.number = returnNumber - contingencyReturnsBelow(db, serial, controlFactura, returnNumber);
     d.affectedInvoice = h.integer(QStringLiteral("NumeroFactura"));
     d.affectedPrinterSerial = h.text(QStringLiteral("SerieFactura")).trimmed();
     if (d.affectedPrinterSerial.isEmpty())
         d.affectedPrinterSerial = serial;
     d.affectedInvoiceDate = h.dateTime(QStringLiteral("FechaFactura")).date();
-    d.paymentWay = wayNumber(h.text(QStringLiteral("FormaPago")));
-    if (d.paymentWay == 0)
-        d.paymentWay = 1;
     readClient(db, h.text(QStringLiteral("Cliente")), d);
     d.lines = readLines(db, QStringLiteral("MOVDEVVENTAS"), QStringLiteral("NumeroDevolucion"),
                         returnNumber, serial, rates);
-    if (d.paymentWay == kSeveralWays) {
-        // The return is refunded as one amount: its total.
-        const Decimal total = h.decimal(QStringLiteral("TotalMercancia")) -
-                              h.decimal(QStringLiteral("TotalDescuento")) +
-                              h.decimal(QStringLiteral("TotalImpuesto"));
-        d.payments.append({1, total});
+
+    // The refund goes back in bolívars, by the invoice's way when it was one; the part that was
+    // paid in foreign currency under IGTF goes back under that means and carries its tax.
+    const PaymentMeansTable means = loadPaymentMeans(db);
+    const int way = wayNumber(h.text(QStringLiteral("FormaPago")));
+    const int local =
+        way == 0 || means.isSeveralWays(way) || means.isForeign(way) ? 1 : means.means(way);
+    const Decimal refund = h.decimal(QStringLiteral("TotalMercancia")) -
+                           h.decimal(QStringLiteral("TotalDescuento")) +
+                           h.decimal(QStringLiteral("TotalImpuesto"));
+    const Decimal invoiceTotal = h.decimal(QStringLiteral("MercanciaFactura")) -
+                                 h.decimal(QStringLiteral("DescuentoFactura")) +
+                                 h.decimal(QStringLiteral("ImpuestoFactura"));
+    const Decimal foreign =
+        igtf::foreignRefund(refund, h.decimal(QStringLiteral("BaseIGTF")), invoiceTotal);
+    d.paymentMeans = local;
+    if (foreign > Decimal()) {
+        int foreignMeans = protocol::kFirstForeignMeans;
+        db::Sql p(db, QStringLiteral("SELECT FormaPago AS TipoPago FROM PAGOSVENTA WHERE "
+                                     "NumeroFactura = ? AND Serie = ? ORDER BY Item"));
+        p.bind(d.affectedInvoice).bind(d.affectedPrinterSerial).exec();
+        while (p.next()) {
+            const int w = wayNumber(p.text(QStringLiteral("TipoPago")));
+            if (means.isForeign(w)) {
+                foreignMeans = means.means(w);
+                break;
+            }
+        }
+        d.payments = {{foreignMeans, foreign}, {local, refund - foreign}};
     }
     return d;
 }

@@ -18,9 +18,20 @@ QByteArray six(int n) {
 }
 } // namespace
 
+bool FiscalPrinter::lastCallUnclear() const {
+    return m_failed && m_message.isEmpty() &&
+           (m_error == kErrorNoAnswer || m_error == kErrorCheckByte || m_error == kErrorBufferFull);
+}
+
+bool FiscalPrinter::busy() const {
+    return !m_failed && m_error == kErrorBufferFull;
+}
+
 QString FiscalPrinter::errorText() const {
     if (!m_failed)
         return {};
+    if (!m_message.isEmpty())
+        return m_message;
     switch (m_error) {
     case 1:
         return QStringLiteral("La impresora fiscal no tiene papel.");
@@ -157,7 +168,21 @@ bool FiscalPrinter::printXReport() {
 }
 
 bool FiscalPrinter::printZReport() {
-    return sendCommand("I0Z");
+    const auto before = readS1();
+    if (sendCommand("I0Z"))
+        return true;
+    if (!before || !lastCallUnclear())
+        return false;
+    // The ACK was lost: once the printer is ready again its Z counter tells whether it made it.
+    const Outcome lost = outcome();
+    if (waitUntilReady(ackWaitMs("I0Z"), busyPollMs())) {
+        const auto after = readS1();
+        if (after && after->zCounter == before->zCounter + 1) {
+            setOutcome(status(), 0, false);
+            return true;
+        }
+    }
+    return restore(lost);
 }
 
 bool FiscalPrinter::printFiscalMemoryByDate(const QDate& from, const QDate& to, bool detailed) {
@@ -171,45 +196,154 @@ bool FiscalPrinter::printFiscalMemoryByNumber(int from, int to, bool detailed) {
 bool FiscalPrinter::waitUntilReady(int timeoutMs, int pollMs) {
     QDeadlineTimer deadline(timeoutMs);
     for (;;) {
-        if (probe() && status() == kStatusReady)
+        if (probe() && isIdle(status()) && !busy())
             return true;
         if (deadline.hasExpired()) {
             if (!lastCallFailed())
-                setFailed(kErrorNoAnswer);
+                setFailed(busy() ? kErrorBufferFull : kErrorNoAnswer);
             return false;
         }
         QThread::msleep(quint64(qMin<qint64>(pollMs, qMax<qint64>(1, deadline.remainingTime()))));
     }
 }
 
-bool FiscalPrinter::printDocument(const FiscalDocument& document) {
-    // A document left open by an earlier failure would refuse every item.
-    if (probe()) {
-        const int s = status();
-        if (s == 2 || s == 5 || s == 8 || s == 11)
-            sendCommand("7");
-        else if (s == 3 || s == 6 || s == 9 || s == 12)
-            sendCommand("810");
+bool FiscalPrinter::waitWhileBusy(int timeoutMs) {
+    QDeadlineTimer deadline(timeoutMs);
+    for (;;) {
+        if (!probe())
+            return false;
+        if (!busy())
+            return true;
+        if (deadline.hasExpired()) {
+            setFailed(kErrorBufferFull);
+            return false;
+        }
+        QThread::msleep(
+            quint64(qMin<qint64>(busyPollMs(), qMax<qint64>(1, deadline.remainingTime()))));
     }
-    const QList<QByteArray> commands = documentCommands(document);
-    if (!sendCommands(commands)) {
-        const int status = this->status();
-        const int error = this->error();
-        sendCommand("7"); // refused by the printer once a payment was taken
-        setOutcome(status, error, true);
+}
+
+namespace {
+int documentCounter(const S1Status& s, DocumentType type) {
+    return type == DocumentType::CreditNote ? s.lastCreditNote : s.lastInvoice;
+}
+int s2Type(DocumentType type) {
+    return type == DocumentType::CreditNote ? 2 : 1;
+}
+} // namespace
+
+bool FiscalPrinter::printDocument(const FiscalDocument& document) {
+    m_alreadyPrinted = false;
+    const bool creditNote = document.type == DocumentType::CreditNote;
+    // A printer busy after a Z is waited for as long as a Z may take.
+    if (!waitWhileBusy(ackWaitMs("I0Z")))
+        return false;
+    const bool nonFiscalOpen = isNonFiscalDocumentOpen(status());
+    const auto s1 = readS1();
+    if (!s1)
+        return false;
+    const int before = documentCounter(*s1, document.type);
+    if (document.number > 0 && before >= document.number) {
+        // An earlier attempt printed it and its answer was lost: never a second time.
+        m_alreadyPrinted = true;
+        setOutcome(status(), 0, false);
+        return true;
+    }
+    if (document.number > 0 && before != document.number - 1) {
+        setFailed(creditNote ? QStringLiteral("El numero de devolución no concuerda con el numero "
+                                              "de devolución de la impresora...!")
+                             : QStringLiteral("El numero de factura no concuerda con el numero de "
+                                              "factura de la impresora...!"));
         return false;
     }
-    // Payments stored in cents may leave the printer's own total a cent short: the last way
-    // pays what is left.
-    if (document.paymentWay == kSeveralWays && !document.payments.isEmpty()) {
-        const auto open = readS2();
-        if (!open)
+    const auto open = readS2();
+    if (!open)
+        return false;
+    if (open->documentType != 0) {
+        const bool ours = open->documentType == s2Type(document.type);
+        if (open->payments > 0) {
+            // Left open by an earlier attempt once paid: the printer will not cancel it, so it
+            // is completed. When it is this document, it is now printed.
+            if (!completeOpenDocument(ours ? &document : nullptr, ours ? document.restMeans() : 1))
+                return false;
+            if (ours)
+                return settleDocument(document, before);
+        } else if (!sendCommand("7")) {
             return false;
-        if (open->documentType != 0 &&
-            !sendCommand(totalPaymentCommand(document.payments.last().way)))
+        }
+    } else if (nonFiscalOpen && !sendCommand("810")) {
+        return false;
+    }
+
+    if (!sendCommands(documentCommands(document)) && !lastCallUnclear()) {
+        // Refused: cancelled while the printer still allows it (before any payment).
+        const Outcome refused = outcome();
+        if (sendCommand("7"))
+            return restore(refused);
+    }
+    return settleDocument(document, before);
+}
+
+bool FiscalPrinter::settleDocument(const FiscalDocument& document, int before) {
+    const Outcome sent = outcome();
+    if (!waitWhileBusy(ackWaitMs("I0Z")))
+        return false;
+    const auto open = readS2();
+    if (!open)
+        return false;
+    if (open->documentType != 0) {
+        if (sent.failed && open->payments == 0) {
+            // Stopped among its items: cancelled, and printed whole the next time.
+            sendCommand("7");
+            return restore(sent);
+        }
+        if (!completeOpenDocument(&document, document.restMeans()))
             return false;
     }
-    return true;
+    const auto s1 = readS1();
+    if (!s1)
+        return false;
+    if (documentCounter(*s1, document.type) == before + 1) {
+        setOutcome(this->status(), 0, false);
+        return true;
+    }
+    if (sent.failed)
+        return restore(sent);
+    setFailed(QStringLiteral("La impresora fiscal no numeró el documento."));
+    return false;
+}
+
+bool FiscalPrinter::completeOpenDocument(const FiscalDocument* document, int restMeans) {
+    auto open = readS2();
+    if (!open)
+        return false;
+    if (document && open->documentType == s2Type(document->type)) {
+        // The payments the printer has not taken yet, in their order.
+        QList<QByteArray> rest;
+        int n = 0;
+        for (const FiscalPayment& p : document->payments) {
+            if (p.amount > Decimal() && n++ >= open->payments)
+                rest << partialPaymentCommand(p.means, p.amount);
+        }
+        if (!rest.isEmpty() && !sendCommands(rest, {open->articles, open->payments}) &&
+            !lastCallUnclear())
+            return false;
+    }
+    // What the cents (or a lost payment) leave, then the closing when the printer waits for it.
+    for (int attempt = 0; attempt < 4; ++attempt) {
+        if (!waitWhileBusy(ackWaitMs("I0Z")))
+            return false;
+        open = readS2();
+        if (!open)
+            return false;
+        if (open->documentType == 0)
+            return true;
+        const QByteArray command =
+            open->payable > 0 ? totalPaymentCommand(restMeans) : QByteArray(kCloseDocument);
+        if (!sendCommand(command) && !lastCallUnclear())
+            return false;
+    }
+    return false;
 }
 
 bool FiscalPrinter::printNonFiscal(const QStringList& lines) {
@@ -244,10 +378,33 @@ bool FiscalPrinter::updateTaxRates(const QList<int>& hundredths, const QDate& ef
         setFailed(80);
         return false;
     }
-    QByteArray pt = "PT";
-    for (int h : hundredths.mid(0, 3))
-        pt += "1" + QByteArray::number(h).rightJustified(4, '0', true);
-    return sendCommands({pt, "Pt"});
+    return sendCommands({taxRatesCommand(hundredths), "Pt"});
+}
+
+bool FiscalPrinter::nameMeans(const QList<std::pair<int, QString>>& names) {
+    QList<QByteArray> commands;
+    for (const auto& [means, name] : names)
+        commands << meansNameCommand(means, name);
+    return sendCommands(commands);
+}
+
+bool FiscalPrinter::setIgtf(bool enabled, int rateHundredths) {
+    if (!enabled)
+        return sendCommand(flagCommand(kIgtfFlag, 0));
+    const auto s3 = readS3();
+    if (!s3)
+        return false;
+    QList<int> rates;
+    for (const TaxRate& r : s3->rates)
+        rates << r.hundredths;
+    return sendCommands({taxRatesCommand(rates, rateHundredths), "Pt", flagCommand(kIgtfFlag, 1)});
+}
+
+std::optional<bool> FiscalPrinter::igtfEnabled() {
+    const auto s3 = readS3();
+    if (!s3)
+        return std::nullopt;
+    return s3->flags[kIgtfFlag] == 1;
 }
 
 } // namespace orvo::pos::fiscal

@@ -2,7 +2,9 @@
 
 #include "common/db/sql.h"
 #include "common/errors/errors.h"
+#include "pos/fiscal/igtf.h"
 #include "pos/fiscal/protocol/replies.h"
+#include "pos/fiscal/protocol/status.h"
 
 namespace orvo::pos::fiscal {
 
@@ -10,6 +12,8 @@ RegisterCounters readRegisterCounters(const QSqlDatabase& db, const QString& ser
                                       int controlFactura) {
     RegisterCounters c;
     c.serial = serial;
+    c.igtf = igtf::settings(db, serial).enabled;
+    c.contingencyReturns = contingencyReturnsBelow(db, serial, controlFactura);
     if (controlFactura == 2) {
         db::Sql q(db, QStringLiteral("SELECT UltimaFactura, UltimaDevolucion FROM PARAMETROS"));
         q.exec();
@@ -29,17 +33,28 @@ RegisterCounters readRegisterCounters(const QSqlDatabase& db, const QString& ser
     return c;
 }
 
+int contingencyReturnsBelow(const QSqlDatabase& db, const QString& serial, int controlFactura,
+                            long long before) {
+    const bool company = controlFactura == 2;
+    db::Sql q(db, QStringLiteral("SELECT COUNT(*) AS N FROM DEVVENTAS WHERE Contingencia = 1 AND "
+                                 "(? = 1 OR Serie = ?) AND (? = 0 OR NumeroDevolucion < ?)"));
+    q.bind(company ? 1 : 0).bind(serial).bind(before).bind(before).exec();
+    return q.next() ? q.integer(QStringLiteral("N")) : 0;
+}
+
 PrinterFacts readPrinterFacts(FiscalPrinter& printer) {
     PrinterFacts f;
     if (!printer.isOpen() || !printer.probe())
         return f;
-    const auto numbers = printer.lastDocumentNumbers();
+    f.status = printer.status();
+    const auto day = printer.openDay();
     const auto s1 = printer.readS1();
-    if (!numbers || !s1)
+    if (!day || !s1)
         return f;
     f.answers = true;
-    f.lastInvoice = numbers->lastInvoice;
-    f.lastCreditNote = numbers->lastCreditNote;
+    f.lastInvoice = day->lastInvoice;
+    f.lastCreditNote = day->lastCreditNote;
+    f.igtf = day->withIgtf;
     f.date = s1->date;
     f.serial = s1->serial;
     f.rif = s1->rif;
@@ -53,7 +68,7 @@ void checkPrinterAgainstRegister(const PrinterFacts& printer, const RegisterCoun
     if (printer.lastInvoice != reg.lastInvoice)
         throw UserError(QStringLiteral(
             "El numero de factura no concuerda con el numero de factura de la impresora...!"));
-    if (printer.lastCreditNote != reg.lastReturn)
+    if (printer.lastCreditNote != reg.lastCreditNote())
         throw UserError(QStringLiteral("El numero de devolución no concuerda con el numero de "
                                        "devolución de la impresora...!"));
     if (protocol::dateDdMmYy(printer.date) != protocol::dateDdMmYy(today))
@@ -62,6 +77,13 @@ void checkPrinterAgainstRegister(const PrinterFacts& printer, const RegisterCoun
     if (printer.serial.trimmed() != reg.serial.trimmed())
         throw UserError(
             QStringLiteral("La serie de la impresora no conicide con la serie de la caja...!"));
+    if (protocol::isMemoryFull(printer.status))
+        throw UserError(QStringLiteral("La memoria fiscal de la impresora está llena...!"));
+    if (printer.igtf != reg.igtf)
+        throw UserError(reg.igtf ? QStringLiteral("La caja cobra IGTF y la impresora fiscal no lo "
+                                                  "tiene activado...!")
+                                 : QStringLiteral("La impresora fiscal tiene el IGTF activado y "
+                                                  "la caja no lo cobra...!"));
 }
 
 } // namespace orvo::pos::fiscal

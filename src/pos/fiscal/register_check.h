@@ -14,7 +14,17 @@ struct RegisterCounters {
     QString serial; // CAJAS.Serie: the printer's serial
     int lastInvoice = 0;
     int lastReturn = 0;
+    // Paper returns made while the printer was out: they took numbers the printer never gave.
+    int contingencyReturns = 0;
+    bool igtf = false; // the register charges IGTF (igtf::settings)
+    // The printer's credit-note counter as it must read.
+    int lastCreditNote() const { return lastReturn - contingencyReturns; }
 };
+
+// How many contingency returns of the register (of the company, when ControlFactura is 2) are
+// numbered below `before` (all of them when 0).
+int contingencyReturnsBelow(const QSqlDatabase& db, const QString& serial, int controlFactura,
+                            long long before = 0);
 
 // What the printer shows (read on the printer's thread).
 struct PrinterFacts {
@@ -24,6 +34,8 @@ struct PrinterFacts {
     QDate date;
     QString serial;
     QString rif;
+    bool igtf = false; // flag 50 on: the X counters carry the IGTF fields
+    int status = 0;    // the probe's status number (fiscal memory nearly full, full)
 };
 
 // The register's counters: CAJAS of `serial`, or PARAMETROS when ControlFactura is 2.
@@ -34,7 +46,7 @@ RegisterCounters readRegisterCounters(const QSqlDatabase& db, const QString& ser
 PrinterFacts readPrinterFacts(FiscalPrinter& printer);
 
 // Throws UserError with the first mismatch: no answer, invoice number, return number, date,
-// serial.
+// serial; then a full fiscal memory and an IGTF setting the printer does not share.
 void checkPrinterAgainstRegister(const PrinterFacts& printer, const RegisterCounters& reg,
                                  const QDate& today);
 

@@ -3,6 +3,7 @@
 #include "common/errors/errors.h"
 #include "pos/fiscal/port_finder.h"
 #include "pos/fiscal/serial_fiscal_printer.h"
+#include "shell/startup/user_settings.h"
 
 #include <QCoreApplication>
 #include <QLoggingCategory>
@@ -38,9 +39,18 @@ std::unique_ptr<FiscalPrinterThread> makeRegisterPrinter(const LinkTiming& timin
         [timing] { return std::make_unique<SerialFiscalPrinter>(timing); }, openWhenClosed);
 }
 
+LinkTiming workstationTiming() {
+    LinkTiming t;
+    bool ok = false;
+    const int seconds = shell::settings::read(QStringLiteral("EsperaReporteZ")).toInt(&ok);
+    if (ok && seconds > 0)
+        t.zTimeoutMs = seconds * 1000;
+    return t;
+}
+
 FiscalPrinterThread& registerPrinter() {
     if (!g_printer) {
-        g_printer = makeRegisterPrinter();
+        g_printer = makeRegisterPrinter(workstationTiming());
         if (auto* app = QCoreApplication::instance())
             QObject::connect(app, &QCoreApplication::aboutToQuit, [] { g_printer.reset(); });
     }
@@ -78,6 +88,12 @@ QString zReportText(const protocol::ZReport& z) {
         << QStringLiteral("Ultimo documento no fiscal: %1").arg(z.lastNonFiscal);
     appendTotals(out, QStringLiteral("Facturas"), z.invoices);
     appendTotals(out, QStringLiteral("Notas de credito"), z.creditNotes);
+    if (z.withIgtf) {
+        out << QStringLiteral("IGTF facturas: base %1  IGTF: %2")
+                   .arg(money(z.invoiceIgtf.base), money(z.invoiceIgtf.igtf))
+            << QStringLiteral("IGTF notas de credito: base %1  IGTF: %2")
+                   .arg(money(z.creditNoteIgtf.base), money(z.creditNoteIgtf.igtf));
+    }
     return out.join(QLatin1Char('\n'));
 }
 

@@ -16,6 +16,10 @@ namespace orvo::pos::fiscal {
 // program restarted with the printer left on its port sells at once.
 std::unique_ptr<FiscalPrinterThread> makeRegisterPrinter(const LinkTiming& timing = {});
 
+// The waits of this workstation's printer: the defaults, with the wait of a Z (its ACK and the
+// busy time after it) from the setting EsperaReporteZ in seconds (20 when unset).
+LinkTiming workstationTiming();
+
 // The program's register printer for the whole run, created at first use and stopped when the
 // application quits.
 FiscalPrinterThread& registerPrinter();

@@ -132,11 +132,11 @@ bool SerialFiscalPrinter::sendCommand(const QByteArray& command) {
     return false;
 }
 
-bool SerialFiscalPrinter::sendCommands(const QList<QByteArray>& commands) {
+bool SerialFiscalPrinter::sendCommands(const QList<QByteArray>& commands, OpenCounts from) {
     if (!isOpen())
         return failNotOpen();
-    int articles = 0; // accepted so far in this buffer, thousandths
-    int payments = 0;
+    int articles = from.articles; // in the open document so far, thousandths
+    int payments = from.payments;
     for (const QByteArray& command : commands) {
         const int quantity = itemQuantity(command);
         const bool payment = isPayment(command);
@@ -148,6 +148,10 @@ bool SerialFiscalPrinter::sendCommands(const QList<QByteArray>& commands) {
                 continue;
             }
             if (quantity < 0 && !payment)
+                break;
+            // A printer still busy with it answers ENQ only: alive, so waited for as long as a
+            // Z may take, then asked.
+            if (!waitWhileBusy(ackWaitMs("I0Z")))
                 break;
             SerialLink::Answer unused;
             const auto data = m_link.statusRead("S2", &unused);

@@ -20,9 +20,14 @@ public:
 
     bool probe() override;
     bool sendCommand(const QByteArray& command) override;
-    bool sendCommands(const QList<QByteArray>& commands) override;
+    using FiscalPrinter::sendCommands;
+    bool sendCommands(const QList<QByteArray>& commands, OpenCounts from) override;
     std::optional<QByteArray> readStatusData(const QByteArray& command) override;
     std::optional<QList<QByteArray>> upload(const QByteArray& command) override;
+    int ackWaitMs(const QByteArray& command) const override {
+        return m_link.timing().ackTimeoutFor(command);
+    }
+    int busyPollMs() const override { return m_link.timing().busyPollMs; }
 
 private:
     enum class Sent { Done, Refused, Lost };

@@ -7,6 +7,25 @@ namespace orvo::pos::fiscal {
 
 using namespace protocol;
 
+int LinkTiming::ackTimeoutFor(const QByteArray& c) const {
+    if (c.isEmpty())
+        return ackTimeoutMs;
+    if (c == "I0Z")
+        return zTimeoutMs;
+    if (c.startsWith("I0") || c.startsWith("I2") || c.startsWith("I3"))
+        return reportAckTimeoutMs;
+    const char c0 = c[0];
+    const bool digitsFollow = c.size() >= 3 && c[1] >= '0' && c[1] <= '9';
+    if (c == "7" || ((c0 == '1' || c0 == '2') && digitsFollow))
+        return paymentAckTimeoutMs;
+    const quint8 u0 = quint8(c0);
+    if (c0 == ' ' || c0 == '!' || c0 == '"' || c0 == '#' || (u0 >= 0xA0 && u0 <= 0xA3) ||
+        (c0 == 'd' && c.size() > 1 && c[1] >= '0' && c[1] <= '3') || c0 == '@' || c0 == 'A' ||
+        c0 == 'p' || c0 == 'q' || c0 == 'k' || c == "3" || c.startsWith("80") || c.startsWith("81"))
+        return itemAckTimeoutMs;
+    return ackTimeoutMs;
+}
+
 bool SerialLink::open(const QString& port, bool* busy) {
     close();
     *busy = false;
@@ -103,7 +122,7 @@ SerialLink::Answer SerialLink::command(const QByteArray& data) {
         return Answer::None;
     discardInput();
     write(frame(data));
-    QDeadlineTimer deadline(m_timing.ackTimeoutMs);
+    QDeadlineTimer deadline(m_timing.ackTimeoutFor(data));
     while (!deadline.hasExpired()) {
         auto e = nextEvent(int(deadline.remainingTime()));
         if (!e)

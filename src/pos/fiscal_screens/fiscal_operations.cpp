@@ -3,6 +3,7 @@
 #include "common/db/transaction.h"
 #include "common/errors/errors.h"
 #include "pos/fiscal/document_builder.h"
+#include "pos/fiscal/igtf.h"
 #include "pos/register/day_state.h"
 
 namespace orvo::pos::fiscal_screens {
@@ -82,19 +83,31 @@ PrinterCounters readCounters(FiscalPrinter& printer) {
     c.invoicesToday = s1->invoicesToday;
     c.creditNotesToday = s1->creditNotesToday;
     c.lastZ = s1->zCounter;
+    const int status = printer.probe() ? printer.status() : 0;
+    c.memoryState = fiscal::protocol::isMemoryFull(status)         ? 2
+                    : fiscal::protocol::isMemoryNearlyFull(status) ? 1
+                                                                   : 0;
+    c.igtf = printer.igtfEnabled().value_or(false);
     return c;
 }
 
 QString countersText(const PrinterCounters& c) {
-    return QStringList{QStringLiteral("Serie de la impresora: %1").arg(c.serial),
-                       QStringLiteral("Fecha de la impresora: %1")
-                           .arg(c.date.toString(QStringLiteral("dd/MM/yyyy"))),
-                       QStringLiteral("Última factura: %1").arg(c.lastInvoice),
-                       QStringLiteral("Última nota de crédito: %1").arg(c.lastCreditNote),
-                       QStringLiteral("Último documento no fiscal: %1").arg(c.lastNonFiscal),
-                       QStringLiteral("Facturas del día: %1").arg(c.invoicesToday),
-                       QStringLiteral("Notas de crédito del día: %1").arg(c.creditNotesToday),
-                       QStringLiteral("Último reporte Z: %1").arg(c.lastZ)}
+    return QStringList{
+        QStringLiteral("Serie de la impresora: %1").arg(c.serial),
+        QStringLiteral("Fecha de la impresora: %1")
+            .arg(c.date.toString(QStringLiteral("dd/MM/yyyy"))),
+        QStringLiteral("Última factura: %1").arg(c.lastInvoice),
+        QStringLiteral("Última nota de crédito: %1").arg(c.lastCreditNote),
+        QStringLiteral("Último documento no fiscal: %1").arg(c.lastNonFiscal),
+        QStringLiteral("Facturas del día: %1").arg(c.invoicesToday),
+        QStringLiteral("Notas de crédito del día: %1").arg(c.creditNotesToday),
+        QStringLiteral("Último reporte Z: %1").arg(c.lastZ),
+        QStringLiteral("IGTF: %1")
+            .arg(c.igtf ? QStringLiteral("activado") : QStringLiteral("desactivado")),
+        QStringLiteral("Memoria fiscal: %1")
+            .arg(c.memoryState == 2   ? QStringLiteral("LLENA")
+                 : c.memoryState == 1 ? QStringLiteral("casi llena")
+                                      : QStringLiteral("con espacio"))}
         .join(QLatin1Char('\n'));
 }
 
@@ -106,6 +119,40 @@ long long printerLastInvoice(FiscalPrinter& printer) {
 
 void testDisplay(FiscalPrinter& printer, const QString& upper, const QString& lower) {
     requireSuccess(printer, printer.showOnDisplay(upper, lower));
+}
+
+fiscal::PaymentMeansTable storePaymentMeans(const QSqlDatabase& db) {
+    return fiscal::loadPaymentMeans(db);
+}
+
+void saveStorePaymentMeans(const QSqlDatabase& db, const QList<fiscal::WayMeans>& rows) {
+    db::Transaction tx(db);
+    fiscal::savePaymentMeans(db, rows);
+    tx.commit();
+}
+
+void programPaymentMeans(FiscalPrinter& printer, const QList<std::pair<int, QString>>& names) {
+    requireSuccess(printer, printer.nameMeans(names));
+}
+
+IgtfChoice registerIgtf(const QSqlDatabase& db, const QString& serial) {
+    const fiscal::igtf::Settings s = fiscal::igtf::settings(db, serial);
+    return {s.enabled, int(s.percent.scaled(2))};
+}
+
+void setPrinterIgtf(FiscalPrinter& printer, const IgtfChoice& choice) {
+    if (printer.setIgtf(choice.enabled, choice.rateHundredths))
+        return;
+    if (printer.error() == 96)
+        throw UserError(QStringLiteral("La impresora fiscal acepta el IGTF solo después de un "
+                                       "reporte Z...!"));
+    failWith(printer);
+}
+
+void recordRegisterIgtf(const QSqlDatabase& db, const QString& serial, bool enabled) {
+    db::Transaction tx(db);
+    fiscal::igtf::setRegisterIgtf(db, serial, enabled);
+    tx.commit();
 }
 
 void recordZOnRegisterDay(const QSqlDatabase& db, const QString& serial, const QDate& day) {

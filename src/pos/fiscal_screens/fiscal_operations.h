@@ -1,6 +1,7 @@
 #pragma once
 
 #include "pos/fiscal/fiscal_printer.h"
+#include "pos/fiscal/payment_means.h"
 
 #include <QDate>
 #include <QList>
@@ -49,6 +50,8 @@ struct PrinterCounters {
     int invoicesToday = 0;
     int creditNotesToday = 0;
     int lastZ = 0;
+    bool igtf = false;   // flag 50 on
+    int memoryState = 0; // 0 room, 1 nearly full, 2 full
 };
 PrinterCounters readCounters(fiscal::FiscalPrinter& printer);
 // One line per counter, for the screen.
@@ -58,6 +61,24 @@ QString countersText(const PrinterCounters& c);
 long long printerLastInvoice(fiscal::FiscalPrinter& printer);
 
 void testDisplay(fiscal::FiscalPrinter& printer, const QString& upper, const QString& lower);
+
+// The payment way → means table as the screen shows it, and saved (one transaction).
+fiscal::PaymentMeansTable storePaymentMeans(const QSqlDatabase& db);
+void saveStorePaymentMeans(const QSqlDatabase& db, const QList<fiscal::WayMeans>& rows);
+// Names the means of the table on the printer (PE).
+void programPaymentMeans(fiscal::FiscalPrinter& printer,
+                         const QList<std::pair<int, QString>>& names);
+
+// IGTF on this register: whether it charges it, and the rate in hundredths (3 % is 300).
+struct IgtfChoice {
+    bool enabled = false;
+    int rateHundredths = 300;
+};
+IgtfChoice registerIgtf(const QSqlDatabase& db, const QString& serial);
+// The printer first (flag 50 and the rate, accepted right after a Z), then the register, so
+// that the two never disagree.
+void setPrinterIgtf(fiscal::FiscalPrinter& printer, const IgtfChoice& choice);
+void recordRegisterIgtf(const QSqlDatabase& db, const QString& serial, bool enabled);
 
 // After a Z made by hand the register's day starts again from 0 toward the printer's maximum.
 void recordZOnRegisterDay(const QSqlDatabase& db, const QString& serial, const QDate& day);

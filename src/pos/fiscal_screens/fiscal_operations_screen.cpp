@@ -3,16 +3,19 @@
 #include "pos/fiscal_screens/fiscal_operations.h"
 #include "shell/session/session_context.h"
 
+#include <QCheckBox>
 #include <QDateEdit>
 #include <QFormLayout>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
+#include <QHeaderView>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QRegularExpressionValidator>
+#include <QTableWidget>
 #include <QVBoxLayout>
 
 namespace orvo::pos::fiscal_screens {
@@ -67,6 +70,7 @@ FiscalOperationsScreen::FiscalOperationsScreen(QSqlDatabase db,
     grid->addWidget(rangeBox(), 0, 1);
     grid->addWidget(programmingBox(), 1, 0);
     grid->addWidget(readingBox(), 1, 1);
+    grid->addWidget(igtfBox(), 2, 0, 1, 2);
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(grid);
     layout->addWidget(statusLabel());
@@ -75,6 +79,8 @@ FiscalOperationsScreen::FiscalOperationsScreen(QSqlDatabase db,
         const QList<int> rates = storeTaxRates(m_db);
         for (int i = 0; i < m_rates.size() && i < rates.size(); ++i)
             m_rates[i]->setText(Decimal::fromScaled(rates[i], 2).toString(2));
+        loadMeans();
+        m_igtf->setChecked(registerIgtf(m_db, m_session.serial).enabled);
     });
 }
 
@@ -185,6 +191,95 @@ QWidget* FiscalOperationsScreen::readingBox() {
     l->addWidget(m_display2);
     l->addWidget(display);
     return box;
+}
+
+QWidget* FiscalOperationsScreen::igtfBox() {
+    auto* box = new QGroupBox(QStringLiteral("IGTF y medios de pago"), this);
+    m_means = new QTableWidget(0, 3, box);
+    m_means->setObjectName(QStringLiteral("SpreadMediosPago"));
+    m_means->setHorizontalHeaderLabels(
+        {QStringLiteral("Forma de pago"), QStringLiteral("Medio"), QStringLiteral("Nombre")});
+    m_means->horizontalHeader()->setStretchLastSection(true);
+    m_means->verticalHeader()->hide();
+    m_means->setMinimumSize(460, 240);
+    auto* save = button("cmdGuardarMedios", QStringLiteral("Guardar y programar medios"));
+    connect(save, &QPushButton::clicked, this, [this] { saveMeans(); });
+    m_igtf =
+        new QCheckBox(QStringLiteral("Cobrar IGTF en esta caja (divisas, medios 20 a 24)"), box);
+    m_igtf->setObjectName(QStringLiteral("chkIGTF"));
+    auto* apply = button("cmdAplicarIGTF", QStringLiteral("Aplicar IGTF"));
+    connect(apply, &QPushButton::clicked, this, [this] { applyIgtf(); });
+    auto* side = new QVBoxLayout;
+    side->addWidget(save);
+    side->addWidget(m_igtf);
+    side->addWidget(apply);
+    side->addStretch();
+    auto* l = new QHBoxLayout(box);
+    l->addWidget(m_means, 3);
+    l->addLayout(side, 2);
+    return box;
+}
+
+void FiscalOperationsScreen::loadMeans() {
+    const QList<fiscal::WayMeans> rows = storePaymentMeans(m_db).rows();
+    m_means->setRowCount(int(rows.size()));
+    for (int r = 0; r < rows.size(); ++r) {
+        auto* way = new QTableWidgetItem(rows[r].wayName);
+        way->setData(Qt::UserRole, rows[r].way);
+        way->setFlags(way->flags() & ~Qt::ItemIsEditable);
+        m_means->setItem(r, 0, way);
+        m_means->setItem(
+            r, 1,
+            new QTableWidgetItem(QStringLiteral("%1").arg(rows[r].means, 2, 10, QLatin1Char('0'))));
+        m_means->setItem(r, 2, new QTableWidgetItem(rows[r].name));
+    }
+    m_means->resizeColumnsToContents();
+}
+
+void FiscalOperationsScreen::saveMeans() {
+    guarded(this, [this] {
+        QList<fiscal::WayMeans> rows;
+        for (int r = 0; r < m_means->rowCount(); ++r) {
+            fiscal::WayMeans m;
+            m.way = m_means->item(r, 0)->data(Qt::UserRole).toInt();
+            m.wayName = m_means->item(r, 0)->text();
+            bool ok = false;
+            m.means = m_means->item(r, 1)->text().trimmed().toInt(&ok);
+            if (!ok)
+                m.means = 0;
+            m.name = m_means->item(r, 2)->text().trimmed();
+            rows << m;
+        }
+        saveStorePaymentMeans(m_db, rows);
+        loadMeans();
+        const auto names = storePaymentMeans(m_db).names();
+        runOnPrinter(
+            QStringLiteral("Programando los medios de pago..."),
+            [names](fiscal::FiscalPrinter& p) { programPaymentMeans(p, names); },
+            [this] { statusLabel()->setText(QStringLiteral("Medios de pago programados.")); });
+    });
+}
+
+void FiscalOperationsScreen::applyIgtf() {
+    guarded(this, [this] {
+        if (m_session.serial.isEmpty())
+            throw UserError(QStringLiteral("Debe configurar la caja...!"));
+        IgtfChoice choice = registerIgtf(m_db, m_session.serial);
+        choice.enabled = m_igtf->isChecked();
+        const auto names = storePaymentMeans(m_db).names();
+        runOnPrinter(
+            QStringLiteral("Programando el IGTF en la impresora fiscal..."),
+            [choice, names](fiscal::FiscalPrinter& p) {
+                setPrinterIgtf(p, choice);
+                if (choice.enabled)
+                    programPaymentMeans(p, names);
+            },
+            [this, choice] {
+                recordRegisterIgtf(m_db, m_session.serial, choice.enabled);
+                statusLabel()->setText(choice.enabled ? QStringLiteral("IGTF activado.")
+                                                      : QStringLiteral("IGTF desactivado."));
+            });
+    });
 }
 
 void FiscalOperationsScreen::xReport() {

@@ -4,7 +4,9 @@
 
 #include <QSqlDatabase>
 
+class QCheckBox;
 class QDateEdit;
+class QTableWidget;
 class QLineEdit;
 class QPlainTextEdit;
 class QPushButton;
@@ -18,7 +20,7 @@ namespace orvo::pos::fiscal_screens {
 
 // frmOperacionesFiscales: the managers' work on the register's fiscal printer: X and Z reports,
 // fiscal memory reports by dates or numbers, header and footer lines, tax rates, the counters
-// and the customer display.
+// and the customer display; IGTF on the register and the payment means the printer names.
 class FiscalOperationsScreen : public PrinterScreen {
     Q_OBJECT
 public:
@@ -30,6 +32,7 @@ private:
     QWidget* rangeBox();
     QWidget* programmingBox();
     QWidget* readingBox();
+    QWidget* igtfBox();
     QPushButton* button(const char* name, const QString& text);
 
     void xReport();
@@ -39,6 +42,9 @@ private:
     void updateRates();
     void readCounters();
     void testDisplay();
+    void loadMeans();
+    void saveMeans();
+    void applyIgtf();
 
     QSqlDatabase m_db;
     const shell::SessionContext& m_session;
@@ -55,6 +61,8 @@ private:
     QPlainTextEdit* m_counters = nullptr;
     QLineEdit* m_display1 = nullptr;
     QLineEdit* m_display2 = nullptr;
+    QTableWidget* m_means = nullptr;
+    QCheckBox* m_igtf = nullptr;
 };
 
 } // namespace orvo::pos::fiscal_screens

@@ -25,7 +25,20 @@ QStringList names(const QSqlDatabase& db, const QString& statement,
 
 Decimal countedAmount(const PaymentRow& row, const Decimal& exchangeRate) {
     const Decimal amount = row.amount.value_or(Decimal());
-    return row.way == kCashDollar ? amount * exchangeRate : amount;
+    return row.way == kCashDollar ? (amount * exchangeRate).rounded(2) : amount;
+}
+
+Decimal foreignPaid(const QList<PaymentRow>& rows, const Decimal& exchangeRate) {
+    Decimal total;
+    for (const PaymentRow& row : rows)
+        if (row.way == kCashDollar)
+            total += countedAmount(row, exchangeRate);
+    return total;
+}
+
+fiscal::igtf::Owed amountOwed(const QList<PaymentRow>& rows, const Decimal& exchangeRate,
+                              const Decimal& invoiceTotal, const fiscal::igtf::Settings& igtf) {
+    return fiscal::igtf::owed(invoiceTotal, foreignPaid(rows, exchangeRate), igtf);
 }
 
 Decimal totalPaid(const QList<PaymentRow>& rows, const Decimal& exchangeRate) {
@@ -142,6 +155,17 @@ std::optional<Decimal> proposedAmount(const QString& way, const Decimal& balance
     if (cents < dollars)
         cents += kCent;
     return cents;
+}
+
+std::optional<Decimal> proposedAmount(const QString& way, const QList<PaymentRow>& others,
+                                      const Decimal& rate, const Decimal& invoiceTotal,
+                                      const fiscal::igtf::Settings& igtf) {
+    const Decimal paid = totalPaid(others, rate);
+    const Decimal foreign = foreignPaid(others, rate);
+    const Decimal balance = way == kCashDollar
+                                ? fiscal::igtf::foreignToSettle(invoiceTotal, foreign, paid, igtf)
+                                : fiscal::igtf::owed(invoiceTotal, foreign, igtf).total - paid;
+    return proposedAmount(way, balance, rate);
 }
 
 std::optional<Decimal> parseTypedAmount(const QString& text) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/decimal/decimal.h"
+#include "pos/fiscal/igtf.h"
 
 #include <QList>
 #include <QSqlDatabase>
@@ -44,9 +45,16 @@ struct PaymentRow {
 // The approved terminal payments among `rows`.
 QList<PaymentRow> approvedAtTerminal(const QList<PaymentRow>& rows);
 
-// What a row counts toward the invoice: dollars at the day's rate, anything else as it is.
+// What a row counts toward the invoice: dollars at the day's rate rounded to the cent (what the
+// fiscal printer is sent), anything else as it is.
 Decimal countedAmount(const PaymentRow& row, const Decimal& exchangeRate);
 Decimal totalPaid(const QList<PaymentRow>& rows, const Decimal& exchangeRate);
+// What the dollar rows count toward the invoice.
+Decimal foreignPaid(const QList<PaymentRow>& rows, const Decimal& exchangeRate);
+// What the client owes when paying the invoice with `rows`: its total and, with IGTF, the tax on
+// what the dollars pay of it.
+fiscal::igtf::Owed amountOwed(const QList<PaymentRow>& rows, const Decimal& exchangeRate,
+                              const Decimal& invoiceTotal, const fiscal::igtf::Settings& igtf);
 
 // Throws UserError for the first row, in order, that lacks a cell its way needs. Empty rows
 // (no way chosen) are left out.
@@ -64,6 +72,11 @@ Decimal changeDue(const QList<PaymentRow>& rows, const Decimal& exchangeRate,
 // the cent so that it covers; nothing when nothing is due.
 std::optional<Decimal> proposedAmount(const QString& way, const Decimal& balance,
                                       const Decimal& exchangeRate);
+// The same for a row among `others` (the rows already there) on an invoice of `invoiceTotal`:
+// a dollar row proposes what settles the balance with the IGTF it raises itself.
+std::optional<Decimal> proposedAmount(const QString& way, const QList<PaymentRow>& others,
+                                      const Decimal& exchangeRate, const Decimal& invoiceTotal,
+                                      const fiscal::igtf::Settings& igtf);
 
 // An amount as the cashier types it: "1234.5", "1234,50", "1.234,50".
 std::optional<Decimal> parseTypedAmount(const QString& text);

@@ -184,22 +184,30 @@ PaymentsScreen::PaymentsScreen(QSqlDatabase db, PaymentsScreenInput input,
     m_total = amountLabel(QStringLiteral("lblTotalFactura"), this);
     m_paid = amountLabel(QStringLiteral("lblTotalAbonado"), this);
     m_balance = amountLabel(QStringLiteral("lblTotalSaldo"), this);
+    m_igtf = amountLabel(QStringLiteral("lblMontoIGTF"), this);
     m_currency = new QLabel(m_input.currencySymbol, this);
     m_currency->setObjectName(QStringLiteral("lblMoneda"));
     QFont big = m_balance->font();
     big.setPointSizeF(big.pointSizeF() * 1.4);
     big.setBold(true);
-    for (QLabel* l : {m_total, m_paid, m_balance})
+    for (QLabel* l : {m_total, m_paid, m_balance, m_igtf})
         l->setFont(big);
 
     auto* totals = new QGridLayout;
     totals->addWidget(new QLabel(QStringLiteral("Total Factura:"), this), 0, 0);
     totals->addWidget(m_total, 0, 1);
     totals->addWidget(m_currency, 0, 2);
-    totals->addWidget(new QLabel(QStringLiteral("Total Abonado:"), this), 1, 0);
-    totals->addWidget(m_paid, 1, 1);
-    totals->addWidget(new QLabel(QStringLiteral("Saldo:"), this), 2, 0);
-    totals->addWidget(m_balance, 2, 1);
+    // With IGTF the dollar rows pay 3 % on top: the balance includes it.
+    auto* igtfLabel =
+        new QLabel(QStringLiteral("IGTF (%1%):").arg(formatAmount(m_input.igtf.percent)), this);
+    totals->addWidget(igtfLabel, 1, 0);
+    totals->addWidget(m_igtf, 1, 1);
+    igtfLabel->setVisible(m_input.igtf.enabled);
+    m_igtf->setVisible(m_input.igtf.enabled);
+    totals->addWidget(new QLabel(QStringLiteral("Total Abonado:"), this), 2, 0);
+    totals->addWidget(m_paid, 2, 1);
+    totals->addWidget(new QLabel(QStringLiteral("Saldo:"), this), 3, 0);
+    totals->addWidget(m_balance, 3, 1);
     totals->setColumnStretch(3, 1);
 
     auto* remove = button(QStringLiteral("cmdEliminar"), QStringLiteral("Eliminar"), this);
@@ -339,8 +347,12 @@ Decimal PaymentsScreen::amountPaid() const {
     return totalPaid(rows(), m_input.exchangeRate);
 }
 
+fiscal::igtf::Owed PaymentsScreen::owed() const {
+    return amountOwed(rows(), m_input.exchangeRate, m_input.invoiceTotal, m_input.igtf);
+}
+
 Decimal PaymentsScreen::balance() const {
-    return m_input.invoiceTotal - amountPaid();
+    return owed().total - amountPaid();
 }
 
 void PaymentsScreen::onCellChanged(int row, int column) {
@@ -368,12 +380,12 @@ void PaymentsScreen::proposeFor(int row) {
     if (r.isEmpty() || r.isApprovedAtTerminal())
         return;
     if (!r.amount) {
-        Decimal othersPaid;
+        QList<PaymentRow> others;
         for (int i = 0; i < m_grid->rowCount(); ++i)
             if (i != row)
-                othersPaid += countedAmount(rowAt(i), m_input.exchangeRate);
-        if (const auto amount =
-                proposedAmount(r.way, m_input.invoiceTotal - othersPaid, m_input.exchangeRate))
+                others << rowAt(i);
+        if (const auto amount = proposedAmount(r.way, others, m_input.exchangeRate,
+                                               m_input.invoiceTotal, m_input.igtf))
             setCell(row, kAmount, amount->toString(2)); // formatted by onCellChanged
     }
     if (r.isCard() && r.pointOfSale.isEmpty() && !m_terminalAccount.isEmpty() &&
@@ -383,9 +395,11 @@ void PaymentsScreen::proposeFor(int row) {
 
 void PaymentsScreen::refreshTotals() {
     const Decimal paid = amountPaid();
+    const fiscal::igtf::Owed o = owed();
     m_total->setText(formatAmount(m_input.invoiceTotal));
+    m_igtf->setText(formatAmount(o.tax));
     m_paid->setText(formatAmount(paid));
-    m_balance->setText(formatAmount(m_input.invoiceTotal - paid));
+    m_balance->setText(formatAmount(o.total - paid));
 }
 
 bool PaymentsScreen::paysAtTerminal(const PaymentRow& row) const {
@@ -467,7 +481,7 @@ void PaymentsScreen::accept() {
     guarded(this, [this] {
         const QList<PaymentRow> list = rows();
         checkRowsComplete(list);
-        checkCoversInvoice(list, m_input.exchangeRate, m_input.invoiceTotal, m_input.allowChange);
+        checkCoversInvoice(list, m_input.exchangeRate, owed().total, m_input.allowChange);
         QDialog::accept();
     });
 }

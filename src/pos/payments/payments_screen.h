@@ -24,8 +24,9 @@ struct PaymentsScreenInput {
     bool allowChange = false; // a cash sale may pay more in cash and take change
     bool cashAllowed = true;
     QString currencySymbol;
-    QString serie;          // this register, for its card terminal
-    QList<PaymentRow> rows; // shown again: the sale's payments, or its kept terminal payments
+    QString serie;               // this register, for its card terminal
+    QList<PaymentRow> rows;      // shown again: the sale's payments, or its kept terminal payments
+    fiscal::igtf::Settings igtf; // the register's IGTF: the dollars pay it on top
 };
 
 class PaymentGrid;
@@ -57,7 +58,9 @@ public:
 
     QList<PaymentRow> rows() const; // the rows with a payment way
     Decimal amountPaid() const;
-    Decimal balance() const; // invoice total − paid
+    // The invoice's total and, with IGTF, the tax on what the dollar rows pay of it.
+    fiscal::igtf::Owed owed() const;
+    Decimal balance() const; // invoice total + IGTF − paid
     QTableWidget* grid() const;
 
     void accept() override;
@@ -98,6 +101,7 @@ private:
     QLabel* m_total;
     QLabel* m_paid;
     QLabel* m_balance;
+    QLabel* m_igtf = nullptr;
     QLabel* m_currency;
     bool m_filling = false;
 };

@@ -31,13 +31,20 @@ ExchangeResult acceptExchange(const QSqlDatabase& db, const shell::SessionContex
     const Decimal due = result.amounts.toPay();
     const Decimal rate = taken.exchangeRate();
     QList<payments::PaymentRow> rows;
+    fiscal::igtf::Owed igtf;
     if (due > Decimal()) {
         if (!taken.paymentsAccepted())
             throw UserError(QStringLiteral("Debe Especificar el pago del cliente...!"));
         rows = taken.payments();
-        payments::checkCoversInvoice(rows, rate, due, true);
+        // Dollars paying the difference pay their IGTF on top; the printer caps its base at the
+        // new invoice's total.
+        igtf = payments::amountOwed(rows, rate, result.amounts.taken,
+                                    fiscal::igtf::settings(db, ctx.serial));
+        igtf.total = due + igtf.tax;
+        payments::checkCoversInvoice(rows, rate, igtf.total, true);
         result.paid = payments::totalPaid(rows, rate);
-        result.change = payments::changeDue(rows, rate, due);
+        result.change = payments::changeDue(rows, rate, igtf.total);
+        result.igtf = igtf.tax;
     } else {
         // Nothing to collect: a card charged meanwhile has to be voided first.
         taken.checkNoTerminalPayments();
@@ -50,7 +57,7 @@ ExchangeResult acceptExchange(const QSqlDatabase& db, const shell::SessionContex
     rows.append(credit);
     sale::SaleDraft paid = taken;
     paid.setMode(sale::PaymentMode::Cash);
-    paid.setPayments(rows, result.paid + *credit.amount, rate);
+    paid.setPayments(rows, result.paid + *credit.amount, rate, igtf);
 
     SavedReturn saved;
     // The return is written first, inside the sale's own transaction: a refusal or a failure
@@ -66,6 +73,7 @@ ExchangeResult acceptExchange(const QSqlDatabase& db, const shell::SessionContex
         return result;
     }
     result.returnNumber = saved.number;
+    result.igtfBack = saved.igtf.tax;
     result.cashRefund = saved.cashRefund;
     result.reminder = saved.reminder;
     result.invoiceNumber = sold.number;

@@ -31,11 +31,14 @@ struct ExchangeResult {
     ExchangeAmounts amounts;
     Decimal paid;             // what the client handed over for the difference
     Decimal change;           // the cash change of that payment
+    Decimal igtf;             // the IGTF the dollars paying the difference paid on top
+    Decimal igtfBack;         // the IGTF the return gives back (its invoice was paid in dollars)
     long long cashRefund = 0; // SALIDASCAJA.Numero of the return's refund, 0 when none
     QString reminder;         // what the screen must tell the cashier afterwards, if anything
 
-    // What the cashier hands back: the value brought back over the new invoice, and the change.
-    Decimal handedBack() const { return amounts.toHandBack() + change; }
+    // What the cashier hands back: the value brought back over the new invoice, the IGTF the
+    // return carries, and the change.
+    Decimal handedBack() const { return amounts.toHandBack() + igtfBack + change; }
 };
 
 // The invoice being exchanged: this register's, paid in cash, with something left.

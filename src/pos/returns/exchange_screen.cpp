@@ -249,10 +249,10 @@ void ExchangeScreen::refresh() {
     m_backTotal->setText(QStringLiteral("Devuelve: ") + money(amounts.back));
     m_total->setText(QStringLiteral("Lleva: ") + money(amounts.taken));
     m_difference->setText(differenceText(amounts));
-    const Decimal change =
-        m_taken.paymentsAccepted()
-            ? payments::changeDue(m_taken.payments(), m_taken.exchangeRate(), amounts.toPay())
-            : Decimal();
+    const Decimal change = m_taken.paymentsAccepted()
+                               ? payments::changeDue(m_taken.payments(), m_taken.exchangeRate(),
+                                                     amounts.toPay() + m_taken.igtf().tax)
+                               : Decimal();
     m_change->setText(QStringLiteral("Cambio: ") + money(change));
 }
 
@@ -289,6 +289,17 @@ void ExchangeScreen::accept() {
         refresh();
         if (!paid)
             return;
+    }
+    // Credit notes and invoices an earlier failure left pending go out first, as the return and
+    // the sale do: the printer's counters must agree with the register's before these two.
+    if (!m_taken.isContingency()) {
+        sale::PrintResult pending = printPendingReturns(m_db, m_ctx, printer(), m_paper);
+        if (pending.ok())
+            pending = sale::printPendingSales(m_db, m_ctx, printer(), m_paper);
+        if (!pending.ok()) {
+            dialogs().warning(this, pending.error);
+            return;
+        }
     }
     ExchangeResult r = acceptExchange(m_db, m_ctx, m_draft, m_taken, printer());
     if (r.status == ExchangeResult::Status::NeedsForcedZ) {

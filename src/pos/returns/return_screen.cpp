@@ -149,8 +149,7 @@ void ReturnScreen::accept() {
                                 .arg(invoice)
                                 .arg(credit ? QStringLiteral("abono a la cuenta por cobrar")
                                             : QStringLiteral("devolver al cliente"),
-                                     m_ctx.simboloMoneda,
-                                     payments::formatAmount(saved.totals.total())));
+                                     m_ctx.simboloMoneda, payments::formatAmount(saved.refund())));
 }
 
 void registerReturnScreens() {

@@ -54,7 +54,8 @@ SavedReturn writeReturn(const QSqlDatabase& db, const shell::SessionContext& ctx
     if (number == 0)
         throw UserError(QStringLiteral("No se pudo obtener el número de la devolución...!"));
     const QDateTime now = db::serverNow(db);
-    store::insertHeader(db, {number, ctx.serial, now, ctx.userCode}, draft.invoice());
+    store::insertHeader(db, {number, ctx.serial, now, ctx.userCode, draft.contingency()},
+                        draft.invoice());
     for (const ReturnLine& line : draft.lines()) {
         store::addLine(db, number, ctx.serial, now, line);
         if (!store::markReturned(db, draft.invoice(), line.source.item, line.cantidad))
@@ -68,6 +69,8 @@ SavedReturn writeReturn(const QSqlDatabase& db, const shell::SessionContext& ctx
     SavedReturn saved;
     saved.number = number;
     saved.totals = store::writeTotals(db, number, ctx.serial);
+    saved.igtf = store::writeIgtf(db, number, ctx.serial, draft.invoice(), saved.totals.total(),
+                                  fiscal::igtf::settings(db, ctx.serial).percent);
     return saved;
 }
 
@@ -92,7 +95,7 @@ void settleRefund(const QSqlDatabase& db, const shell::SessionContext& ctx,
     r.account = account;
     r.creditor = invoice.clienteNombre.isEmpty() ? invoice.cliente : invoice.clienteNombre;
     r.document = QString::number(saved.number);
-    r.amount = saved.totals.total();
+    r.amount = saved.refund();
     r.usuario = ctx.userCode;
     saved.cashRefund = store::insertCashRefund(db, r);
 }
@@ -176,7 +179,13 @@ sale::PrintResult printPendingReturns(const QSqlDatabase& db, const shell::Sessi
             store::markPrinted(db, number, ctx.serial);
             tx.commit();
         },
-        [&](long long number) { return printReturn(db, ctx, number, false, printer, paper); });
+        [&](long long number) {
+            // A paper return made while the printer was out stays a paper return.
+            const bool contingency =
+                sale::isContingency(db, QStringLiteral("DEVVENTAS"),
+                                    QStringLiteral("NumeroDevolucion"), ctx.serial, number);
+            return printReturn(db, ctx, number, contingency, printer, paper);
+        });
 }
 
 } // namespace orvo::pos::returns

@@ -26,6 +26,9 @@ ReturnableInvoice loadInvoice(const QSqlDatabase& db, const shell::SessionContex
 struct SavedReturn {
     long long number = 0;
     ReturnTotals totals;
+    fiscal::igtf::Owed igtf; // what the dollars of its invoice paid of it, and the tax on it
+    // What goes back to the client: the total and the IGTF it carries.
+    Decimal refund() const { return totals.total() + igtf.tax; }
     long long cashRefund = 0; // SALIDASCAJA.Numero, 0 when none was written
     QString reminder;         // what the screen must tell the cashier afterwards, if anything
 };

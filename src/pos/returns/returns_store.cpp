@@ -64,11 +64,12 @@ std::optional<ReturnableInvoice> loadInvoice(const QSqlDatabase& db, long long n
 
 void insertHeader(const QSqlDatabase& db, const ReturnHeader& h, const ReturnableInvoice& invoice) {
     db::requireTransaction(db);
-    db::Sql(db, QStringLiteral("INSERT INTO DEVVENTAS (NumeroDevolucion, Serie, NumeroFactura, "
-                               "Fecha, Vendedor, Cliente, TotalMercancia, TotalDescuento, "
-                               "TotalImpuesto, TotalCosto, TipoVenta, InterContable, Usuario, "
-                               "Status, SerieFactura, Impresa) VALUES (?, ?, ?, ?, ?, ?, 0, 0, 0, "
-                               "0, ?, 0, ?, 1, ?, 0)"))
+    db::Sql(db,
+            QStringLiteral("INSERT INTO DEVVENTAS (NumeroDevolucion, Serie, NumeroFactura, "
+                           "Fecha, Vendedor, Cliente, TotalMercancia, TotalDescuento, "
+                           "TotalImpuesto, TotalCosto, TipoVenta, InterContable, Usuario, "
+                           "Status, SerieFactura, Impresa, Contingencia) VALUES (?, ?, ?, ?, ?, "
+                           "?, 0, 0, 0, 0, ?, 0, ?, 1, ?, 0, ?)"))
         .bind(h.number)
         .bind(h.serie)
         .bind(invoice.number)
@@ -78,7 +79,38 @@ void insertHeader(const QSqlDatabase& db, const ReturnHeader& h, const Returnabl
         .bind(invoice.tipoVenta)
         .bind(h.usuario)
         .bind(invoice.serie)
+        .bind(h.contingency ? 1 : 0)
         .exec();
+}
+
+fiscal::igtf::Owed writeIgtf(const QSqlDatabase& db, long long number, const QString& serie,
+                             const ReturnableInvoice& invoice, const Decimal& refund,
+                             const Decimal& percent) {
+    db::requireTransaction(db);
+    db::Sql q(db, QStringLiteral("SELECT BaseIGTF, TotalMercancia, TotalDescuento, TotalImpuesto "
+                                 "FROM VENTAS WHERE NumeroFactura = ? AND Serie = ?"));
+    q.bind(invoice.number).bind(invoice.serie).exec();
+    fiscal::igtf::Owed o;
+    o.total = refund;
+    if (!q.next())
+        return o;
+    const Decimal invoiceTotal = q.decimal(QStringLiteral("TotalMercancia")) -
+                                 q.decimal(QStringLiteral("TotalDescuento")) +
+                                 q.decimal(QStringLiteral("TotalImpuesto"));
+    o.base =
+        fiscal::igtf::foreignRefund(refund, q.decimal(QStringLiteral("BaseIGTF")), invoiceTotal);
+    if (o.base <= Decimal())
+        return o;
+    o.tax = fiscal::igtf::tax(o.base, percent);
+    o.total = refund + o.tax;
+    db::Sql(db, QStringLiteral("UPDATE DEVVENTAS SET BaseIGTF = ?, MontoIGTF = ? WHERE "
+                               "NumeroDevolucion = ? AND Serie = ?"))
+        .bind(o.base, 2)
+        .bind(o.tax, 2)
+        .bind(number)
+        .bind(serie)
+        .exec();
+    return o;
 }
 
 void addLine(const QSqlDatabase& db, long long number, const QString& serie, const QDateTime& hora,

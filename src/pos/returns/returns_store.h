@@ -1,5 +1,6 @@
 #pragma once
 
+#include "pos/fiscal/igtf.h"
 #include "pos/returns/return_types.h"
 
 #include <QDateTime>
@@ -18,9 +19,15 @@ struct ReturnHeader {
     QString serie;
     QDateTime fecha;
     QString usuario;
+    bool contingency = false; // a paper return while the fiscal printer was out
 };
 // DEVVENTAS with its totals at 0, pending print.
 void insertHeader(const QSqlDatabase& db, const ReturnHeader& h, const ReturnableInvoice& invoice);
+// The IGTF the return carries: the refund's share of what its invoice's dollars paid, and the tax
+// on it at `percent`. Written on the return; zero when the invoice paid none.
+fiscal::igtf::Owed writeIgtf(const QSqlDatabase& db, long long number, const QString& serie,
+                             const ReturnableInvoice& invoice, const Decimal& refund,
+                             const Decimal& percent);
 // A line of the return; equal lines (barcode, list, prices, discount) become one.
 void addLine(const QSqlDatabase& db, long long number, const QString& serie, const QDateTime& hora,
              const ReturnLine& line);

@@ -305,6 +305,7 @@ AcceptResult acceptSale(const QSqlDatabase& db, const shell::SessionContext& ctx
     result.total = totals.total;
     result.paid = draft.mode() == PaymentMode::Credit ? totals.total : draft.amountPaid();
     result.change = draft.change();
+    result.igtf = draft.mode() == PaymentMode::Credit ? Decimal() : draft.igtf().tax;
     if (fiscal && !forcedZDone &&
         registers::exceedsDailyMaximum(db, ctx.serial, today, totals.total)) {
         result.status = AcceptResult::Status::NeedsForcedZ;
@@ -333,6 +334,7 @@ AcceptResult acceptSale(const QSqlDatabase& db, const shell::SessionContext& ctx
     h.diasCredito = draft.creditDays();
     h.usuario = ctx.userCode;
     h.numeroOrden = draft.dispatchOrder();
+    h.contingency = draft.isContingency();
     if (draft.mode() == PaymentMode::Credit) {
         h.formaPago = wayCode(db, kOnAccount);
         h.totalPago = totals.total;
@@ -343,6 +345,8 @@ AcceptResult acceptSale(const QSqlDatabase& db, const shell::SessionContext& ctx
         h.formaPago =
             ways.size() == 1 ? wayCode(db, *ways.begin()) : wayCode(db, QStringLiteral("MULTIPLE"));
         h.totalPago = draft.amountPaid();
+        h.baseIgtf = draft.igtf().base;
+        h.montoIgtf = draft.igtf().tax;
     }
     store::insertSale(db, h);
     if (draft.dispatchOrder() > 0)
@@ -467,6 +471,15 @@ QList<long long> pendingPrints(const QSqlDatabase& db, const QString& serie) {
     return out;
 }
 
+bool isContingency(const QSqlDatabase& db, const QString& table, const QString& numberColumn,
+                   const QString& serie, long long number) {
+    return db::scalar(db,
+                      QStringLiteral("SELECT Contingencia FROM %1 WHERE %2 = ? AND Serie = ?")
+                          .arg(table, numberColumn),
+                      {number, serie})
+               .toInt() == 1;
+}
+
 PrintResult printPending(const QList<long long>& numbers, long long printerLast,
                          const std::function<void(long long number)>& markOnly,
                          const std::function<PrintResult(long long number)>& print) {
@@ -507,7 +520,12 @@ PrintResult printPendingSales(const QSqlDatabase& db, const shell::SessionContex
             store::markPrinted(db, ctx.serial, number);
             tx.commit();
         },
-        [&](long long number) { return printSale(db, ctx, number, false, printer, paper); });
+        [&](long long number) {
+            // A contingency invoice is never printed fiscally later: it goes again on paper.
+            const bool contingency = isContingency(
+                db, QStringLiteral("VENTAS"), QStringLiteral("NumeroFactura"), ctx.serial, number);
+            return printSale(db, ctx, number, contingency, printer, paper);
+        });
 }
 
 } // namespace orvo::pos::sale

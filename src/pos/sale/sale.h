@@ -114,6 +114,7 @@ struct AcceptResult {
     Decimal total;
     Decimal paid; // what the client handed over (the total on credit)
     Decimal change;
+    Decimal igtf; // paid on top of the total on the dollars
 };
 
 // Whether this register prints its invoices on a fiscal printer.
@@ -170,6 +171,10 @@ PrintResult printSale(const QSqlDatabase& db, const shell::SessionContext& ctx, 
 
 // Invoices of this register saved but not printed yet.
 QList<long long> pendingPrints(const QSqlDatabase& db, const QString& serie);
+// Whether a saved invoice (VENTAS) or return (DEVVENTAS) was made on paper while the printer was
+// out: it is never printed as a fiscal document afterwards.
+bool isContingency(const QSqlDatabase& db, const QString& table, const QString& numberColumn,
+                   const QString& serie, long long number);
 
 // Prints the pending documents in order and stops at the first failure, whose result it returns;
 // the ones after it stay pending so nothing goes out of order. Otherwise says where they went.

@@ -175,10 +175,11 @@ void SaleDraft::setClient(const SaleClient& client) {
 }
 
 void SaleDraft::setPayments(const QList<payments::PaymentRow>& rows, const Decimal& amountPaid,
-                            const Decimal& exchangeRate) {
+                            const Decimal& exchangeRate, const fiscal::igtf::Owed& igtf) {
     m_payments = rows;
     m_amountPaid = amountPaid;
     m_exchangeRate = exchangeRate;
+    m_igtf = igtf;
     m_paymentsAccepted = true;
 }
 
@@ -190,6 +191,7 @@ void SaleDraft::keepTerminalPayments(const QList<payments::PaymentRow>& rows,
                                      const Decimal& exchangeRate) {
     m_payments = payments::approvedAtTerminal(rows);
     m_exchangeRate = exchangeRate;
+    m_igtf = {};
     m_amountPaid = payments::totalPaid(m_payments, m_exchangeRate);
     m_paymentsAccepted = false;
 }
@@ -215,7 +217,7 @@ void SaleDraft::forgetTerminalPayment(const QString& idPayment) {
 Decimal SaleDraft::change() const {
     if (m_mode == PaymentMode::Credit)
         return Decimal();
-    return payments::changeDue(m_payments, m_exchangeRate, totals().total);
+    return payments::changeDue(m_payments, m_exchangeRate, totals().total + m_igtf.tax);
 }
 
 void SaleDraft::validate() const {

@@ -71,9 +71,12 @@ public:
     const QList<payments::PaymentRow>& payments() const { return m_payments; }
     Decimal amountPaid() const { return m_amountPaid; }
     Decimal exchangeRate() const { return m_exchangeRate; }
-    // The payments as the payments screen accepted them: they cover the sale as it is now.
+    // The payments as the payments screen accepted them: they cover the sale as it is now, with
+    // the IGTF their dollars raised.
     void setPayments(const QList<payments::PaymentRow>& rows, const Decimal& amountPaid,
-                     const Decimal& exchangeRate);
+                     const Decimal& exchangeRate, const fiscal::igtf::Owed& igtf = {});
+    // The IGTF the accepted payments pay on top of the total (zero without dollars or IGTF).
+    const fiscal::igtf::Owed& igtf() const { return m_igtf; }
     bool paymentsAccepted() const { return m_paymentsAccepted; }
     // The sale changed, or its payments screen was left without accepting: the payments no longer
     // stand, except those charged at the card terminal, which are kept (to be used or voided)
@@ -87,8 +90,8 @@ public:
     void checkNoTerminalPayments() const;
     // A terminal payment voided at the terminal leaves the sale.
     void forgetTerminalPayment(const QString& idPayment);
-    // The cash change: what the payments give over the total, out of the cash rows only (zero
-    // when short or on credit).
+    // The cash change: what the payments give over the total and its IGTF, out of the cash rows
+    // only (zero when short or on credit).
     Decimal change() const;
 
     SaleTotals totals() const { return totalsOf(m_lines); }
@@ -118,6 +121,7 @@ private:
     bool m_paymentsAccepted = false;
     Decimal m_amountPaid;
     Decimal m_exchangeRate;
+    fiscal::igtf::Owed m_igtf;
 };
 
 } // namespace orvo::pos::sale

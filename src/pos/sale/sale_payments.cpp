@@ -22,13 +22,14 @@ bool takePayments(QWidget* parent, const QSqlDatabase& db, const shell::SessionC
     in.currencySymbol = ctx.simboloMoneda;
     in.serie = ctx.serial;
     in.rows = draft.payments();
+    in.igtf = fiscal::igtf::settings(db, ctx.serial);
     const auto vouchers = card::makeVoucherPrinter(db, printer);
     payments::PaymentsScreen screen(db, in, vouchers.get(), parent);
     if (screen.exec() != QDialog::Accepted) {
         draft.keepTerminalPayments(screen.rows(), in.exchangeRate);
         return false;
     }
-    draft.setPayments(screen.rows(), screen.amountPaid(), in.exchangeRate);
+    draft.setPayments(screen.rows(), screen.amountPaid(), in.exchangeRate, screen.owed());
     return true;
 }
 

@@ -126,7 +126,8 @@ QString paperInvoiceHtml(const QSqlDatabase& db, const shell::SessionContext& ct
                          bool contingency, bool largeFormat) {
     const QString serie = ctx.serial;
     db::Sql h(db, QStringLiteral("SELECT V.Fecha, V.Cliente, V.TotalMercancia, V.TotalDescuento, "
-                                 "V.TotalImpuesto, C.Nombre, C.Direccion FROM VENTAS V LEFT JOIN "
+                                 "V.TotalImpuesto, V.BaseIGTF, V.MontoIGTF, C.Nombre, C.Direccion "
+                                 "FROM VENTAS V LEFT JOIN "
                                  "CLIENTES C ON C.Codigo = V.Cliente "
                                  "WHERE V.NumeroFactura = ? AND V.Serie = ?"));
     h.bind(number).bind(serie).exec();
@@ -145,6 +146,11 @@ QString paperInvoiceHtml(const QSqlDatabase& db, const shell::SessionContext& ct
     html += paperTotalsHtml(h.decimal(QStringLiteral("TotalMercancia")),
                             h.decimal(QStringLiteral("TotalDescuento")),
                             h.decimal(QStringLiteral("TotalImpuesto")));
+    // The IGTF the dollars paid on top of the total.
+    if (const Decimal igtf = h.decimal(QStringLiteral("MontoIGTF")); igtf > Decimal())
+        html += QStringLiteral("<p>BI IGTF: %1<br>IGTF: %2</p>")
+                    .arg(payments::formatAmount(h.decimal(QStringLiteral("BaseIGTF"))),
+                         payments::formatAmount(igtf));
     // The payments (crpPagosVentas).
     db::Sql p(
         db, QStringLiteral(

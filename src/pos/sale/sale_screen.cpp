@@ -6,6 +6,7 @@
 #include "common/rate/exchange_rate.h"
 #include "pos/card/fiscal_voucher_printer.h"
 #include "pos/card/vpos_payment.h"
+#include "pos/fiscal/igtf.h"
 #include "pos/fiscal/register_printer.h"
 #include "pos/payments/terminal_payments.h"
 #include "pos/register/day_state.h"
@@ -230,14 +231,24 @@ void SaleScreen::buildUi() {
     m_change->setObjectName(QStringLiteral("txtTotalCambio"));
     m_change->setReadOnly(true);
     m_change->setAlignment(Qt::AlignRight);
-    const QList<std::pair<QString, QWidget*>> cells = {
-        {QStringLiteral("Mercancía"), m_merchandise},
-        {QStringLiteral("Descuento"), m_discountTotal},
-        {QStringLiteral("Base imponible"), m_taxBase},
-        {QStringLiteral("Impuesto"), m_tax},
-        {QStringLiteral("Total"), m_total},
-        {QStringLiteral("Pagado"), m_paid},
-        {QStringLiteral("Cambio"), m_change}};
+    m_igtf = new QLineEdit(this);
+    m_igtf->setObjectName(QStringLiteral("txtMontoIGTF"));
+    m_igtf->setReadOnly(true);
+    m_igtf->setAlignment(Qt::AlignRight);
+    m_igtf->setFocusPolicy(Qt::NoFocus);
+    const fiscal::igtf::Settings igtf = fiscal::igtf::settings(m_db, m_ctx.serial);
+    QList<std::pair<QString, QWidget*>> cells = {{QStringLiteral("Mercancía"), m_merchandise},
+                                                 {QStringLiteral("Descuento"), m_discountTotal},
+                                                 {QStringLiteral("Base imponible"), m_taxBase},
+                                                 {QStringLiteral("Impuesto"), m_tax},
+                                                 {QStringLiteral("Total"), m_total}};
+    // The IGTF the dollars pay on top of the total, on registers that charge it.
+    if (igtf.enabled)
+        cells.append({QStringLiteral("IGTF %1%").arg(money(igtf.percent)), m_igtf});
+    else
+        m_igtf->hide();
+    cells.append({QStringLiteral("Pagado"), m_paid});
+    cells.append({QStringLiteral("Cambio"), m_change});
     for (int i = 0; i < cells.size(); ++i) {
         totals->addWidget(new QLabel(cells[i].first, this), 0, i);
         totals->addWidget(cells[i].second, 1, i);
@@ -433,6 +444,7 @@ void SaleScreen::refresh() {
     m_taxBase->setText(money(t.taxBase));
     m_tax->setText(money(t.tax));
     m_total->setText(money(t.total));
+    m_igtf->setText(money(m_draft.igtf().tax));
     m_paid->setText(money(m_draft.amountPaid()));
     m_change->setText(money(m_draft.change()));
     m_barcode->setEnabled(!m_draft.isLocked());
@@ -461,10 +473,13 @@ void SaleScreen::clearForNextSale() {
 }
 
 void SaleScreen::showLastSale(const AcceptResult& r) {
-    m_lastSale->setText(QStringLiteral("Factura Nº %1   Total: %2   Pagado: %3   Cambio: %4")
-                            .arg(r.number)
-                            .arg(money(r.total), money(r.paid), money(r.change)));
+    QString text = QStringLiteral("Factura Nº %1   Total: %2").arg(r.number).arg(money(r.total));
+    if (r.igtf > Decimal())
+        text += QStringLiteral("   IGTF: %1").arg(money(r.igtf));
+    m_lastSale->setText(
+        text + QStringLiteral("   Pagado: %1   Cambio: %2").arg(money(r.paid), money(r.change)));
     // The fields keep what was paid and the change until the next sale is keyed.
+    m_igtf->setText(money(r.igtf));
     m_paid->setText(money(r.paid));
     m_change->setText(money(r.change));
 }

@@ -135,6 +135,7 @@ private:
     QLabel* m_total = nullptr;
     QLineEdit* m_paid = nullptr;
     QLineEdit* m_change = nullptr;
+    QLineEdit* m_igtf = nullptr; // shown when the register charges IGTF
     QLabel* m_lastSale = nullptr;
     QMenu* m_terminalMenu = nullptr;
     QList<QWidget*> m_actions; // disabled while a sale is saved and printed

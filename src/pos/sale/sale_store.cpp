@@ -203,9 +203,10 @@ void insertSale(const QSqlDatabase& db, const SaleHeader& h) {
     db::Sql(db, QStringLiteral("INSERT INTO VENTAS (NumeroFactura, Serie, Fecha, Hora, Vendedor, "
                                "Cliente, TipoVenta, FormaPago, DiasCredito, TotalMercancia, "
                                "TotalDescuento, TotalImpuesto, TotalCosto, InterContable, Usuario, "
-                               "Status, NumeroOrden, TotalPago, TotalDolares, TasaCambio, Impresa) "
+                               "Status, NumeroOrden, TotalPago, TotalDolares, TasaCambio, Impresa, "
+                               "BaseIGTF, MontoIGTF, Contingencia) "
                                "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, 0, 0, 0, 0, 0, ?, 1, ?, ?, 0, "
-                               "0, 0)"))
+                               "0, 0, ?, ?, ?)"))
         .bind(h.number)
         .bind(h.serie)
         .bind(h.fecha)
@@ -218,6 +219,9 @@ void insertSale(const QSqlDatabase& db, const SaleHeader& h) {
         .bind(h.usuario)
         .bind(h.numeroOrden)
         .bind(h.totalPago, 2)
+        .bind(h.baseIgtf, 2)
+        .bind(h.montoIgtf, 2)
+        .bind(h.contingency ? 1 : 0)
         .exec();
 }
 

@@ -62,6 +62,9 @@ struct SaleHeader {
     QString usuario;
     long long numeroOrden = 0;
     Decimal totalPago;
+    Decimal baseIgtf;         // what the dollars paid of the total
+    Decimal montoIgtf;        // the tax on it, paid on top
+    bool contingency = false; // printed on paper while the fiscal printer was out
 };
 void insertSale(const QSqlDatabase& db, const SaleHeader& h);
 // Writes the lines of one invoice and takes their stock. Lines and stock are gathered and written

@@ -58,20 +58,50 @@ void EmulatedPrinter::save() {
 
 QByteArray EmulatedPrinter::receive(QByteArrayView bytes) {
     m_control.poll(m_faults);
-    QByteArray out;
-    if (m_faults.silent || !m_busyUntil.hasExpired()) {
-        m_reader.reset(); // a busy printer loses what it is sent
+    QByteArray out = takeDue();
+    if (m_faults.silent) {
+        m_reader.reset();
         return out;
     }
+    const bool busy = !m_busyUntil.hasExpired();
     m_reader.feed(bytes);
     while (m_reader.hasEvent()) {
         const WireEvent e = m_reader.take();
+        if (busy) {
+            // A busy printer loses what it is sent; some still answer the status probe.
+            if (m_busyAnswersEnq && e.isControl(kEnq))
+                out += frame(statusData({quint8(sts1() | kSts1BufferFull), sts2()}));
+            continue;
+        }
         if (e.isFrame())
             handleFrame(e, out);
         else
             handleControl(e.control, out);
     }
+    if (busy)
+        m_reader.reset();
     return out;
+}
+
+QByteArray EmulatedPrinter::takeDue() {
+    if (m_delayed.isEmpty() || !m_delayedAt.hasExpired())
+        return {};
+    QByteArray out = std::exchange(m_delayed, {});
+    if (m_faults.silent)
+        return {};
+    return out;
+}
+
+int EmulatedPrinter::msUntilDue() const {
+    if (m_delayed.isEmpty())
+        return -1;
+    return int(qMax<qint64>(0, m_delayedAt.remainingTime()));
+}
+
+void EmulatedPrinter::startBusy(int ms, bool answersEnq) {
+    if (m_busyUntil.hasExpired() || m_busyUntil.remainingTime() < ms)
+        m_busyUntil = QDeadlineTimer(ms);
+    m_busyAnswersEnq = answersEnq;
 }
 
 void EmulatedPrinter::handleControl(char c, QByteArray& out) {
@@ -111,13 +141,26 @@ void EmulatedPrinter::handleFrame(const WireEvent& e, QByteArray& out) {
         return;
     }
     const Outcome o = execute(e.data);
+    if (!m_faults.silenceAfter.isEmpty() && e.data.startsWith(m_faults.silenceAfter)) {
+        // The cable is pulled right after this command: done, never answered.
+        m_faults.silenceAfter.clear();
+        m_faults.silent = true;
+        m_lastError = o.kind == Outcome::Nak ? o.error : kSts2NoError;
+        return;
+    }
     switch (o.kind) {
     case Outcome::Ack:
         m_lastError = kSts2NoError;
-        if (m_faults.dropAckNext > 0)
+        if (m_faults.dropAckNext > 0) {
             --m_faults.dropAckNext;
-        else
+        } else if (!m_faults.slowAckCommand.isEmpty() &&
+                   e.data.startsWith(m_faults.slowAckCommand)) {
+            m_delayed += kAck;
+            m_delayedAt = QDeadlineTimer(m_faults.slowAckMs);
+            startBusy(m_faults.slowAckMs, true);
+        } else {
             out += kAck;
+        }
         break;
     case Outcome::Nak:
         m_lastError = o.error;
@@ -136,6 +179,10 @@ void EmulatedPrinter::handleFrame(const WireEvent& e, QByteArray& out) {
 
 quint8 EmulatedPrinter::sts1() const {
     quint8 b = kSts1Base | kSts1FiscalMode;
+    if (m_faults.memoryFull)
+        b |= kSts1MemoryFull;
+    else if (m_faults.memoryNearlyFull)
+        b |= kSts1MemoryNearlyFull;
     if (m_doc.kind == DocKind::Invoice || m_doc.kind == DocKind::CreditNote ||
         m_doc.kind == DocKind::Pending)
         b |= kSts1FiscalOpen;
@@ -251,7 +298,7 @@ EmulatedPrinter::Outcome EmulatedPrinter::status(const QByteArray& cmd) {
                 if (l.item)
                     s.articles += int(l.quantity);
             }
-            s.payable = documentTotal() - documentPaid();
+            s.payable = due();
             s.payments = int(m_doc.payments.size());
             s.documentType = m_doc.kind == DocKind::Invoice ? 1 : 2;
         }
@@ -276,6 +323,8 @@ EmulatedPrinter::Outcome EmulatedPrinter::customerData(const QByteArray& cmd) {
     const QString text = QString::fromLatin1(cmd.mid(3)).left(40);
     if (cmd.size() >= 3 && allDigits(cmd.mid(1, 2))) {
         // Extra lines: in the header before the first item, at the foot after it.
+        if (m_doc.kind == DocKind::None && m_faults.memoryFull)
+            return nak(kSts2MemoryFull);
         if (m_doc.kind == DocKind::None)
             m_doc.kind = DocKind::Pending;
         m_doc.extraLines.append(QString::fromLatin1(cmd.mid(3)).left(40));
@@ -283,6 +332,8 @@ EmulatedPrinter::Outcome EmulatedPrinter::customerData(const QByteArray& cmd) {
     }
     if (cmd.size() < 3 || cmd[2] != '*')
         return nak(kSts2InvalidCommand);
+    if (m_doc.kind == DocKind::None && m_faults.memoryFull)
+        return nak(kSts2MemoryFull);
     if (hasItems)
         return nak(kSts2FiscalError); // customer data goes before the first item
     if (m_doc.kind == DocKind::None)
@@ -329,6 +380,8 @@ EmulatedPrinter::Outcome EmulatedPrinter::item(const QByteArray& cmd, int rate, 
     if (creditNote &&
         (m_doc.refInvoice.isEmpty() || m_doc.refDate.isEmpty() || m_doc.refSerial.isEmpty()))
         return nak(kSts2FiscalError);
+    if ((m_doc.kind == DocKind::None || m_doc.kind == DocKind::Pending) && m_faults.memoryFull)
+        return nak(kSts2MemoryFull);
     if (auto b = printingBlocked(true))
         return nak(*b);
     const QString name = QString::fromLatin1(cmd.mid(19)).trimmed();
@@ -455,10 +508,11 @@ EmulatedPrinter::Outcome EmulatedPrinter::payment(const QByteArray& cmd) {
         return nak(kSts2FiscalError);
     if (auto b = printingBlocked(false))
         return nak(*b);
+    const bool igtfMode = m_memory.igtfEnabled();
     if (cmd == "199") {
-        const qint64 due = documentTotal() - documentPaid();
-        if (due > 0)
-            m_doc.payments.append({1, due});
+        // Closes a document whose payments cover it, tax on foreign currency included.
+        if (due() > 0)
+            return nak(kSts2FiscalError);
         closeDocument();
         return ack();
     }
@@ -467,12 +521,20 @@ EmulatedPrinter::Outcome EmulatedPrinter::payment(const QByteArray& cmd) {
     const int means = cmd.mid(1, 2).toInt();
     if (means < 1 || means > 24)
         return nak(kSts2InvalidValue);
-    const qint64 due = documentTotal() - documentPaid();
+    if (isForeign(means) && m_memory.igtfRate == 0)
+        return nak(kSts2InvalidRate);
+    if (igtfMode && !m_doc.payments.isEmpty() && due() <= 0)
+        return nak(kSts2FiscalError); // paid: only the closing is left
     if (cmd[0] == '1') {
         if (cmd.size() != 3)
             return nak(kSts2InvalidValue);
-        m_doc.payments.append({means, due > 0 ? due : 0});
-        closeDocument();
+        const qint64 owed = due();
+        m_doc.payments.append({means, owed > 0 ? owed : 0});
+        // The rest paid in foreign currency bears the tax too: the payment grows with it.
+        for (int i = 0; i < 4 && due() > 0; ++i)
+            m_doc.payments.last().amount += due();
+        if (!igtfMode)
+            closeDocument();
         return ack();
     }
     if (cmd.size() != 3 + 12 || !allDigits(cmd.mid(3)))
@@ -481,7 +543,8 @@ EmulatedPrinter::Outcome EmulatedPrinter::payment(const QByteArray& cmd) {
     if (amount == 0)
         return nak(kSts2InvalidValue);
     m_doc.payments.append({means, amount});
-    if (documentPaid() >= documentTotal())
+    // With IGTF the document stays open for "199".
+    if (!igtfMode && documentPaid() >= documentTotal())
         closeDocument();
     return ack();
 }
@@ -565,11 +628,17 @@ EmulatedPrinter::Outcome EmulatedPrinter::program(const QByteArray& cmd) {
         if (args.isEmpty() || args.size() % 5 != 0 || args.size() > 4 * 5 || !allDigits(args))
             return nak(kSts2InvalidValue);
         m_stagedRates = m_memory.rates;
-        for (int i = 0; i < args.size() / 5 && i < 3; ++i) {
+        m_stagedIgtfRate = m_memory.igtfRate;
+        for (int i = 0; i < args.size() / 5; ++i) {
             const int type = args.mid(i * 5, 1).toInt();
             if (type != 1 && type != 2)
                 return nak(kSts2InvalidRate);
-            m_stagedRates[i] = {type, args.mid(i * 5 + 1, 4).toInt()};
+            const int rate = args.mid(i * 5 + 1, 4).toInt();
+            // The fourth group is the IGTF rate.
+            if (i < 3)
+                m_stagedRates[i] = {type, rate};
+            else
+                m_stagedIgtfRate = rate;
         }
         m_ratesStaged = true;
         return ack();
@@ -578,6 +647,7 @@ EmulatedPrinter::Outcome EmulatedPrinter::program(const QByteArray& cmd) {
         if (!m_ratesStaged)
             return nak(kSts2FiscalError);
         m_memory.rates = m_stagedRates;
+        m_memory.igtfRate = m_stagedIgtfRate;
         m_ratesStaged = false;
         save();
         return ack();
@@ -661,6 +731,8 @@ EmulatedPrinter::Outcome EmulatedPrinter::report(const QByteArray& cmd) {
         return ack();
     }
     if (cmd == "I0Z") {
+        if (m_faults.memoryFull)
+            return nak(kSts2MemoryFull);
         const QDateTime now = m_memory.now();
         ZReport z = m_memory.openDay();
         z.zNumber = ++m_memory.zCounter;
@@ -669,11 +741,12 @@ EmulatedPrinter::Outcome EmulatedPrinter::report(const QByteArray& cmd) {
         m_memory.zHistory.append(z);
         m_memory.invoiceTotals = {};
         m_memory.creditNoteTotals = {};
+        m_memory.invoiceIgtf = m_memory.creditNoteIgtf = {};
         m_memory.invoicesToday = m_memory.creditNotesToday = m_memory.nonFiscalToday = 0;
         m_memory.zJustMade = true;
         writeReportTicket(QStringLiteral("REPORTEZ"), z.zNumber, QStringLiteral("REPORTE Z"), z);
         save();
-        m_busyUntil = QDeadlineTimer(m_zBusyMs);
+        startBusy(m_faults.zBusyMs, m_faults.zBusyAnswersEnq);
         return ack();
     }
     if (cmd.startsWith("I2") || cmd.startsWith("I3")) {
@@ -724,6 +797,27 @@ qint64 EmulatedPrinter::documentPaid() const {
     return sum;
 }
 
+bool EmulatedPrinter::isForeign(int means) const {
+    return m_memory.igtfEnabled() && means >= kFirstForeignMeans && means <= kLastForeignMeans;
+}
+
+qint64 EmulatedPrinter::igtfBase() const {
+    qint64 foreign = 0;
+    for (const Payment& p : m_doc.payments) {
+        if (isForeign(p.means))
+            foreign += p.amount;
+    }
+    return qMin(foreign, qMax<qint64>(documentTotal(), 0));
+}
+
+qint64 EmulatedPrinter::igtf() const {
+    return roundDiv(igtfBase() * m_memory.igtfRate, 10000);
+}
+
+qint64 EmulatedPrinter::due() const {
+    return documentTotal() + igtf() - documentPaid();
+}
+
 void EmulatedPrinter::closeDocument() {
     const bool invoice = m_doc.kind == DocKind::Invoice;
     std::array<qint64, 4> gross{};
@@ -740,6 +834,13 @@ void EmulatedPrinter::closeDocument() {
     for (int i = 0; i < 3; ++i) {
         day.base[i] += doc.base[i];
         day.tax[i] += doc.tax[i];
+    }
+    const qint64 taxBase = igtfBase();
+    const qint64 tax = igtf();
+    if (m_memory.igtfEnabled()) {
+        wire::IgtfTotals& t = invoice ? m_memory.invoiceIgtf : m_memory.creditNoteIgtf;
+        t.base += taxBase;
+        t.igtf += tax;
     }
     const QDateTime now = m_memory.now();
     int number = 0;
@@ -798,12 +899,18 @@ void EmulatedPrinter::closeDocument() {
           << QStringLiteral("IVA %1 %2% %3").arg(rateLabel(i + 1), pct, money(doc.tax[i]));
     }
     t << QStringLiteral("TOTAL %1").arg(money(documentTotal()));
+    if (taxBase > 0) {
+        const QString pct = money(m_memory.igtfRate);
+        t << QStringLiteral("BI IGTF (%1%) %2").arg(pct, money(taxBase))
+          << QStringLiteral("IGTF (%1%) %2").arg(pct, money(tax))
+          << QStringLiteral("TOTAL A PAGAR %1").arg(money(documentTotal() + tax));
+    }
     for (const Payment& p : m_doc.payments) {
         const QString name = m_memory.paymentNames.value(
             p.means, QStringLiteral("MEDIO %1").arg(p.means, 2, 10, QLatin1Char('0')));
         t << QStringLiteral("%1 %2").arg(name, money(p.amount));
     }
-    const qint64 change = documentPaid() - documentTotal();
+    const qint64 change = documentPaid() - documentTotal() - tax;
     if (change > 0)
         t << QStringLiteral("CAMBIO %1").arg(money(change));
     for (int n = 91; n <= 98; ++n) {
@@ -834,8 +941,14 @@ void EmulatedPrinter::writeReportTicket(const QString& type, int number, const Q
           << QStringLiteral("IVA TASA %1 %2").arg(i + 1).arg(money(r.invoices.tax[i]));
     }
     t << QStringLiteral("TOTAL FACTURAS %1").arg(money(r.invoices.total()))
-      << QStringLiteral("TOTAL NOTAS DE CREDITO %1").arg(money(r.creditNotes.total()))
-      << QStringLiteral("MH ") + m_memory.serial;
+      << QStringLiteral("TOTAL NOTAS DE CREDITO %1").arg(money(r.creditNotes.total()));
+    if (r.withIgtf) {
+        t << QStringLiteral("BI IGTF FACTURAS %1").arg(money(r.invoiceIgtf.base))
+          << QStringLiteral("IGTF FACTURAS %1").arg(money(r.invoiceIgtf.igtf))
+          << QStringLiteral("BI IGTF NOTAS DE CREDITO %1").arg(money(r.creditNoteIgtf.base))
+          << QStringLiteral("IGTF NOTAS DE CREDITO %1").arg(money(r.creditNoteIgtf.igtf));
+    }
+    t << QStringLiteral("MH ") + m_memory.serial;
     m_tickets.write(type, number, t);
 }
 

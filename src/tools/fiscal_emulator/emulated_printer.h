@@ -23,11 +23,15 @@ public:
 
     // Bytes received from the host; returns what the printer answers right away.
     QByteArray receive(QByteArrayView bytes);
+    // An answer held back (a slow ACK) whose time has come; empty otherwise.
+    QByteArray takeDue();
+    // Milliseconds until the held-back answer is due; -1 when there is none.
+    int msUntilDue() const;
 
     const FiscalMemory& memory() const { return m_memory; }
     Faults& faults() { return m_faults; }
     // How long the printer stays silent after a Z report.
-    void setZBusyMs(int ms) { m_zBusyMs = ms; }
+    void setZBusyMs(int ms) { m_faults.zBusyMs = ms; }
     bool documentOpen() const { return m_doc.kind != DocKind::None; }
     // The last save error of the state file, if any.
     const QString& saveError() const { return m_saveError; }
@@ -90,6 +94,14 @@ private:
 
     qint64 documentTotal() const;
     qint64 documentPaid() const;
+    // IGTF (flag 50 = 01): what was paid in foreign currency, capped at the document's amount,
+    // and the tax on it; what is still due counts the tax.
+    bool isForeign(int means) const;
+    qint64 igtfBase() const;
+    qint64 igtf() const;
+    qint64 due() const;
+    // Busy for `ms`: frames are lost; ENQ is answered (with the buffer-full bit) if asked.
+    void startBusy(int ms, bool answersEnq);
     void accumulate(std::array<qint64, 4>& gross) const;
     void closeDocument();
     void writeReportTicket(const QString& type, int number, const QString& title,
@@ -105,9 +117,12 @@ private:
     pos::fiscal::protocol::FrameReader m_reader;
     Document m_doc;
     quint8 m_lastError = 0x40;
-    int m_zBusyMs = 3000;
     QDeadlineTimer m_busyUntil;
+    bool m_busyAnswersEnq = false;
+    QByteArray m_delayed;
+    QDeadlineTimer m_delayedAt;
     std::array<pos::fiscal::protocol::TaxRate, 3> m_stagedRates{};
+    int m_stagedIgtfRate = 0;
     bool m_ratesStaged = false;
     QString m_displayUpper, m_displayLower;
     QList<QByteArray> m_uploadBlocks;

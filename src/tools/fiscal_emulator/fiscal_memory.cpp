@@ -32,8 +32,19 @@ wire::DocumentTotals totalsFromJson(const QJsonValue& v) {
     return t;
 }
 
+QJsonArray toJson(const wire::IgtfTotals& t) {
+    return QJsonArray{double(t.base), double(t.igtf)};
+}
+
+wire::IgtfTotals igtfFromJson(const QJsonValue& v) {
+    const QJsonArray a = v.toArray();
+    if (a.size() != 2)
+        return {};
+    return {qint64(a[0].toDouble()), qint64(a[1].toDouble())};
+}
+
 QJsonObject toJson(const wire::ZReport& z) {
-    return QJsonObject{
+    QJsonObject o{
         {"numero", z.zNumber},
         {"fecha", z.zDate.toString(Qt::ISODate)},
         {"hora", z.zTime.toString(QStringLiteral("HH:mm"))},
@@ -47,6 +58,12 @@ QJsonObject toJson(const wire::ZReport& z) {
         {"notasDebito", toJson(z.debitNotes)},
         {"notasCredito", toJson(z.creditNotes)},
     };
+    if (z.withIgtf) {
+        o.insert("igtfFacturas", toJson(z.invoiceIgtf));
+        o.insert("igtfNotasDebito", toJson(z.debitNoteIgtf));
+        o.insert("igtfNotasCredito", toJson(z.creditNoteIgtf));
+    }
+    return o;
 }
 
 wire::ZReport zFromJson(const QJsonObject& o) {
@@ -64,6 +81,10 @@ wire::ZReport zFromJson(const QJsonObject& o) {
     z.invoices = totalsFromJson(o.value("facturas"));
     z.debitNotes = totalsFromJson(o.value("notasDebito"));
     z.creditNotes = totalsFromJson(o.value("notasCredito"));
+    z.withIgtf = o.contains("igtfFacturas");
+    z.invoiceIgtf = igtfFromJson(o.value("igtfFacturas"));
+    z.debitNoteIgtf = igtfFromJson(o.value("igtfNotasDebito"));
+    z.creditNoteIgtf = igtfFromJson(o.value("igtfNotasCredito"));
     return z;
 }
 
@@ -101,6 +122,11 @@ wire::ZReport FiscalMemory::openDay() const {
     r.lastNonFiscal = lastNonFiscal;
     r.invoices = invoiceTotals;
     r.creditNotes = creditNoteTotals;
+    r.withIgtf = igtfEnabled();
+    if (r.withIgtf) {
+        r.invoiceIgtf = invoiceIgtf;
+        r.creditNoteIgtf = creditNoteIgtf;
+    }
     return r;
 }
 
@@ -138,6 +164,9 @@ bool FiscalMemory::load(const QString& path, QString* error) {
     zJustMade = o.value("zRecienHecho").toBool(true);
     invoiceTotals = totalsFromJson(o.value("totalesFacturas"));
     creditNoteTotals = totalsFromJson(o.value("totalesNotasCredito"));
+    invoiceIgtf = igtfFromJson(o.value("igtfFacturas"));
+    creditNoteIgtf = igtfFromJson(o.value("igtfNotasCredito"));
+    igtfRate = o.value("tasaIGTF").toInt();
     lines = mapFromJson(o.value("lineas"));
     const QJsonArray r = o.value("tasas").toArray();
     for (int i = 0; i < 3 && i < r.size(); ++i)
@@ -182,6 +211,9 @@ bool FiscalMemory::save(const QString& path, QString* error) const {
         {"zRecienHecho", zJustMade},
         {"totalesFacturas", toJson(invoiceTotals)},
         {"totalesNotasCredito", toJson(creditNoteTotals)},
+        {"igtfFacturas", toJson(invoiceIgtf)},
+        {"igtfNotasCredito", toJson(creditNoteIgtf)},
+        {"tasaIGTF", igtfRate},
         {"lineas", mapToJson(lines)},
         {"tasas", r},
         {"banderas", fl},

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "pos/fiscal/protocol/replies.h"
+#include "pos/fiscal/protocol/status.h"
 
 #include <QDateTime>
 #include <QList>
@@ -37,13 +38,17 @@ struct FiscalMemory {
 
     wire::DocumentTotals invoiceTotals;
     wire::DocumentTotals creditNoteTotals;
+    wire::IgtfTotals invoiceIgtf;
+    wire::IgtfTotals creditNoteIgtf;
 
     QMap<int, QString> lines; // 1..8 header, 91..98 footer
     std::array<wire::TaxRate, 3> rates{{{1, 1600}, {1, 800}, {1, 3100}}};
     std::array<int, 64> flags{};
+    int igtfRate = 0;                // hundredths of a percent: the fourth group of PT
     QMap<int, QString> paymentNames; // means 1..24
     QList<wire::ZReport> zHistory;
 
+    bool igtfEnabled() const { return flags[wire::kIgtfFlag] == 1; }
     QDateTime now() const { return QDateTime::currentDateTime().addSecs(clockOffsetSecs); }
     // The open day as an upload block (U0X).
     wire::ZReport openDay() const;

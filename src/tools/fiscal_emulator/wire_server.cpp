@@ -2,6 +2,7 @@
 
 #include <QFile>
 #include <QSocketNotifier>
+#include <QTimer>
 #include <cerrno>
 #include <unistd.h>
 
@@ -44,6 +45,12 @@ bool WireServer::start(const EmulatorOptions& options) {
             return false;
         }
     }
+    m_delayTimer = new QTimer(this);
+    m_delayTimer->setSingleShot(true);
+    connect(m_delayTimer, &QTimer::timeout, this, [this] {
+        write(m_printer->takeDue());
+        scheduleDelayed();
+    });
     m_notifier = new QSocketNotifier(m_pty.masterFd(), QSocketNotifier::Read, this);
     connect(m_notifier, &QSocketNotifier::activated, this, &WireServer::onReadable);
     return true;
@@ -55,15 +62,25 @@ void WireServer::onReadable() {
         const ssize_t n = ::read(m_pty.masterFd(), buf, sizeof buf);
         if (n <= 0)
             break;
-        const QByteArray out = m_printer->receive(QByteArrayView(buf, n));
-        qsizetype done = 0;
-        while (done < out.size()) {
-            const ssize_t w = ::write(m_pty.masterFd(), out.constData() + done, out.size() - done);
-            if (w < 0 && errno != EAGAIN && errno != EINTR)
-                break;
-            if (w > 0)
-                done += w;
-        }
+        write(m_printer->receive(QByteArrayView(buf, n)));
+    }
+    scheduleDelayed();
+}
+
+void WireServer::scheduleDelayed() {
+    const int ms = m_printer->msUntilDue();
+    if (ms >= 0)
+        m_delayTimer->start(ms);
+}
+
+void WireServer::write(const QByteArray& out) {
+    qsizetype done = 0;
+    while (done < out.size()) {
+        const ssize_t w = ::write(m_pty.masterFd(), out.constData() + done, out.size() - done);
+        if (w < 0 && errno != EAGAIN && errno != EINTR)
+            break;
+        if (w > 0)
+            done += w;
     }
 }
 

@@ -8,6 +8,7 @@
 #include <memory>
 
 class QSocketNotifier;
+class QTimer;
 
 namespace orvo::tools::fiscal {
 
@@ -38,10 +39,14 @@ public:
 
 private:
     void onReadable();
+    void write(const QByteArray& out);
+    // Sends a held-back answer (a slow ACK) when it is due.
+    void scheduleDelayed();
 
     Pty m_pty;
     std::unique_ptr<EmulatedPrinter> m_printer;
     QSocketNotifier* m_notifier = nullptr;
+    QTimer* m_delayTimer = nullptr;
     QString m_error;
 };
 

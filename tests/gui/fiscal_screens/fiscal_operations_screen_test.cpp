@@ -3,10 +3,13 @@
 #include "fiscal_screen_fixture.h"
 #include "support/scripted_dialogs.h"
 
+#include <QCheckBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QTableWidget>
 #include <QTest>
 
 using namespace orvo;
@@ -89,3 +92,50 @@ TEST_F(FiscalOperationsScreenTest, RefusalsShowThePrintersMessage) {
 }
 
 } // namespace
+
+TEST_F(FiscalOperationsScreenTest, IgtfAndThePaymentMeansGoToThePrinterAndTheRegister) {
+    test::ScriptedDialogs dialogs;
+    exec("INSERT INTO FORMAPAGO (Codigo, Nombre, Status) VALUES (1, 'EFECTIVO', 1), "
+         "(11, 'EFECTIVO DOLAR', 1)");
+    auto s = open();
+    auto* means = s->findChild<QTableWidget*>("SpreadMediosPago");
+    ASSERT_EQ(means->rowCount(), 2);
+    EXPECT_EQ(means->item(1, 0)->text(), "EFECTIVO DOLAR");
+    EXPECT_EQ(means->item(1, 1)->text(), "20");
+    means->item(1, 2)->setText("dolares");
+    ASSERT_TRUE(press(*s, "cmdGuardarMedios"));
+    EXPECT_EQ(m_emulator.memory().paymentNames.value(20), "DOLARES");
+    EXPECT_EQ(scalar("SELECT Descripcion FROM TABLA_VALORES WHERE IdTabla = 'MEDIOFISCAL' AND "
+                     "Codigo = '11'")
+                  .toString(),
+              "20 DOLARES");
+
+    // After a sale the printer takes the IGTF rate only after a Z: refused, the register stays
+    // as it was.
+    ASSERT_TRUE(m_printer->callAndWait([](pos::fiscal::FiscalPrinter& p) {
+        return p.sendCommands({"!000000116000001000MEDIAS", "101"});
+    }));
+    s->findChild<QCheckBox*>("chkIGTF")->setChecked(true);
+    ASSERT_TRUE(press(*s, "cmdAplicarIGTF"));
+    EXPECT_EQ(dialogs.lastText(),
+              "La impresora fiscal acepta el IGTF solo después de un reporte Z...!");
+    EXPECT_EQ(scalar("SELECT IGTF FROM CAJAS").toInt(), 0);
+    EXPECT_EQ(m_emulator.memory().flags[50], 0);
+
+    dialogs.expectQuestion("Desea realizar el reporte Z...?", true);
+    ASSERT_TRUE(press(*s, "cmdReporteZ"));
+    ASSERT_TRUE(press(*s, "cmdAplicarIGTF"));
+    EXPECT_EQ(s->findChild<QLabel*>("lblEstado")->text(), "IGTF activado.");
+    EXPECT_EQ(scalar("SELECT IGTF FROM CAJAS").toInt(), 1);
+    EXPECT_EQ(m_emulator.memory().flags[50], 1);
+    EXPECT_EQ(m_emulator.memory().igtfRate, 300);
+    ASSERT_TRUE(press(*s, "cmdLeerContadores"));
+    EXPECT_TRUE(
+        s->findChild<QPlainTextEdit*>("txtContadores")->toPlainText().contains("IGTF: activado"));
+
+    // Off again: the flag goes off at once.
+    s->findChild<QCheckBox*>("chkIGTF")->setChecked(false);
+    ASSERT_TRUE(press(*s, "cmdAplicarIGTF"));
+    EXPECT_EQ(scalar("SELECT IGTF FROM CAJAS").toInt(), 0);
+    EXPECT_EQ(m_emulator.memory().flags[50], 0);
+}

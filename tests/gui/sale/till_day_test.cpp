@@ -260,3 +260,66 @@ TEST_F(TillDayTest, ACardChargedAtTheTerminalIsKeptOrVoidedNeverDropped) {
     EXPECT_EQ(tickets("NOFISCAL_"), before + 1);
     EXPECT_TRUE(dialogs.allAnswered());
 }
+
+TEST_F(TillDayTest,
+       DollarsWithIgtfAreShownCollectedAndPrintedAndAPulledCableLeavesTheInvoicePending) {
+    // The register charges IGTF and its printer has it on, as the fiscal operations set it.
+    exec("UPDATE CAJAS SET IGTF = 1 WHERE Serie = ?", {serie});
+    pos::fiscal::registerPrinter().callAndWait([](pos::fiscal::FiscalPrinter& p) {
+        ASSERT_TRUE(p.setIgtf(true, 300)) << p.errorText().toStdString();
+    });
+    openDay();
+    const QString code = article(10);
+    auto* sale = open("frmFacturacion");
+    ASSERT_NE(sale, nullptr);
+    keySale(*sale, {"3*" + code});
+    const Decimal total = *pos::payments::parseTypedAmount(label(*sale, "lblTotalFactura"));
+    ASSERT_GT(total, Decimal(150));
+    // 4 dollars at 36,50 are 146,00 and bear 4,38; the rest and the tax in bolívars.
+    const Decimal tax = Decimal::fromString(u"4.38");
+    bool paid = false;
+    whenModal<PaymentsScreen>([&](PaymentsScreen& p) {
+        chooseWay(p, "EFECTIVO DOLAR");
+        keys("4");
+        key(Qt::Key_Return, &p);
+        // The cell is committed once the editor closes.
+        QTRY_COMPARE(label(p, "lblMontoIGTF"), QString("4,38"));
+        EXPECT_EQ(label(p, "lblTotalSaldo"),
+                  pos::payments::formatAmount(total + tax - Decimal(146)));
+        chooseWay(p, "EFECTIVO");
+        EXPECT_EQ(p.grid()->item(1, Col::kAmount)->text(),
+                  pos::payments::formatAmount(total + tax - Decimal(146)));
+        key(Qt::Key_Return, &p);
+        paid = true;
+    });
+    key(Qt::Key_F10, sale);
+    ASSERT_TRUE(paid) << dialogs.texts().join('|').toStdString();
+    ASSERT_EQ(count("VENTAS"), 1) << dialogs.texts().join('|').toStdString();
+    EXPECT_EQ(dec("SELECT BaseIGTF FROM VENTAS"), Decimal(146));
+    EXPECT_EQ(dec("SELECT MontoIGTF FROM VENTAS"), tax);
+    EXPECT_EQ(dec("SELECT TotalPago FROM VENTAS"), total + tax);
+    EXPECT_EQ(child<QLineEdit>(*sale, "txtMontoIGTF")->text(), "4,38");
+    EXPECT_TRUE(label(*sale, "lblUltimaVenta").contains("IGTF: 4,38"));
+    const QString ticket = printer.ticket("FACTURA_00000001.txt");
+    EXPECT_TRUE(ticket.contains("IGTF (3,00%) 4,38")) << ticket.toStdString();
+    EXPECT_FALSE(ticket.contains("CAMBIO")) << ticket.toStdString();
+    EXPECT_EQ(printer.memory().invoiceIgtf.igtf, 438);
+
+    // The same sale again; the cable is pulled right after its last payment: the invoice is
+    // saved, and the printer holds it open, paid, waiting for its closing.
+    keySale(*sale, {"3*" + code});
+    printer.fault("silence-after 201");
+    whenModal<PaymentsScreen>([&](PaymentsScreen& p) {
+        chooseWay(p, "EFECTIVO DOLAR");
+        keys("4");
+        key(Qt::Key_Return, &p);
+        chooseWay(p, "EFECTIVO");
+        key(Qt::Key_Return, &p);
+    });
+    key(Qt::Key_F10, sale);
+    QTRY_COMPARE_WITH_TIMEOUT(count("VENTAS"), 2, 20000);
+    QTRY_VERIFY_WITH_TIMEOUT(dialogs.texts().join('|').contains("fue guardada pero no se pudo"),
+                             20000);
+    EXPECT_EQ(count("VENTAS", "Impresa = 0"), 1);
+    EXPECT_EQ(printer.memory().lastInvoice, 1);
+}

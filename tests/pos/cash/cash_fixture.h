@@ -1,6 +1,7 @@
 #pragma once
 
 #include "pos/fiscal/fiscal_printer.h"
+#include "pos/fiscal/payment_means.h"
 #include "pos/fiscal/printer_on_emulator.h"
 
 #include "common/db/sql.h"
@@ -71,7 +72,7 @@ protected:
         doc.lines.append({Decimal::fromString(QString::fromLatin1(price)),
                           Decimal::fromString(u"16"), Decimal::fromString(u"1"), Decimal(),
                           "CAMISA", 1});
-        doc.paymentWay = way.toInt();
+        doc.paymentMeans = pos::fiscal::defaultMeans(way.toInt(), {}).means;
         ASSERT_TRUE(m_printer->callAndWait(
             [doc](pos::fiscal::FiscalPrinter& p) { return p.printDocument(doc); }));
         const Decimal base = Decimal::fromString(QString::fromLatin1(price));

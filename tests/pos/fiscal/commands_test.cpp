@@ -1,5 +1,6 @@
 // Item, discount and payment commands built from stored sale lines.
 #include "pos/fiscal/commands.h"
+#include "pos/fiscal/protocol/frame.h"
 
 #include <gtest/gtest.h>
 
@@ -50,13 +51,46 @@ TEST(FiscalCommands, NameIsExactlyFortyLatin1Characters) {
     EXPECT_EQ(printerText(QStringLiteral("€ñ")), QByteArray("?\xF1"));
 }
 
+namespace {
+QByteArray frameOf(std::initializer_list<int> list) {
+    QByteArray b;
+    for (int v : list)
+        b.append(char(v));
+    return b;
+}
+} // namespace
+
+TEST(FiscalCommands, GoldenFramesOfDollarsAndIgtf) {
+    using protocol::frame;
+    // PJ5001: IGTF on.
+    EXPECT_EQ(frame(flagCommand(50, 1)), frameOf({0x02, 'P', 'J', '5', '0', '0', '1', 0x03, 0x1D}));
+    // PE20EFECTIVO DOLAR: the name of foreign-currency means 20.
+    EXPECT_EQ(frame(meansNameCommand(20, QStringLiteral("efectivo dolar "))),
+              frameOf({0x02, 'P', 'E', '2', '0', 'E', 'F', 'E', 'C',  'T', 'I',
+                       'V',  'O', ' ', 'D', 'O', 'L', 'A', 'R', 0x03, 0x61}));
+    // 146.00 (4 dollars at 36.50) under means 20.
+    EXPECT_EQ(frame(partialPaymentCommand(20, Decimal::fromString(u"146.00"))),
+              frameOf({0x02, '2', '2', '0', '0', '0', '0', '0', '0', '0', '0', '1', '4', '6', '0',
+                       '0', 0x03, 0x30}));
+    EXPECT_EQ(frame(totalPaymentCommand(20)), frameOf({0x02, '1', '2', '0', 0x03, 0x30}));
+    // 199 closes an IGTF document.
+    EXPECT_EQ(frame(kCloseDocument), frameOf({0x02, '1', '9', '9', 0x03, 0x32}));
+    // The rates and 3.00 % of IGTF as the fourth group.
+    EXPECT_EQ(frame(taxRatesCommand({1600, 800, 3100}, 300)),
+              frameOf({0x02, 'P', 'T', '1', '1', '6', '0', '0', '1', '0', '8',  '0', '0',
+                       '1',  '3', '1', '0', '0', '1', '0', '3', '0', '0', 0x03, 0x09}));
+    EXPECT_EQ(taxRatesCommand({1600, 800, 3100}), "PT116001080013100");
+    // A name longer than the printer keeps is cut to 14.
+    EXPECT_EQ(meansNameCommand(9, QStringLiteral("TARJETA DE DEBITO")), "PE09TARJETA DE DEB");
+}
+
 TEST(FiscalCommands, DocumentWithDiscountsAndPayments) {
     FiscalDocument d;
     d.clientId = QStringLiteral("V12345678");
     d.clientName = QStringLiteral("MARIA PEREZ");
     d.clientLines = {QStringLiteral("AV. BOLIVAR 12"), QString()};
     d.lines = {line("10", "16", "1", "CAMISA", 1, "12.5"), line("5", "0", "2", "PAN", 0)};
-    d.paymentWay = 2;
+    d.paymentMeans = 5;
     QList<QByteArray> c = documentCommands(d);
     ASSERT_EQ(c.size(), 7);
     EXPECT_EQ(c[0], "iR*V12345678");
@@ -65,18 +99,14 @@ TEST(FiscalCommands, DocumentWithDiscountsAndPayments) {
     EXPECT_EQ(c[4], "p-1250");
     EXPECT_EQ(c[6], "105");
 
-    // The total-payment code of each way.
-    const std::pair<int, const char*> ways[] = {{1, "101"}, {5, "101"}, {2, "105"},
-                                                {3, "109"}, {4, "110"}, {6, "102"}};
-    for (auto [way, code] : ways)
-        EXPECT_EQ(totalPaymentCommand(way), QByteArray(code)) << way;
-
-    // Several ways: each payment with its means and the amount in cents over 12 digits.
-    d.paymentWay = kSeveralWays;
-    d.payments = {{1, Decimal::fromString(u"10.00")}, {3, Decimal::fromString(u"1234.56")}};
+    // Several payments: each with its means and the amount in cents over 12 digits. A row the
+    // change emptied is no payment: the printer refuses "2NN000000000000".
+    d.payments = {
+        {1, Decimal::fromString(u"10.00")}, {9, Decimal::fromString(u"1234.56")}, {1, Decimal()}};
     c = documentCommands(d);
     EXPECT_EQ(c[c.size() - 2], "201000000001000");
     EXPECT_EQ(c.last(), "209000000123456");
+    EXPECT_EQ(d.restMeans(), 9);
 
     // A credit note names the invoice it returns before its items.
     FiscalDocument r;

@@ -93,6 +93,27 @@ TEST(FiscalRegisterCheck, EachMismatchHasItsMessageInOrder) {
               QStringLiteral("La serie de la impresora no conicide con la serie de la caja...!"));
 }
 
+TEST_F(FiscalStoreTest, AFullFiscalMemoryAndAnIgtfSettingThePrinterDoesNotShare) {
+    const QDate today = QDate::currentDate();
+    EXPECT_EQ(refusal(readPrinterFacts(printer), counters(), today), QString());
+    emulator.fault("memory-nearly-full");
+    EXPECT_EQ(refusal(readPrinterFacts(printer), counters(), today), QString());
+    emulator.fault("memory-full");
+    EXPECT_EQ(refusal(readPrinterFacts(printer), counters(), today),
+              QStringLiteral("La memoria fiscal de la impresora está llena...!"));
+    emulator.fault("memory-ok");
+
+    exec("UPDATE CAJAS SET IGTF = 1");
+    EXPECT_EQ(refusal(readPrinterFacts(printer), counters(), today),
+              QStringLiteral("La caja cobra IGTF y la impresora fiscal no lo tiene activado...!"));
+    ASSERT_TRUE(printer.setIgtf(true, 300));
+    EXPECT_EQ(refusal(readPrinterFacts(printer), counters(), today), QString());
+    exec("UPDATE CAJAS SET IGTF = 0");
+    EXPECT_EQ(refusal(readPrinterFacts(printer), counters(), today),
+              QStringLiteral("La impresora fiscal tiene el IGTF activado y la caja no lo "
+                             "cobra...!"));
+}
+
 TEST_F(FiscalStoreTest, RegisterCountersFollowThePrinter) {
     EXPECT_EQ(refusal(readPrinterFacts(printer), counters(), QDate::currentDate()), QString());
     addSale(1, "1");
@@ -114,21 +135,21 @@ TEST_F(FiscalStoreTest, RegisterCountersFollowThePrinter) {
 }
 
 TEST_F(FiscalStoreTest, SaleAndReturnFromTheirTables) {
-    addSale(7, "7");
+    addSale(1, "7");
     exec("INSERT INTO PAGOSVENTA (NumeroFactura, Serie, Item, FormaPago, Monto) "
          "VALUES (?, ?, ?, ?, ?)",
-         {7, "Z1B0000001", 1, "1", "10.00"});
+         {1, "Z1B0000001", 1, "1", "10.00"});
     exec("INSERT INTO PAGOSVENTA (NumeroFactura, Serie, Item, FormaPago, Monto) "
          "VALUES (?, ?, ?, ?, ?)",
-         {7, "Z1B0000001", 2, "4", "16.89"});
+         {1, "Z1B0000001", 2, "4", "16.89"});
     const FiscalDocument sale =
-        saleDocument(db(), 7, QStringLiteral("Z1B0000001"), loadRateTable(db()));
+        saleDocument(db(), 1, QStringLiteral("Z1B0000001"), loadRateTable(db()));
     ASSERT_EQ(sale.lines.size(), 2);
     EXPECT_EQ(sale.lines[0].rate, 2);
     EXPECT_EQ(sale.lines[1].rate, 0);
     EXPECT_EQ(sale.clientName, QStringLiteral("MARIA PEREZ"));
     ASSERT_EQ(sale.payments.size(), 2);
-    EXPECT_EQ(sale.payments[1].way, 4);
+    EXPECT_EQ(sale.payments[1].means, 10);
     ASSERT_TRUE(printer.printDocument(sale)) << printer.errorText().toStdString();
     // 2 x 10.83 less 10 % = 19.49; 1.5 x 5.00 = 7.50.
     const QString t = emulator.ticket("FACTURA_00000001.txt");
@@ -139,7 +160,7 @@ TEST_F(FiscalStoreTest, SaleAndReturnFromTheirTables) {
     exec("INSERT INTO DEVVENTAS (NumeroDevolucion, Serie, NumeroFactura, Fecha, Cliente, "
          "TotalMercancia, TotalDescuento, TotalImpuesto, SerieFactura) "
          "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)",
-         {1, "Z1B0000001", 7, QDateTime::currentDateTime(), "V12345678", "5", "0", "0",
+         {1, "Z1B0000001", 1, QDateTime::currentDateTime(), "V12345678", "5", "0", "0",
           "Z1B0000001"});
     exec("INSERT INTO MOVDEVVENTAS (NumeroDevolucion, Serie, CodigoBarra, Precio, "
          "PorcentajeImpuesto, Cantidad, Item, PorcentajeDescuento) "
@@ -148,17 +169,17 @@ TEST_F(FiscalStoreTest, SaleAndReturnFromTheirTables) {
     const FiscalDocument ret =
         returnDocument(db(), 1, QStringLiteral("Z1B0000001"), loadRateTable(db()));
     EXPECT_EQ(ret.type, DocumentType::CreditNote);
-    EXPECT_EQ(ret.affectedInvoice, 7);
+    EXPECT_EQ(ret.affectedInvoice, 1);
     EXPECT_EQ(ret.affectedInvoiceDate, QDate(2026, 11, 20));
     ASSERT_TRUE(printer.printDocument(ret)) << printer.errorText().toStdString();
     const QString c = emulator.ticket("NOTACREDITO_00000001.txt");
-    EXPECT_TRUE(c.contains("FACTURA AFECTADA: 00000007"));
+    EXPECT_TRUE(c.contains("FACTURA AFECTADA: 00000001"));
     EXPECT_TRUE(c.contains("FECHA FACTURA: 20/11/2026"));
     EXPECT_TRUE(c.contains("TOTAL 5,00"));
 
     // A rate the printer does not know stops the document before anything is printed.
-    exec("UPDATE MOVVENTAS SET PorcentajeImpuesto = ? WHERE NumeroFactura = ?", {"12", 7});
-    EXPECT_THROW(saleDocument(db(), 7, QStringLiteral("Z1B0000001"), loadRateTable(db())),
+    exec("UPDATE MOVVENTAS SET PorcentajeImpuesto = ? WHERE NumeroFactura = ?", {"12", 1});
+    EXPECT_THROW(saleDocument(db(), 1, QStringLiteral("Z1B0000001"), loadRateTable(db())),
                  UserError);
 }
 

@@ -31,9 +31,14 @@ private:
 inline pos::fiscal::LinkTiming fastTiming() {
     pos::fiscal::LinkTiming t;
     t.ackTimeoutMs = 600;
+    t.itemAckTimeoutMs = 600;
+    t.paymentAckTimeoutMs = 600;
+    t.reportAckTimeoutMs = 1500;
+    t.zTimeoutMs = 3000;
     t.probeTimeoutMs = 300;
     t.replyTimeoutMs = 600;
     t.blockTimeoutMs = 600;
+    t.busyPollMs = 50;
     return t;
 }
 

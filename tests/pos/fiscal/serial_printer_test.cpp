@@ -70,8 +70,7 @@ TEST_F(SerialPrinterTest, StatusCountersAndAnInvoice) {
 
     // Several ways of payment, the last one closing what is left.
     FiscalDocument d = invoice({item("10", "1", "MEDIAS")});
-    d.paymentWay = kSeveralWays;
-    d.payments = {{1, Decimal(5)}, {3, Decimal::fromString(u"6.60")}};
+    d.payments = {{1, Decimal(5)}, {9, Decimal::fromString(u"6.60")}};
     ASSERT_TRUE(printer.printDocument(d));
     EXPECT_EQ(printer.lastDocumentNumbers()->lastInvoice, 2);
     EXPECT_TRUE(emulator.ticket("FACTURA_00000002.txt").contains("MEDIO 09 6,60"));

@@ -131,6 +131,36 @@ TEST(PaymentRules, OnlyCashGivesChange) {
     EXPECT_FALSE(proposedAmount("EFECTIVO", Decimal(), rate).has_value());
 }
 
+TEST(PaymentRules, WithIgtfTheDollarsPayTheirTaxOnTopAndOnlyCashGivesChange) {
+    const Decimal rate = Decimal::fromString(u"36.50");
+    const pos::fiscal::igtf::Settings on{true, Decimal(3)};
+    const Decimal total(200);
+    // 4 dollars (146.00) bear 4.38: the client owes 204.38, so 58.38 more in cash.
+    const QList<PaymentRow> dollars = {row("EFECTIVO DOLAR", "4")};
+    EXPECT_EQ(amountOwed(dollars, rate, total, on).tax, Decimal::fromString(u"4.38"));
+    EXPECT_EQ(amountOwed(dollars, rate, total, {}).tax, Decimal());
+    EXPECT_EQ(proposedAmount("EFECTIVO", dollars, rate, total, on), Decimal::fromString(u"58.38"));
+    EXPECT_EQ(proposedAmount("EFECTIVO", dollars, rate, total, {}), Decimal(54));
+    // Dollars for everything: 206.00 with the tax on all of it, 5.65 dollars rounded up.
+    EXPECT_EQ(proposedAmount("EFECTIVO DOLAR", {}, rate, total, on), Decimal::fromString(u"5.65"));
+    // A dollar amount counts to the cent the printer is sent: 1.01 $ is 36.87 (36.865).
+    EXPECT_EQ(countedAmount(row("EFECTIVO DOLAR", "1.01"), rate), Decimal::fromString(u"36.87"));
+
+    // Cash short of the tax is refused; a note over it gives change from the cash only.
+    const QList<PaymentRow> shortOfTax = {dollars.at(0), row("EFECTIVO", "54")};
+    const Decimal owed = amountOwed(shortOfTax, rate, total, on).total;
+    EXPECT_FALSE(refusal([&] { checkCoversInvoice(shortOfTax, rate, owed, true); }).isEmpty());
+    const QList<PaymentRow> withNote = {dollars.at(0), row("EFECTIVO", "100")};
+    EXPECT_TRUE(refusal([&] { checkCoversInvoice(withNote, rate, owed, true); }).isEmpty());
+    EXPECT_EQ(changeDue(withNote, rate, owed), Decimal::fromString(u"41.62"));
+    // Dollars beyond what is owed with their tax give no change.
+    const QList<PaymentRow> tooMany = {row("EFECTIVO DOLAR", "6")};
+    EXPECT_TRUE(refusal([&] {
+                    checkCoversInvoice(tooMany, rate, amountOwed(tooMany, rate, total, on).total,
+                                       true);
+                }).contains("EFECTIVO DOLAR"));
+}
+
 TEST(PaymentRules, TypedAmountsAndDisplay) {
     EXPECT_EQ(parseTypedAmount("1.234,50"), Decimal::fromString(u"1234.50"));
     EXPECT_EQ(parseTypedAmount("1234,5"), Decimal::fromString(u"1234.50"));

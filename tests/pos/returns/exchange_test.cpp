@@ -199,3 +199,56 @@ TEST_F(ExchangeTest, AFailureInTheInvoiceLeavesNoReturnEither) {
     EXPECT_EQ(scalar("SELECT UltimaFactura FROM CAJAS").toInt(), 1);
     EXPECT_EQ(emulator.memory().lastCreditNote, 0);
 }
+
+TEST_F(ExchangeTest, WithIgtfTheDollarsOfTheDifferencePayTheirTaxAndTheReturnGivesItsBack) {
+    exec("UPDATE CAJAS SET IGTF = 1 WHERE Serie = ?", {serie});
+    thread->callAndWait([](pos::fiscal::FiscalPrinter& p) { ASSERT_TRUE(p.setIgtf(true, 300)); });
+    const Decimal rate = d("36.5");
+    const auto dollarsAndCash = [&](const char* cash) {
+        pos::payments::PaymentRow dollar;
+        dollar.way = QStringLiteral("EFECTIVO DOLAR");
+        dollar.amount = d("1");
+        pos::payments::PaymentRow bolivars;
+        bolivars.way = QStringLiteral("EFECTIVO");
+        bolivars.amount = d(cash);
+        return QList<pos::payments::PaymentRow>{dollar, bolivars};
+    };
+    // 69.60: one dollar (36.50, 1.10 of tax) and 34.20 in cash.
+    sale::SaleDraft first = draftOf({"T0009"});
+    const auto firstRows = dollarsAndCash("34.20");
+    first.setPayments(firstRows, d("70.70"), rate,
+                      pos::payments::amountOwed(firstRows, rate, first.totals().total,
+                                                pos::fiscal::igtf::settings(db(), serie)));
+    const auto sold = sale::acceptSale(db(), ctx, first, printer.get());
+    ASSERT_TRUE(sale::printSale(db(), ctx, sold.number, false, printer.get(), {}).ok());
+    EXPECT_EQ(dec("SELECT MontoIGTF FROM VENTAS WHERE NumeroFactura = ?", {sold.number}),
+              d("1.10"));
+
+    // The service for the shirt: 46.40 to pay, with one dollar (1.10 of tax) and 11.00.
+    ReturnDraft back(loadExchangeInvoice(db(), ctx, sold.number));
+    back.addEverything();
+    sale::SaleDraft taken = draftOf({"T0001"});
+    taken.setPayments(dollarsAndCash("11"), d("47.50"), rate);
+    const ExchangeResult r = acceptExchange(db(), ctx, back, taken, printer.get());
+    ASSERT_EQ(r.status, ExchangeResult::Status::Saved);
+    EXPECT_EQ(r.igtf, d("1.10"));
+    EXPECT_EQ(r.change, d("0"));
+    // The whole invoice was paid partly in dollars: its return gives back their share's tax.
+    EXPECT_EQ(dec("SELECT BaseIGTF FROM DEVVENTAS"), d("36.50"));
+    EXPECT_EQ(r.igtfBack, d("1.10"));
+    EXPECT_EQ(r.handedBack(), d("1.10"));
+    EXPECT_EQ(dec("SELECT Monto FROM SALIDASCAJA"), d("70.70"));
+    EXPECT_EQ(dec("SELECT BaseIGTF FROM VENTAS WHERE NumeroFactura = ?", {r.invoiceNumber}),
+              d("36.50"));
+    EXPECT_EQ(dec("SELECT MontoIGTF FROM VENTAS WHERE NumeroFactura = ?", {r.invoiceNumber}),
+              d("1.10"));
+
+    printBoth(r);
+    const auto memory = emulator.memory();
+    EXPECT_EQ(memory.lastCreditNote, 1);
+    EXPECT_EQ(memory.lastInvoice, 2);
+    EXPECT_EQ(memory.invoiceIgtf.igtf, 220);
+    EXPECT_EQ(memory.creditNoteIgtf.igtf, 110);
+    EXPECT_FALSE(emulator.ticket("FACTURA_00000002.txt").contains("CAMBIO"))
+        << emulator.ticket("FACTURA_00000002.txt").toStdString();
+}

@@ -371,3 +371,44 @@ TEST_F(FiscalReturnsTest, AContingencyReturnGoesOnPaperWithoutThePrinter) {
     EXPECT_TRUE(pendingReturnPrints(db(), serie).isEmpty());
     EXPECT_EQ(emulator.memory().lastCreditNote, 0);
 }
+
+TEST_F(FiscalReturnsTest, AContingencyReturnStaysOnPaperAndTheFiscalDocumentsGoOn) {
+    const long long first = sell({"T0009"}, false, printer.get());
+    const long long second = sell({"T0001"}, false, printer.get());
+    emulator.fault("silence");
+    ReturnDraft onPaper(loadInvoice(db(), ctx, first));
+    onPaper.addEverything();
+    onPaper.setContingency(true);
+    const SavedReturn paperReturn = saveReturn(db(), ctx, onPaper, printer.get());
+    // Not even the paper printer answers: it waits, and goes on paper when it is retried, never
+    // to the fiscal printer that is back by then.
+    EXPECT_FALSE(printReturn(db(), ctx, paperReturn.number, true, printer.get(), {}).ok());
+    emulator.fault("speak");
+    const auto retried = printPendingReturns(db(), ctx, printer.get(), paper());
+    ASSERT_TRUE(retried.ok()) << retried.error.toStdString();
+    EXPECT_TRUE(retried.paperPrinted);
+    EXPECT_FALSE(retried.fiscalPrinted);
+    EXPECT_TRUE(paperText(paperReturn.number).contains("CONTINGENCIA"));
+    EXPECT_EQ(emulator.memory().lastCreditNote, 0);
+    EXPECT_EQ(scalar("SELECT Contingencia FROM DEVVENTAS WHERE NumeroDevolucion = ?",
+                     {paperReturn.number})
+                  .toInt(),
+              1);
+
+    // The paper return took a number the printer never gave: sales and fiscal returns go on.
+    sell({"T0002"}, false, printer.get());
+    EXPECT_EQ(emulator.memory().lastInvoice, 3);
+    ReturnDraft draft(loadInvoice(db(), ctx, second));
+    draft.addEverything();
+    const SavedReturn fiscal = saveReturn(db(), ctx, draft, printer.get());
+    EXPECT_EQ(fiscal.number, 2);
+    const auto p = printReturn(db(), ctx, fiscal.number, false, printer.get(), paper());
+    ASSERT_TRUE(p.ok()) << p.error.toStdString();
+    EXPECT_TRUE(p.fiscalPrinted);
+    EXPECT_EQ(emulator.memory().lastCreditNote, 1);
+    EXPECT_TRUE(emulator.ticket("NOTACREDITO_00000001.txt").contains("FACTURA AFECTADA: 00000002"));
+    sell({"T0002"}, false, printer.get());
+    EXPECT_EQ(emulator.memory().lastInvoice, 4);
+    EXPECT_EQ(count("VENTAS", "Impresa = 1"), 4);
+    EXPECT_EQ(count("DEVVENTAS", "Impresa = 1"), 2);
+}

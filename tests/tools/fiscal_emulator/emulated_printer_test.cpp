@@ -85,6 +85,12 @@ protected:
             return {};
         return QString::fromUtf8(f.readAll());
     }
+    // Flag 50 on and the fourth rate group at 3 %, as a printer takes them right after a Z.
+    void enableIgtf() {
+        ASSERT_EQ(send("PT11600108001310010300"), kAck);
+        ASSERT_EQ(send("Pt"), kAck);
+        ASSERT_EQ(send("PJ5001"), kAck);
+    }
     void control(const QByteArray& words) {
         QFile f(controlPath());
         ASSERT_TRUE(f.open(QIODevice::WriteOnly));
@@ -259,4 +265,143 @@ TEST_F(EmulatedPrinterTest, FiscalMemorySurvivesARestart) {
     ASSERT_EQ(printer->memory().zHistory.size(), 1);
     EXPECT_EQ(printer->memory().zHistory[0].invoices.base[1], 1000);
     EXPECT_EQ(printer->memory().zHistory[0].invoices.tax[1], 80);
+}
+
+TEST_F(EmulatedPrinterTest, IgtfOnForeignCurrencyCappedAtTheAmountDue) {
+    enableIgtf();
+    EXPECT_EQ(send("PE20EFECTIVO DOLAR"), kAck);
+    // 100.00 + 16 % = 116.00; 130.00 paid in foreign currency: the tax is on 116.00 only.
+    EXPECT_EQ(send("!000001160000001000CAMISA"), kAck);
+    EXPECT_EQ(send("220000000013000"), kAck);
+    const QByteArray r = send("S2");
+    auto s2 = wire::parseS2(r.mid(1, r.size() - 3));
+    ASSERT_TRUE(s2);
+    EXPECT_EQ(s2->payable, 11600 + 348 - 13000);
+    EXPECT_EQ(s2->documentType, 1); // still open: IGTF documents end with 199
+    EXPECT_EQ(send("101"), kNak);   // nothing left to pay
+    EXPECT_EQ(send("199"), kAck);
+    EXPECT_EQ(status().first, 0x60);
+    QString t = ticket("FACTURA_00000001.txt");
+    EXPECT_TRUE(t.contains("BI IGTF (3,00%) 116,00")) << t.toStdString();
+    EXPECT_TRUE(t.contains("IGTF (3,00%) 3,48"));
+    EXPECT_TRUE(t.contains("TOTAL A PAGAR 119,48"));
+    EXPECT_TRUE(t.contains("EFECTIVO DOLAR 130,00"));
+    EXPECT_TRUE(t.contains("CAMBIO 10,52"));
+
+    // 110.00 of 116.00 in foreign currency: 3.30 of tax, and 199 waits for the rest.
+    EXPECT_EQ(send("!000001160000001000CAMISA"), kAck);
+    EXPECT_EQ(send("220000000011000"), kAck);
+    EXPECT_EQ(send("199"), kNak);
+    EXPECT_EQ(status(), std::make_pair(0x61, 0x60));
+    EXPECT_EQ(send("101"), kAck); // the rest, 9.30, in cash
+    EXPECT_EQ(status().first, 0x61);
+    EXPECT_EQ(send("199"), kAck);
+    t = ticket("FACTURA_00000002.txt");
+    EXPECT_TRUE(t.contains("IGTF (3,00%) 3,30")) << t.toStdString();
+    EXPECT_TRUE(t.contains("MEDIO 01 9,30"));
+    EXPECT_FALSE(t.contains("CAMBIO"));
+
+    // The whole balance in foreign currency: the payment carries its own tax.
+    EXPECT_EQ(send("!000001160000001000CAMISA"), kAck);
+    EXPECT_EQ(send("120"), kAck);
+    EXPECT_EQ(send("199"), kAck);
+    EXPECT_TRUE(ticket("FACTURA_00000003.txt").contains("EFECTIVO DOLAR 119,48"));
+
+    // The day's accumulators carry the six IGTF fields.
+    const QList<QByteArray> x = upload("U0X");
+    ASSERT_EQ(x.size(), 1);
+    auto day = wire::parseReport(x[0]);
+    ASSERT_TRUE(day);
+    EXPECT_TRUE(day->withIgtf);
+    EXPECT_EQ(day->invoiceIgtf.base, 11600 + 11000 + 11600);
+    EXPECT_EQ(day->invoiceIgtf.igtf, 348 + 330 + 348);
+    EXPECT_EQ(day->invoices.total(), 3 * 11600);
+
+    // A refund in foreign currency bears the tax on the credit note; the Z keeps both.
+    EXPECT_EQ(send("iF*00000001"), kAck);
+    EXPECT_EQ(send("iD*21/11/2026"), kAck);
+    EXPECT_EQ(send("iI*Z1B0000001"), kAck);
+    EXPECT_EQ(send("d1000001160000001000CAMISA"), kAck);
+    EXPECT_EQ(send("220000000005000"), kAck);
+    EXPECT_EQ(send("101"), kAck);
+    EXPECT_EQ(send("199"), kAck);
+    EXPECT_EQ(send("I0Z"), kAck);
+    QThread::msleep(250);
+    auto z = wire::parseReport(upload("U0Z").value(0));
+    ASSERT_TRUE(z);
+    EXPECT_EQ(z->creditNoteIgtf.base, 5000);
+    EXPECT_EQ(z->creditNoteIgtf.igtf, 150);
+    EXPECT_EQ(z->invoiceIgtf.igtf, 1026);
+    EXPECT_TRUE(ticket("REPORTEZ_00000001.txt").contains("IGTF FACTURAS 10,26"));
+    // The new day starts from zero; the Z record survives a restart with its IGTF.
+    printer.reset();
+    start();
+    EXPECT_EQ(printer->memory().zHistory.value(0).invoiceIgtf.igtf, 1026);
+    EXPECT_EQ(wire::parseReport(upload("U0X").value(0))->invoiceIgtf, wire::IgtfTotals{});
+}
+
+TEST_F(EmulatedPrinterTest, WithoutIgtfForeignMeansArePlainMeans) {
+    // Flag 50 off: means 20 is one more way to pay, the last payment closes, no tax.
+    EXPECT_EQ(send("!000001160000001000CAMISA"), kAck);
+    EXPECT_EQ(send("220000000013000"), kAck);
+    EXPECT_EQ(status().first, 0x60);
+    const QString t = ticket("FACTURA_00000001.txt");
+    EXPECT_FALSE(t.contains("IGTF"));
+    EXPECT_TRUE(t.contains("CAMBIO 14,00"));
+    EXPECT_FALSE(wire::parseReport(upload("U0X").value(0))->withIgtf);
+    // A printer with the flag but without the IGTF rate refuses foreign currency.
+    EXPECT_EQ(send("PJ5001"), kAck);
+    EXPECT_EQ(send("!000001160000001000CAMISA"), kAck);
+    EXPECT_EQ(send("220000000013000"), kNak);
+    EXPECT_EQ(status().second, 0x54);
+}
+
+TEST_F(EmulatedPrinterTest, SlowAckSilenceAfterACommandAndBusyAfterZ) {
+    // A slow ACK: the item is printed at once, its ACK comes later; meanwhile the printer is busy
+    // and answers ENQ with the buffer-full bit only.
+    control("slow-ack ! 150\n");
+    EXPECT_EQ(send("!000000116000001000CAMISA"), QByteArray());
+    EXPECT_GE(printer->msUntilDue(), 0);
+    EXPECT_EQ(status(), std::make_pair(0x65, 0x40));
+    EXPECT_EQ(send("S2"), QByteArray()); // lost while busy
+    EXPECT_EQ(printer->takeDue(), QByteArray());
+    QThread::msleep(200);
+    EXPECT_EQ(printer->takeDue(), kAck);
+    EXPECT_EQ(printer->msUntilDue(), -1);
+    EXPECT_EQ(status(), std::make_pair(0x61, 0x40));
+    control("fast-ack\n");
+
+    // Silent right after the payment: the invoice is printed, its ACK never leaves.
+    control("silence-after 101\n");
+    EXPECT_EQ(send("101"), QByteArray());
+    EXPECT_EQ(printer->receive(QByteArray("\x05", 1)), QByteArray());
+    control("speak\n");
+    EXPECT_EQ(s1().lastInvoice, 1);
+    EXPECT_FALSE(ticket("FACTURA_00000001.txt").isEmpty());
+
+    // Busy after a Z, still answering ENQ.
+    control("z-busy-enq\nz-busy-ms 150\n");
+    EXPECT_EQ(send("I0Z"), kAck);
+    EXPECT_EQ(status(), std::make_pair(0x64, 0x40));
+    EXPECT_EQ(send("S1"), QByteArray());
+    QThread::msleep(200);
+    EXPECT_EQ(status(), std::make_pair(0x60, 0x40));
+}
+
+TEST_F(EmulatedPrinterTest, FiscalMemoryNearlyFullAndFull) {
+    control("memory-nearly-full\n");
+    EXPECT_EQ(status(), std::make_pair(0x70, 0x40));
+    EXPECT_EQ(send("!000000116000001000CAMISA"), kAck);
+    EXPECT_EQ(status().first, 0x71);
+    EXPECT_EQ(send("101"), kAck);
+    control("memory-full\n");
+    EXPECT_EQ(status().first, 0x68);
+    EXPECT_EQ(send("iS*MARIA PEREZ"), kNak);
+    EXPECT_EQ(send("!000000116000001000CAMISA"), kNak);
+    EXPECT_EQ(status().second, 0x6C);
+    EXPECT_EQ(send("I0Z"), kNak);
+    EXPECT_EQ(send("I0X"), kAck); // the X report writes nothing to the fiscal memory
+    control("memory-ok\n");
+    EXPECT_EQ(send("!000000116000001000CAMISA"), kAck);
+    EXPECT_EQ(status().first, 0x61);
 }

@@ -133,6 +133,35 @@ TEST(FiscalReplies, ReportBlockGoldenLayout) {
     EXPECT_FALSE(parseReport(u.left(u.size() - 3)));
 }
 
+TEST(FiscalReplies, ReportBlockWithTheSixIgtfFields) {
+    QByteArray u = "0001\n261120\n2145\n00000003\n261121\n1030\n00000000\n00000001\n00000000\n";
+    // invoices: 3 x 116.00 at rate 1
+    u += "0000000000000\n0000000030000\n0000000004800\n0000000000000\n0000000000000\n"
+         "0000000000000\n0000000000000\n";
+    for (int i = 0; i < 7; ++i)
+        u += "0000000000000\n";
+    // credit notes: 116.00 at rate 1
+    u += "0000000000000\n0000000010000\n0000000001600\n0000000000000\n0000000000000\n"
+         "0000000000000\n0000000000000\n";
+    // IGTF base and IGTF of invoices, debit notes and credit notes, 18 wide each.
+    u += "000000000000034200\n000000000000001026\n"
+         "000000000000000000\n000000000000000000\n"
+         "000000000000005000\n000000000000000150\n";
+    auto z = parseReport(u);
+    ASSERT_TRUE(z);
+    EXPECT_TRUE(z->withIgtf);
+    EXPECT_EQ(z->invoiceIgtf, (IgtfTotals{34200, 1026}));
+    EXPECT_EQ(z->debitNoteIgtf, IgtfTotals{});
+    EXPECT_EQ(z->creditNoteIgtf, (IgtfTotals{5000, 150}));
+    EXPECT_EQ(z->invoices.total(), 34800);
+    EXPECT_EQ(buildReport(*z), u);
+    // Without them the block ends after the credit notes; anything else is refused.
+    z->withIgtf = false;
+    EXPECT_EQ(buildReport(*z).size(), u.size() - 6 * 19);
+    EXPECT_FALSE(parseReport(u.left(u.size() - 19)));
+    EXPECT_FALSE(parseReport(u + "0\n"));
+}
+
 TEST(FiscalReplies, PrinterDates) {
     EXPECT_EQ(dateDdMmYy(QDate(2026, 1, 5)), QStringLiteral("050126"));
     EXPECT_EQ(parseDdMmYy(u"050126"), QDate(2026, 1, 5));

@@ -293,6 +293,10 @@ QByteArray buildReport(const ZReport& z) {
     writeTotals(w, z.invoices);
     writeTotals(w, z.debitNotes);
     writeTotals(w, z.creditNotes);
+    if (z.withIgtf) {
+        for (const IgtfTotals* t : {&z.invoiceIgtf, &z.debitNoteIgtf, &z.creditNoteIgtf})
+            w.number(t->base, 18).number(t->igtf, 18);
+    }
     return w.take();
 }
 
@@ -311,8 +315,14 @@ std::optional<ZReport> parseReport(const QByteArray& data) {
     z.invoices = readTotals(r);
     z.debitNotes = readTotals(r);
     z.creditNotes = readTotals(r);
-    // IGTF printers append six more fields; they are not used here.
-    if (!r.ok())
+    if (r.ok() && !r.atEnd()) {
+        z.withIgtf = true;
+        for (IgtfTotals* t : {&z.invoiceIgtf, &z.debitNoteIgtf, &z.creditNoteIgtf}) {
+            t->base = r.number(18);
+            t->igtf = r.number(18);
+        }
+    }
+    if (!r.ok() || !r.atEnd())
         return std::nullopt;
     return z;
 }

@@ -83,6 +83,14 @@ struct DocumentTotals {
     friend bool operator==(const DocumentTotals&, const DocumentTotals&) = default;
 };
 
+// What printers with IGTF (flag 50 = 01) accumulate per kind of document: the amount paid in
+// foreign currency that bears the tax (capped at each document's amount) and the tax.
+struct IgtfTotals {
+    qint64 base = 0;
+    qint64 igtf = 0;
+    friend bool operator==(const IgtfTotals&, const IgtfTotals&) = default;
+};
+
 // U0X / U0Z block, and every block of U2A / U3A.
 struct ZReport {
     int zNumber = 0;
@@ -97,6 +105,11 @@ struct ZReport {
     DocumentTotals invoices;
     DocumentTotals debitNotes;
     DocumentTotals creditNotes;
+    // The six 18-wide fields that follow when IGTF is enabled.
+    bool withIgtf = false;
+    IgtfTotals invoiceIgtf;
+    IgtfTotals debitNoteIgtf;
+    IgtfTotals creditNoteIgtf;
     friend bool operator==(const ZReport&, const ZReport&) = default;
 };
 QByteArray buildReport(const ZReport& r);

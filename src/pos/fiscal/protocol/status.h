@@ -44,6 +44,28 @@ inline constexpr int kErrorFile = 153;
 
 // 1..12 from STS1 (buffer-full bit ignored); 0 when no mask matches.
 int statusNumber(quint8 sts1);
+// Status numbers by what they say, whatever the mode and the state of the fiscal memory.
+inline bool isIdle(int status) {
+    return status == 1 || status == 4 || status == 7 || status == 10;
+}
+inline bool isFiscalDocumentOpen(int status) {
+    return status == 2 || status == 5 || status == 8 || status == 11;
+}
+inline bool isNonFiscalDocumentOpen(int status) {
+    return status == 3 || status == 6 || status == 9 || status == 12;
+}
+inline bool isMemoryNearlyFull(int status) {
+    return status >= 7 && status <= 9;
+}
+inline bool isMemoryFull(int status) {
+    return status >= 10 && status <= 12;
+}
+
+// The configuration flag that enables IGTF (PJ5001): foreign-currency means 20..24 and the
+// closing "199".
+inline constexpr int kIgtfFlag = 50;
+inline constexpr int kFirstForeignMeans = 20;
+inline constexpr int kLastForeignMeans = 24;
 // From STS2; 112 when STS1 says the buffer is full.
 int errorNumber(quint8 sts1, quint8 sts2);
 
