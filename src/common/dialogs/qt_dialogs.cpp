@@ -40,15 +40,26 @@ void waitForOpenBox() {
         loop.exec();
     }
 }
+// After a box, the keyboard goes back to the window that asked: some window managers (and none
+// at all) leave it nowhere, and the screen's F-keys then go unheard.
+struct GivesFocusBack {
+    QWidget* parent;
+    ~GivesFocusBack() {
+        if (parent && parent->window()->isVisible())
+            parent->window()->activateWindow();
+    }
+};
 } // namespace
 
 void QtDialogs::information(QWidget* parent, const QString& text, const QString& title) {
     waitForOpenBox();
+    const GivesFocusBack back{parent};
     QMessageBox::information(parent, title, text);
 }
 
 void QtDialogs::warning(QWidget* parent, const QString& text, const QString& title) {
     waitForOpenBox();
+    const GivesFocusBack back{parent};
     QMessageBox::warning(parent, title, text);
 }
 
@@ -58,6 +69,7 @@ void QtDialogs::databaseError(QWidget* parent, const DbError& error) {
                              ? QStringLiteral("La base de datos no dio el motivo.")
                              : error.text().trimmed();
     waitForOpenBox();
+    const GivesFocusBack back{parent};
     QMessageBox::critical(parent, QStringLiteral("Error de base de datos"),
                           text + QStringLiteral("\n\n(Error ") + error.number() + u')');
 }
@@ -65,6 +77,7 @@ void QtDialogs::databaseError(QWidget* parent, const DbError& error) {
 bool QtDialogs::question(QWidget* parent, const QString& text, const QString& title,
                          bool defaultYes) {
     waitForOpenBox();
+    const GivesFocusBack back{parent};
     return QMessageBox::question(parent, title, text, QMessageBox::Yes | QMessageBox::No,
                                  defaultYes ? QMessageBox::Yes : QMessageBox::No) ==
            QMessageBox::Yes;
