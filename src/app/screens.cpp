@@ -2,6 +2,7 @@
 
 #include "exchange/export/exchange_screens.h"
 #include "inventory/articles/article_screens.h"
+#include "inventory/dispatch/dispatch_screens.h"
 #include "inventory/purchases/purchase_screens.h"
 #include "pos/cash/cash_screens.h"
 #include "pos/fiscal/counter_correction_screen.h"
@@ -19,6 +20,7 @@ void registerAllScreens() {
     // One line per area: each area's register function adds its screens.
     inventory::registerArticleScreens();
     inventory::purchases::registerPurchaseScreens();
+    inventory::dispatch::registerDispatchScreens();
     shell::registerRecordScreens(
         {[] { return shell::mainDb(); }, [] { return shell::session().userCode; }});
     pos::registers::registerScreens();

@@ -24,20 +24,6 @@ QString statusText(int status) {
     return status == kOpen ? QStringLiteral("ABIERTA") : QStringLiteral("APROBADA");
 }
 
-// Label and value pairs, two to a row.
-QString fields(const QList<QPair<QString, QString>>& pairs) {
-    QString html = QStringLiteral("<table cellspacing=\"0\" cellpadding=\"2\" width=\"100%\">");
-    for (int i = 0; i < pairs.size(); i += 2) {
-        html += QStringLiteral("<tr>");
-        for (int j = i; j < std::min<int>(i + 2, int(pairs.size())); ++j)
-            html += QStringLiteral("<td><b>") + pairs[j].first.toHtmlEscaped() +
-                    QStringLiteral(":</b></td><td>") + pairs[j].second.toHtmlEscaped() +
-                    QStringLiteral("</td>");
-        html += QStringLiteral("</tr>");
-    }
-    return html + QStringLiteral("</table><br>");
-}
-
 // Lines with their unit price (six decimals) and amount.
 QString lineTable(const QList<DocumentLine>& lines, int priceDecimals) {
     QList<QStringList> rows;
@@ -70,6 +56,19 @@ QString supplierLabel(const QSqlDatabase& db, const QString& code) {
 }
 
 } // namespace
+
+QString fields(const QList<QPair<QString, QString>>& pairs) {
+    QString html = QStringLiteral("<table cellspacing=\"0\" cellpadding=\"2\" width=\"100%\">");
+    for (int i = 0; i < pairs.size(); i += 2) {
+        html += QStringLiteral("<tr>");
+        for (int j = i; j < std::min<int>(i + 2, int(pairs.size())); ++j)
+            html += QStringLiteral("<td><b>") + pairs[j].first.toHtmlEscaped() +
+                    QStringLiteral(":</b></td><td>") + pairs[j].second.toHtmlEscaped() +
+                    QStringLiteral("</td>");
+        html += QStringLiteral("</tr>");
+    }
+    return html + QStringLiteral("</table><br>");
+}
 
 PrintedDocument orderDocument(const QSqlDatabase& db, long long number) {
     const auto o = loadOrder(db, number);
@@ -143,12 +142,12 @@ PrintedDocument purchaseReturnDocument(const QSqlDatabase& db, long long number)
     return d;
 }
 
-PrintedDocument receptionDocument(const QSqlDatabase& db, long long number) {
-    const auto r = loadReception(db, number);
+PrintedDocument receptionDocument(const QSqlDatabase& db, long long number, const BoxKind& kind) {
+    const auto r = loadReception(db, number, kind);
     if (!r)
         return {};
     PrintedDocument d;
-    d.title = QStringLiteral("Recepción Nº ") + QString::number(number);
+    d.title = kind.title + QStringLiteral(" Nº ") + QString::number(number);
     d.html = fields({{QStringLiteral("Destino"), r->branch},
                      {QStringLiteral("Fecha"), day(r->date)},
                      {QStringLiteral("Documento origen"), r->origin},
@@ -157,21 +156,26 @@ PrintedDocument receptionDocument(const QSqlDatabase& db, long long number) {
                      {QStringLiteral("Compras"), coveredText(*r)},
                      {QStringLiteral("Observación"), r->note}});
     QList<QStringList> rows;
-    for (const BoxSummary& b : receptionBoxes(db, number))
+    Decimal total;
+    for (const BoxSummary& b : receptionBoxes(db, number, kind)) {
         rows.append({QString::number(b.number), b.user, amount(b.quantity, 3),
                      b.closed ? QStringLiteral("Cerrada") : QStringLiteral("Abierta")});
+        total += b.quantity;
+    }
+    rows.append({QString(), QStringLiteral("TOTAL"), amount(total, 3), QString()});
     d.html += grid::tableHtml({QStringLiteral("Caja"), QStringLiteral("Usuario"),
                                QStringLiteral("Cantidad"), QStringLiteral("Estatus")},
                               rows, {true, false, true, false});
     return d;
 }
 
-PrintedDocument boxDocument(const QSqlDatabase& db, long long reception, long long box) {
-    const auto b = loadBox(db, reception, box);
+PrintedDocument boxDocument(const QSqlDatabase& db, long long reception, long long box,
+                            const BoxKind& kind) {
+    const auto b = loadBox(db, reception, box, kind);
     if (!b)
         return {};
     PrintedDocument d;
-    d.title = QStringLiteral("Recepción Nº ") + QString::number(reception) +
+    d.title = kind.title + QStringLiteral(" Nº ") + QString::number(reception) +
               QStringLiteral(" - Caja Nº ") + QString::number(box);
     d.html = fields({{QStringLiteral("Usuario"), b->user},
                      {QStringLiteral("Estatus"),

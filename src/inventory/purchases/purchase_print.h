@@ -1,5 +1,9 @@
 #pragma once
 
+#include "inventory/purchases/box_kind.h"
+
+#include <QList>
+#include <QPair>
 #include <QSqlDatabase>
 #include <QString>
 
@@ -12,12 +16,18 @@ struct PrintedDocument {
     QString html;
 };
 
+// Label and value pairs, two to a row, as the head of a printed document.
+QString fields(const QList<QPair<QString, QString>>& pairs);
+
 PrintedDocument orderDocument(const QSqlDatabase& db, long long number);
 PrintedDocument purchaseDocument(const QSqlDatabase& db, const QString& document,
                                  const QString& supplier);
 PrintedDocument purchaseReturnDocument(const QSqlDatabase& db, long long number);
-PrintedDocument receptionDocument(const QSqlDatabase& db, long long number);
-PrintedDocument boxDocument(const QSqlDatabase& db, long long reception, long long box);
+// A reception or remission with its boxes and their total; a box with its lines and total.
+PrintedDocument receptionDocument(const QSqlDatabase& db, long long number,
+                                  const BoxKind& kind = receptionKind());
+PrintedDocument boxDocument(const QSqlDatabase& db, long long reception, long long box,
+                            const BoxKind& kind = receptionKind());
 PrintedDocument comparisonDocument(const QSqlDatabase& db, long long reception);
 
 } // namespace orvo::inventory::purchases

@@ -1,0 +1,52 @@
+#include "inventory/dispatch/dispatch_print.h"
+
+#include "common/db/sql.h"
+#include "common/grid/grid_print.h"
+
+#include <QLocale>
+
+namespace orvo::inventory::dispatch {
+
+purchases::PrintedDocument adjustmentDocument(const QSqlDatabase& db, long long number) {
+    db::Sql h(db, QStringLiteral("SELECT A.Fecha, A.Signo, A.TotalValor, A.Observacion, "
+                                 "A.Usuario, T.Nombre FROM AJUSTES A LEFT JOIN TIPOAJUSTES T ON "
+                                 "T.Codigo = A.TipoAjuste WHERE A.Numero = ?"));
+    h.bind(number).exec();
+    if (!h.next())
+        return {};
+    const QLocale locale;
+    purchases::PrintedDocument d;
+    d.title = QStringLiteral("Ajuste Nº ") + QString::number(number);
+    d.html = purchases::fields(
+        {{QStringLiteral("Fecha"),
+          h.dateTime(QStringLiteral("Fecha")).toString(QStringLiteral("dd/MM/yyyy"))},
+         {QStringLiteral("Tipo"), h.text(QStringLiteral("Nombre"))},
+         {QStringLiteral("Signo"), h.integer(QStringLiteral("Signo")) < 0
+                                       ? QStringLiteral("Salida")
+                                       : QStringLiteral("Entrada")},
+         {QStringLiteral("Usuario"), h.text(QStringLiteral("Usuario"))},
+         {QStringLiteral("Observación"), h.text(QStringLiteral("Observacion"))}});
+    db::Sql l(db, QStringLiteral("SELECT M.CodigoBarra, I.Nombre, M.Cantidad, M.Costo FROM "
+                                 "MOVAJUSTES M LEFT JOIN INVENTARIO I ON I.CodigoBarra = "
+                                 "M.CodigoBarra WHERE M.Numero = ? ORDER BY M.Item"));
+    l.bind(number).exec();
+    QList<QStringList> rows;
+    Decimal units;
+    while (l.next()) {
+        const Decimal q = l.decimal(QStringLiteral("Cantidad"));
+        const Decimal c = l.decimal(QStringLiteral("Costo"));
+        rows.append({l.text(QStringLiteral("CodigoBarra")), l.text(QStringLiteral("Nombre")),
+                     q.toLocaleString(locale, 3), c.toLocaleString(locale, 2),
+                     (q * c).rounded(2).toLocaleString(locale, 2)});
+        units += q;
+    }
+    rows.append({QString(), QStringLiteral("TOTAL"), units.toLocaleString(locale, 3), QString(),
+                 h.decimal(QStringLiteral("TotalValor")).toLocaleString(locale, 2)});
+    d.html += grid::tableHtml({QStringLiteral("Código"), QStringLiteral("Descripción"),
+                               QStringLiteral("Cantidad"), QStringLiteral("Costo"),
+                               QStringLiteral("Total")},
+                              rows, {false, false, true, true, true});
+    return d;
+}
+
+} // namespace orvo::inventory::dispatch

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QSqlDatabase>
+#include <QString>
+#include <functional>
+
+namespace orvo::inventory::dispatch {
+
+// What the dispatch screens borrow from the running program.
+struct DispatchServices {
+    std::function<QSqlDatabase()> database;
+    std::function<QString()> userCode;
+};
+
+// Adds frmRemision and frmConvRemRecAjuste to the ScreenRegistry. Without services, the shared
+// connection and the logged-in user.
+void registerDispatchScreens(DispatchServices services = {});
+
+} // namespace orvo::inventory::dispatch
