@@ -2,6 +2,7 @@
 
 #include "common/db/sql.h"
 #include "common/grid/grid_print.h"
+#include "inventory/dispatch/guides.h"
 
 #include <QLocale>
 
@@ -46,6 +47,43 @@ purchases::PrintedDocument adjustmentDocument(const QSqlDatabase& db, long long 
                                QStringLiteral("Cantidad"), QStringLiteral("Costo"),
                                QStringLiteral("Total")},
                               rows, {false, false, true, true, true});
+    return d;
+}
+
+purchases::PrintedDocument guideDocument(const QSqlDatabase& db, long long number) {
+    const auto g = loadGuide(db, number);
+    if (!g)
+        return {};
+    auto nameOf = [](const QList<Choice>& list, const QString& code) {
+        for (const Choice& c : list)
+            if (c.code == code)
+                return code + QStringLiteral(" - ") + c.name;
+        return code;
+    };
+    const QLocale locale;
+    purchases::PrintedDocument d;
+    d.title = QStringLiteral("Guia de Despacho Nº ") + QString::number(number);
+    d.html = purchases::fields(
+        {{QStringLiteral("Fecha"), g->date.toString(QStringLiteral("dd/MM/yyyy"))},
+         {QStringLiteral("Estatus"),
+          g->status == 0 ? QStringLiteral("ABIERTA") : QStringLiteral("APROBADA")},
+         {QStringLiteral("Conductor"), nameOf(drivers(db), g->driver)},
+         {QStringLiteral("Vehículo"), nameOf(vehicles(db), g->vehicle)},
+         {QStringLiteral("Observación"), g->note}});
+    QList<QStringList> rows;
+    int boxes = 0;
+    Decimal units;
+    for (const GuideRemission& r : g->remissions) {
+        rows.append({QString::number(r.number), r.branch + QStringLiteral(" ") + r.branchName,
+                     QString::number(r.boxes), r.units.toLocaleString(locale, 3)});
+        boxes += r.boxes;
+        units += r.units;
+    }
+    rows.append({QString(), QStringLiteral("TOTAL"), QString::number(boxes),
+                 units.toLocaleString(locale, 3)});
+    d.html += grid::tableHtml({QStringLiteral("Remisión"), QStringLiteral("Destino"),
+                               QStringLiteral("Cajas"), QStringLiteral("Unidades")},
+                              rows, {true, false, true, true});
     return d;
 }
 

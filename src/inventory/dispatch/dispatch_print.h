@@ -4,9 +4,12 @@
 
 #include <QSqlDatabase>
 
-// The printed documents the conversions produce (printer or PDF).
+// Printed dispatch documents (printer or PDF). Remissions print as receptions do
+// (purchases::receptionDocument with the remission kind).
 namespace orvo::inventory::dispatch {
 
 purchases::PrintedDocument adjustmentDocument(const QSqlDatabase& db, long long number);
+// The guide with its driver, vehicle and the remissions it carries (boxes and units, totalled).
+purchases::PrintedDocument guideDocument(const QSqlDatabase& db, long long number);
 
 } // namespace orvo::inventory::dispatch

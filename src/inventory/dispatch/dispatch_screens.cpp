@@ -1,6 +1,7 @@
 #include "inventory/dispatch/dispatch_screens.h"
 
 #include "inventory/dispatch/conversion_screen.h"
+#include "inventory/dispatch/guide_screen.h"
 #include "inventory/dispatch/remissions.h"
 #include "inventory/purchases/reception_screen.h"
 #include "shell/screens/screen_registry.h"
@@ -20,6 +21,7 @@ void registerDispatchScreens(DispatchServices s) {
     r.add(kAdjustmentConversionScreen, [s](QWidget* parent) {
         return new AdjustmentConversionScreen(s.database(), s.userCode(), parent);
     });
+    r.add(kGuideScreen, [s](QWidget* parent) { return new GuideScreen(s.database(), parent); });
 }
 
 } // namespace orvo::inventory::dispatch

@@ -12,8 +12,8 @@ struct DispatchServices {
     std::function<QString()> userCode;
 };
 
-// Adds frmRemision and frmConvRemRecAjuste to the ScreenRegistry. Without services, the shared
-// connection and the logged-in user.
+// Adds frmRemision, frmGuiaDespacho and frmConvRemRecAjuste to the ScreenRegistry. Without
+// services, the shared connection and the logged-in user.
 void registerDispatchScreens(DispatchServices services = {});
 
 } // namespace orvo::inventory::dispatch
