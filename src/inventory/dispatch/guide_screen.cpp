@@ -274,6 +274,8 @@ void GuideScreen::newRecord() {
     RecordScreen::newRecord();
     m_guide = Guide();
     m_date->setDate(QDate::currentDate());
+    for (QComboBox* c : {m_driver, m_vehicle})
+        c->setCurrentIndex(c->count() > 0 ? 0 : -1);
     m_state->setText(QStringLiteral("ABIERTA"));
     showRemissions();
     m_remission->setEnabled(true);
