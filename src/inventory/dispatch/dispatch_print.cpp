@@ -3,6 +3,10 @@
 #include "common/db/sql.h"
 #include "common/grid/grid_print.h"
 #include "inventory/dispatch/guides.h"
+#include "inventory/dispatch/orders.h"
+#include "pos/sale/sale.h"
+
+#include "common/errors/errors.h"
 
 #include <QLocale>
 
@@ -47,6 +51,49 @@ purchases::PrintedDocument adjustmentDocument(const QSqlDatabase& db, long long 
                                QStringLiteral("Cantidad"), QStringLiteral("Costo"),
                                QStringLiteral("Total")},
                               rows, {false, false, true, true, true});
+    return d;
+}
+
+purchases::PrintedDocument orderDocument(const QSqlDatabase& db, long long number) {
+    pos::sale::SaleDraft draft;
+    LoadedOrder o;
+    try {
+        o = loadOrder(db, number, draft);
+    } catch (const UserError&) {
+        return {};
+    }
+    const QLocale locale;
+    purchases::PrintedDocument d;
+    d.title = QStringLiteral("Orden de Despacho Nº ") + QString::number(number);
+    d.html = purchases::fields(
+        {{QStringLiteral("Cliente"), o.summary.client + QStringLiteral(" ") + o.summary.clientName},
+         {QStringLiteral("Fecha"), o.summary.date.toString(QStringLiteral("dd/MM/yyyy"))},
+         {QStringLiteral("Estatus"), o.summary.status == 0   ? QStringLiteral("ABIERTA")
+                                     : o.summary.status == 1 ? QStringLiteral("APROBADA")
+                                                             : QStringLiteral("FACTURADA")},
+         {QStringLiteral("Exenta"), o.summary.exempt ? QStringLiteral("SI") : QStringLiteral("NO")},
+         {QStringLiteral("Observación"), o.note}});
+    QList<QStringList> rows;
+    for (const pos::sale::SaleLine& l : draft.lines())
+        rows.append(
+            {l.codigoBarra, l.nombre, QString(QLatin1Char(l.tipoLista)),
+             l.cantidad.toLocaleString(locale, 3), l.precioLista.toLocaleString(locale, 2),
+             l.impuesto.toLocaleString(locale, 2),
+             ((l.precioLista + l.impuesto) * l.cantidad).rounded(2).toLocaleString(locale, 2)});
+    const pos::sale::SaleTotals t = draft.totals();
+    rows.append({QString(), QStringLiteral("Mercancía"), QString(), QString(), QString(), QString(),
+                 t.merchandise.toLocaleString(locale, 2)});
+    rows.append({QString(), QStringLiteral("Descuento"), QString(), QString(), QString(), QString(),
+                 t.discount.toLocaleString(locale, 2)});
+    rows.append({QString(), QStringLiteral("Impuesto"), QString(), QString(), QString(), QString(),
+                 t.tax.toLocaleString(locale, 2)});
+    rows.append({QString(), QStringLiteral("TOTAL"), QString(), QString(), QString(), QString(),
+                 t.total.toLocaleString(locale, 2)});
+    d.html += grid::tableHtml({QStringLiteral("Código"), QStringLiteral("Descripción"),
+                               QStringLiteral("Lista"), QStringLiteral("Cantidad"),
+                               QStringLiteral("Precio"), QStringLiteral("Impuesto"),
+                               QStringLiteral("Total")},
+                              rows, {false, false, false, true, true, true, true});
     return d;
 }
 

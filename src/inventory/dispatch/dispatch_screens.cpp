@@ -2,6 +2,7 @@
 
 #include "inventory/dispatch/conversion_screen.h"
 #include "inventory/dispatch/guide_screen.h"
+#include "inventory/dispatch/order_screen.h"
 #include "inventory/dispatch/remissions.h"
 #include "inventory/purchases/reception_screen.h"
 #include "shell/screens/screen_registry.h"
@@ -14,6 +15,8 @@ void registerDispatchScreens(DispatchServices s) {
         s.database = [] { return shell::mainDb(); };
     if (!s.userCode)
         s.userCode = [] { return shell::session().userCode; };
+    if (!s.session)
+        s.session = [] { return shell::session(); };
     auto& r = shell::ScreenRegistry::instance();
     r.add(kRemissionScreen, [s](QWidget* parent) {
         return new purchases::ReceptionScreen(s.database(), s.userCode(), parent, remissionKind());
@@ -21,6 +24,8 @@ void registerDispatchScreens(DispatchServices s) {
     r.add(kAdjustmentConversionScreen, [s](QWidget* parent) {
         return new AdjustmentConversionScreen(s.database(), s.userCode(), parent);
     });
+    r.add(kOrderScreen,
+          [s](QWidget* parent) { return new OrderScreen(s.database(), s.session(), parent); });
     r.add(kGuideScreen, [s](QWidget* parent) { return new GuideScreen(s.database(), parent); });
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "shell/session/session_context.h"
+
 #include <QSqlDatabase>
 #include <QString>
 #include <functional>
@@ -10,10 +12,11 @@ namespace orvo::inventory::dispatch {
 struct DispatchServices {
     std::function<QSqlDatabase()> database;
     std::function<QString()> userCode;
+    std::function<shell::SessionContext()> session; // the register keying dispatch orders
 };
 
-// Adds frmRemision, frmGuiaDespacho and frmConvRemRecAjuste to the ScreenRegistry. Without
-// services, the shared connection and the logged-in user.
+// Adds frmOrdenDespacho, frmRemision, frmGuiaDespacho and frmConvRemRecAjuste to the
+// ScreenRegistry. Without services, the shared connection and the logged-in user.
 void registerDispatchScreens(DispatchServices services = {});
 
 } // namespace orvo::inventory::dispatch
