@@ -3,6 +3,7 @@
 #include "common/dialogs/dialogs.h"
 #include "common/errors/errors.h"
 #include "inventory/dispatch/dispatch_print.h"
+#include "inventory/dispatch/dispatch_widgets.h"
 #include "inventory/purchases/document_screen.h"
 
 #include <QComboBox>
@@ -42,16 +43,12 @@ AdjustmentConversionScreen::AdjustmentConversionScreen(QSqlDatabase db, QString 
     top->addWidget(new QLabel(QStringLiteral("Tipo de ajuste:"), this));
     top->addWidget(m_type, 1);
     QPushButton* run = purchases::screenButton(this, QStringLiteral("cmdConvertir"),
-                                               QStringLiteral("Convertir (F12)"), Qt::Key_F12);
+                                               QStringLiteral("Convertir"), Qt::Key_F12);
     top->addWidget(run);
     layout->addLayout(top);
-    m_grid = new QTableWidget(0, 4, this);
-    m_grid->setObjectName(QStringLiteral("SpreadDetalle"));
-    m_grid->setHorizontalHeaderLabels({QStringLiteral("Código"), QStringLiteral("Cantidad"),
-                                       QStringLiteral("Costo"), QStringLiteral("Total")});
-    m_grid->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    m_grid->verticalHeader()->hide();
-    m_grid->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+    m_grid = listGrid(this, QStringLiteral("SpreadDetalle"),
+                      {QStringLiteral("Código"), QStringLiteral("Cantidad"),
+                       QStringLiteral("Costo"), QStringLiteral("Total")});
     layout->addWidget(m_grid, 1);
     m_total = new QLabel(this);
     m_total->setObjectName(QStringLiteral("lblTotal"));
@@ -90,19 +87,12 @@ void AdjustmentConversionScreen::show(long long number) {
     m_total->clear();
     const AdjustmentPreview p = previewAdjustment(m_db, source(), number);
     const QLocale locale;
-    m_grid->setRowCount(int(p.lines.size()));
-    for (int r = 0; r < p.lines.size(); ++r) {
-        const store::SummedLine& l = p.lines[r];
-        const QStringList cells = {l.barcode, l.quantity.toLocaleString(locale, 3),
-                                   l.cost.toLocaleString(locale, 2),
-                                   (l.quantity * l.cost).rounded(2).toLocaleString(locale, 2)};
-        for (int c = 0; c < cells.size(); ++c) {
-            auto* item = new QTableWidgetItem(cells[c]);
-            if (c > 0)
-                item->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
-            m_grid->setItem(r, c, item);
-        }
-    }
+    QList<QStringList> rows;
+    for (const store::SummedLine& l : p.lines)
+        rows.append({l.barcode, l.quantity.toLocaleString(locale, 3),
+                     l.cost.toLocaleString(locale, 2),
+                     (l.quantity * l.cost).rounded(2).toLocaleString(locale, 2)});
+    fillGrid(m_grid, rows, 1);
     m_total->setText(QStringLiteral("Sucursal: ") + p.branch + QStringLiteral("    Total: ") +
                      p.total.toLocaleString(locale, 2));
     m_shown = number;

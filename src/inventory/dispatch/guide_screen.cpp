@@ -3,6 +3,7 @@
 #include "common/dialogs/dialogs.h"
 #include "common/errors/errors.h"
 #include "inventory/dispatch/dispatch_print.h"
+#include "inventory/dispatch/dispatch_widgets.h"
 #include "inventory/purchases/document_screen.h"
 
 #include <QComboBox>
@@ -25,26 +26,6 @@ namespace orvo::inventory::dispatch {
 
 namespace {
 
-QTableWidget* grid(QWidget* parent, const QString& name, const QStringList& headers) {
-    auto* t = new QTableWidget(0, int(headers.size()), parent);
-    t->setObjectName(name);
-    t->setHorizontalHeaderLabels(headers);
-    t->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    t->setSelectionBehavior(QAbstractItemView::SelectRows);
-    t->setSelectionMode(QAbstractItemView::SingleSelection);
-    t->verticalHeader()->hide();
-    t->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
-    return t;
-}
-
-void fill(QTableWidget* t, const QList<QStringList>& rows) {
-    t->setRowCount(0);
-    t->setRowCount(int(rows.size()));
-    for (int r = 0; r < rows.size(); ++r)
-        for (int c = 0; c < rows[r].size(); ++c)
-            t->setItem(r, c, new QTableWidgetItem(rows[r][c]));
-}
-
 QString statusText(int status) {
     return status == 0 ? QStringLiteral("ABIERTA") : QStringLiteral("APROBADA");
 }
@@ -59,9 +40,9 @@ GuideScreen::GuideScreen(QSqlDatabase db, QWidget* parent)
     auto* split = new QSplitter(Qt::Vertical, this);
     outer->addWidget(split);
     m_browser =
-        grid(split, QStringLiteral("grdConsulta"),
-             {QStringLiteral("Número"), QStringLiteral("Fecha"), QStringLiteral("Conductor"),
-              QStringLiteral("Vehículo"), QStringLiteral("Estatus")});
+        listGrid(split, QStringLiteral("grdConsulta"),
+                 {QStringLiteral("Número"), QStringLiteral("Fecha"), QStringLiteral("Conductor"),
+                  QStringLiteral("Vehículo"), QStringLiteral("Estatus")});
     connect(m_browser, &QTableWidget::cellClicked, this, [this](int row) {
         if (!isEditing())
             guarded(this, [&] { navigateTo(row); });
@@ -111,9 +92,9 @@ GuideScreen::GuideScreen(QSqlDatabase db, QWidget* parent)
     keying->addWidget(new QLabel(QStringLiteral("Remisión Nº:"), list));
     keying->addWidget(m_remission, 1);
     listLayout->addLayout(keying);
-    m_remissions = grid(list, QStringLiteral("SpreadRemisiones"),
-                        {QStringLiteral("Remisión"), QStringLiteral("Destino"),
-                         QStringLiteral("Cajas"), QStringLiteral("Unidades")});
+    m_remissions = listGrid(list, QStringLiteral("SpreadRemisiones"),
+                            {QStringLiteral("Remisión"), QStringLiteral("Destino"),
+                             QStringLiteral("Cajas"), QStringLiteral("Unidades")});
     m_remissions->installEventFilter(this);
     listLayout->addWidget(m_remissions, 1);
     auto* buttons = new QHBoxLayout;
@@ -186,7 +167,7 @@ void GuideScreen::requery() {
         if (g.number == m_pending)
             m_current = r;
     }
-    fill(m_browser, rows);
+    fillGrid(m_browser, rows);
     m_pending = 0;
 }
 
@@ -225,7 +206,7 @@ void GuideScreen::showRemissions() {
     for (const GuideRemission& r : m_guide.remissions)
         rows.append({QString::number(r.number), r.branch + QStringLiteral(" ") + r.branchName,
                      QString::number(r.boxes), r.units.toLocaleString(locale, 3)});
-    fill(m_remissions, rows);
+    fillGrid(m_remissions, rows);
 }
 
 void GuideScreen::addRemission(const QString& number) {

@@ -3,6 +3,7 @@
 #include "common/dialogs/dialogs.h"
 #include "common/errors/errors.h"
 #include "inventory/dispatch/dispatch_print.h"
+#include "inventory/dispatch/dispatch_widgets.h"
 #include "inventory/purchases/document_screen.h"
 #include "pos/sale/sale.h"
 #include "shell/main_window/main_window.h"
@@ -23,18 +24,6 @@ namespace orvo::inventory::dispatch {
 
 namespace {
 
-QTableWidget* grid(QWidget* parent, const QString& name, const QStringList& headers) {
-    auto* t = new QTableWidget(0, int(headers.size()), parent);
-    t->setObjectName(name);
-    t->setHorizontalHeaderLabels(headers);
-    t->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    t->setSelectionBehavior(QAbstractItemView::SelectRows);
-    t->setSelectionMode(QAbstractItemView::SingleSelection);
-    t->verticalHeader()->hide();
-    t->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
-    return t;
-}
-
 QString money(const Decimal& d) {
     return d.toLocaleString(QLocale(), 2);
 }
@@ -52,9 +41,10 @@ OrderScreen::OrderScreen(QSqlDatabase db, shell::SessionContext ctx, QWidget* pa
     setObjectName(kOrderScreen);
     setWindowTitle(QStringLiteral("Orden de Despacho"));
     auto* layout = new QVBoxLayout(this);
-    m_list = grid(this, QStringLiteral("grdConsulta"),
-                  {QStringLiteral("Número"), QStringLiteral("Fecha"), QStringLiteral("Cliente"),
-                   QStringLiteral("Nombre"), QStringLiteral("Total"), QStringLiteral("Estatus")});
+    m_list =
+        listGrid(this, QStringLiteral("grdConsulta"),
+                 {QStringLiteral("Número"), QStringLiteral("Fecha"), QStringLiteral("Cliente"),
+                  QStringLiteral("Nombre"), QStringLiteral("Total"), QStringLiteral("Estatus")});
     m_list->setMaximumHeight(180);
     m_list->installEventFilter(this);
     connect(m_list, &QTableWidget::cellDoubleClicked, this,
@@ -100,10 +90,11 @@ OrderScreen::OrderScreen(QSqlDatabase db, shell::SessionContext ctx, QWidget* pa
     m_state->setObjectName(QStringLiteral("lblStatus"));
     form->addRow(QStringLiteral("Estatus"), m_state);
     layout->addLayout(form);
-    m_grid = grid(this, QStringLiteral("SpreadOrden"),
-                  {QStringLiteral("Código"), QStringLiteral("Descripción"), QStringLiteral("Lista"),
-                   QStringLiteral("Cantidad"), QStringLiteral("Precio"), QStringLiteral("Desc. %"),
-                   QStringLiteral("Impuesto"), QStringLiteral("Total")});
+    m_grid =
+        listGrid(this, QStringLiteral("SpreadOrden"),
+                 {QStringLiteral("Código"), QStringLiteral("Descripción"), QStringLiteral("Lista"),
+                  QStringLiteral("Cantidad"), QStringLiteral("Precio"), QStringLiteral("Desc. %"),
+                  QStringLiteral("Impuesto"), QStringLiteral("Total")});
     layout->addWidget(m_grid, 1);
     m_totals = new QLabel(this);
     m_totals->setObjectName(QStringLiteral("lblTotales"));
@@ -116,9 +107,9 @@ OrderScreen::OrderScreen(QSqlDatabase db, shell::SessionContext ctx, QWidget* pa
                 [this, slot] { guarded(this, [&] { (this->*slot)(); }); });
         buttons->addWidget(b);
     };
-    add("cmdNuevo", QStringLiteral("Nueva (F2)"), Qt::Key_F2, &OrderScreen::newOrder);
-    add("cmdListas", QStringLiteral("Detal/Mayor (F5)"), Qt::Key_F5, &OrderScreen::switchList);
-    add("cmdGuardar", QStringLiteral("Guardar (F10)"), Qt::Key_F10, &OrderScreen::saveOrder);
+    add("cmdNuevo", QStringLiteral("Nueva"), Qt::Key_F2, &OrderScreen::newOrder);
+    add("cmdListas", QStringLiteral("Detal/Mayor"), Qt::Key_F5, &OrderScreen::switchList);
+    add("cmdGuardar", QStringLiteral("Guardar"), Qt::Key_F10, &OrderScreen::saveOrder);
     add("cmdImprimir", QStringLiteral("Imprimir"), 0, &OrderScreen::printOrder);
     QPushButton* pdf =
         purchases::screenButton(this, QStringLiteral("cmdPDF"), QStringLiteral("PDF"));
@@ -315,27 +306,14 @@ void OrderScreen::printOrder() {
 }
 
 void OrderScreen::showLines() {
-    const QList<pos::sale::SaleLine>& lines = m_draft.lines();
-    m_grid->setRowCount(0);
-    m_grid->setRowCount(int(lines.size()));
     const QLocale locale;
-    for (int r = 0; r < lines.size(); ++r) {
-        const pos::sale::SaleLine& l = lines[r];
-        const QStringList cells = {l.codigoBarra,
-                                   l.nombre,
-                                   QString(QLatin1Char(l.tipoLista)),
-                                   l.cantidad.toLocaleString(locale, 3),
-                                   money(l.precio),
-                                   l.porcentajeDescuento.toLocaleString(locale, 2),
-                                   money(l.impuesto),
-                                   money(((l.precioLista + l.impuesto) * l.cantidad).rounded(2))};
-        for (int c = 0; c < cells.size(); ++c) {
-            auto* item = new QTableWidgetItem(cells[c]);
-            if (c >= 3)
-                item->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
-            m_grid->setItem(r, c, item);
-        }
-    }
+    QList<QStringList> rows;
+    for (const pos::sale::SaleLine& l : m_draft.lines())
+        rows.append({l.codigoBarra, l.nombre, QString(QLatin1Char(l.tipoLista)),
+                     l.cantidad.toLocaleString(locale, 3), money(l.precio),
+                     l.porcentajeDescuento.toLocaleString(locale, 2), money(l.impuesto),
+                     money(((l.precioLista + l.impuesto) * l.cantidad).rounded(2))});
+    fillGrid(m_grid, rows, 3);
     const pos::sale::SaleTotals t = m_draft.totals();
     m_totals->setText(QStringLiteral("Mercancía: ") + money(t.merchandise) +
                       QStringLiteral("   Descuento: ") + money(t.discount) +
@@ -345,19 +323,11 @@ void OrderScreen::showLines() {
 
 void OrderScreen::showOrders() {
     m_orders = listOrders(m_db);
-    m_list->setRowCount(0);
-    m_list->setRowCount(int(m_orders.size()));
-    for (int r = 0; r < m_orders.size(); ++r) {
-        const OrderSummary& o = m_orders[r];
-        const QStringList cells = {QString::number(o.number),
-                                   o.date.toString(QStringLiteral("dd/MM/yyyy")),
-                                   o.client,
-                                   o.clientName,
-                                   money(o.total),
-                                   statusText(o.status)};
-        for (int c = 0; c < cells.size(); ++c)
-            m_list->setItem(r, c, new QTableWidgetItem(cells[c]));
-    }
+    QList<QStringList> rows;
+    for (const OrderSummary& o : m_orders)
+        rows.append({QString::number(o.number), o.date.toString(QStringLiteral("dd/MM/yyyy")),
+                     o.client, o.clientName, money(o.total), statusText(o.status)});
+    fillGrid(m_list, rows);
 }
 
 } // namespace orvo::inventory::dispatch

@@ -127,28 +127,4 @@ std::optional<OrderSummary> order(const QSqlDatabase& db, long long number, QStr
     return readOrder(q);
 }
 
-QList<pos::sale::SaleLine> orderLines(const QSqlDatabase& db, long long number) {
-    db::Sql q(db, QStringLiteral("SELECT TipoLista, CodigoBarra, Precio, PrecioLista, Costo, "
-                                 "Impuesto, PorcentajeImpuesto, Cantidad FROM MOVORDENDESPACHO "
-                                 "WHERE Numero = ? ORDER BY Item"));
-    q.bind(number).exec();
-    QList<pos::sale::SaleLine> out;
-    while (q.next()) {
-        pos::sale::SaleLine l;
-        const QString letter = q.text(QStringLiteral("TipoLista")).trimmed();
-        l.tipoLista = letter.isEmpty() ? pos::sale::kRetail : letter.at(0).toLatin1();
-        l.codigoBarra = q.text(QStringLiteral("CodigoBarra"));
-        l.precio = q.decimal(QStringLiteral("Precio"));
-        l.precioLista = q.decimal(QStringLiteral("PrecioLista"));
-        l.costo = q.decimal(QStringLiteral("Costo"));
-        l.impuesto = q.decimal(QStringLiteral("Impuesto"));
-        l.porcentajeImpuesto = q.decimal(QStringLiteral("PorcentajeImpuesto"));
-        l.cantidad = q.decimal(QStringLiteral("Cantidad"));
-        if (!l.precio.isZero() && l.precio != l.precioLista)
-            l.porcentajeDescuento = ((l.precio - l.precioLista) * 100 / l.precio).rounded(4);
-        out.append(l);
-    }
-    return out;
-}
-
 } // namespace orvo::inventory::dispatch::store

@@ -27,6 +27,5 @@ void upsertOrderLine(const QSqlDatabase& db, long long number, int item,
 Decimal committed(const QSqlDatabase& db, const QString& barcode, long long except);
 QList<OrderSummary> orders(const QSqlDatabase& db);
 std::optional<OrderSummary> order(const QSqlDatabase& db, long long number, QString* note);
-QList<pos::sale::SaleLine> orderLines(const QSqlDatabase& db, long long number);
 
 } // namespace orvo::inventory::dispatch::store

@@ -123,14 +123,8 @@ LoadedOrder loadOrder(const QSqlDatabase& db, long long number, SaleDraft& draft
         } catch (const UserError&) {
         }
     }
-    for (pos::sale::SaleLine l : store::orderLines(db, number)) {
-        if (const auto a = pos::sale::store::articleAnyState(db, l.codigoBarra)) {
-            l.article = *a;
-            l.nombre = a->nombre;
-            l.tipo = a->tipo;
-        }
+    for (const pos::sale::SaleLine& l : pos::sale::store::dispatchOrderLines(db, number))
         draft.addSavedLine(l);
-    }
     if (summary->exempt)
         draft.setExempt(true);
     return out;

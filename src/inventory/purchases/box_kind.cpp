@@ -23,6 +23,12 @@ const BoxKind& receptionKind() {
     return kind;
 }
 
+QString boxedStatusText(int status) {
+    return status == 0   ? QStringLiteral("ABIERTA")
+           : status == 2 ? QStringLiteral("CONVERTIDA")
+                         : QStringLiteral("APROBADA");
+}
+
 QString onKind(const BoxKind& kind, QString statement) {
     if (kind.document == common::BoxDocument::Reception)
         return statement;

@@ -30,6 +30,9 @@ struct BoxKind {
 
 const BoxKind& receptionKind();
 
+// ABIERTA, APROBADA or CONVERTIDA (turned into another document).
+QString boxedStatusText(int status);
+
 // Table names of `kind` put into a statement written for receptions. The names come from the
 // descriptor, never from input.
 QString onKind(const BoxKind& kind, QString statement);

@@ -151,8 +151,7 @@ PrintedDocument receptionDocument(const QSqlDatabase& db, long long number, cons
     d.html = fields({{QStringLiteral("Destino"), r->branch},
                      {QStringLiteral("Fecha"), day(r->date)},
                      {QStringLiteral("Documento origen"), r->origin},
-                     {QStringLiteral("Estatus"),
-                      r->status == kOpen ? QStringLiteral("ABIERTA") : QStringLiteral("APROBADA")},
+                     {QStringLiteral("Estatus"), boxedStatusText(r->status)},
                      {QStringLiteral("Compras"), coveredText(*r)},
                      {QStringLiteral("Observación"), r->note}});
     QList<QStringList> rows;

@@ -277,8 +277,7 @@ void ReceptionScreen::requery() {
         const DocumentSummary& d = m_receptions[r];
         setRow(m_browser, r,
                {d.number, d.supplier, d.supplierName, d.date.toString(QStringLiteral("dd/MM/yyyy")),
-                quantityText(d.total),
-                d.status == kOpen ? QStringLiteral("ABIERTA") : QStringLiteral("APROBADA")});
+                quantityText(d.total), boxedStatusText(d.status)});
         if (d.number == m_pending)
             m_current = r;
     }
@@ -332,9 +331,7 @@ void ReceptionScreen::showReception(const Reception& r) {
     m_origin->setText(r.origin);
     m_note->setText(r.note);
     m_originType->setCurrentIndex(m_originType->findData(int(r.originType)));
-    m_state->setText(r.number == 0       ? QString()
-                     : r.status == kOpen ? QStringLiteral("ABIERTA")
-                                         : QStringLiteral("APROBADA"));
+    m_state->setText(r.number == 0 ? QString() : boxedStatusText(r.status));
     showPurchases();
 }
 
