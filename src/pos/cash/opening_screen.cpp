@@ -34,6 +34,11 @@ OpeningScreen::OpeningScreen(QSqlDatabase db, shell::SessionContext& session,
     m_horaApertura = shownField(this, "txtHoraApertura");
     m_horaCierre = shownField(this, "txtHoraCierre");
     m_status = shownField(this, "txtStatus");
+    // The times read whole: "23/11/2026 03:28:02 PM".
+    const int timeWidth =
+        fontMetrics().horizontalAdvance(QStringLiteral("00/00/0000 00:00:00 PM")) + 16;
+    m_horaApertura->setMinimumWidth(timeWidth);
+    m_horaCierre->setMinimumWidth(timeWidth);
     m_nuevaFecha = new QDateEdit(QDate::currentDate(), this);
     m_nuevaFecha->setObjectName(QStringLiteral("dtpFecha"));
     m_nuevaFecha->setDisplayFormat(QStringLiteral("dd/MM/yyyy"));

@@ -136,10 +136,11 @@ void restock(const QSqlDatabase& db, long long number, const QString& serie,
              NegativeStockLastCost negative) {
     db::requireTransaction(db);
     const QString qty = QStringLiteral("(SELECT SUM(M.Cantidad)") + kLinesOfArticle;
-    // Variants with stock: the cost is weighted with what comes back.
+    // Variants with stock: the cost is weighted with what comes back. The "* 1.0" keeps SQLite
+    // from dividing whole costs and quantities as integers.
     db::Sql up(db, QStringLiteral("UPDATE INVENTARIO SET CostoPromedio = ROUND((CostoPromedio * "
                                   "Existencia + (SELECT SUM(M.Costo * M.Cantidad)") +
-                       kLinesOfArticle + QStringLiteral(") / (Existencia + ") + qty +
+                       kLinesOfArticle + QStringLiteral(") * 1.0 / (Existencia + ") + qty +
                        QStringLiteral("), 5), Existencia = ROUND(Existencia + ") + qty +
                        QStringLiteral(", 3), UltimoCosto = (SELECT MAX(M.PrecioLista)") +
                        kLinesOfArticle + QStringLiteral(" WHERE Existencia >= 0") +

@@ -262,6 +262,9 @@ void MainWindow::showLogin() {
     dlg->setAttribute(Qt::WA_DeleteOnClose);
     connect(dlg, &QDialog::accepted, this, [this, dlg] {
         guarded(this, [&] { startUserSession(dlg->loggedUser().code, dlg->loggedUser().name); });
+        // The keyboard comes back here: without this, some window managers (and none at all)
+        // leave it nowhere once the login closes, and the menu keys and shortcuts go unheard.
+        activateWindow();
     });
     m_login = dlg;
     dlg->open();

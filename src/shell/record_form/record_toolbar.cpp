@@ -3,6 +3,7 @@
 #include "common/dialogs/dialogs.h"
 
 #include <QAction>
+#include <QKeySequence>
 #include <QMdiSubWindow>
 
 namespace orvo::shell {
@@ -35,6 +36,32 @@ QString toolTipOf(Action action) {
         return QStringLiteral("Aprobar");
     case Action::Exit:
         return QStringLiteral("Salir");
+    }
+    return {};
+}
+
+// The keys a clerk uses instead of the mouse. Ctrl with a letter only: the till screens keep their
+// F-keys, and a line edit keeps Ctrl+A, Ctrl+K, Ctrl+Z and the clipboard keys.
+QKeySequence shortcutOf(Action action) {
+    switch (action) {
+    case Action::New:
+        return QKeySequence(Qt::CTRL | Qt::Key_N);
+    case Action::Modify:
+        return QKeySequence(Qt::CTRL | Qt::Key_M);
+    case Action::Delete:
+        return QKeySequence(Qt::CTRL | Qt::Key_E);
+    case Action::Search:
+        return QKeySequence(Qt::CTRL | Qt::Key_B);
+    case Action::Print:
+        return QKeySequence(Qt::CTRL | Qt::Key_P);
+    case Action::Cancel:
+        return QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_C);
+    case Action::Save:
+        return QKeySequence(Qt::CTRL | Qt::Key_G);
+    case Action::Approve:
+        return QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_A);
+    case Action::Exit:
+        return {}; // Escape and Ctrl+F4 close the screen
     }
     return {};
 }
@@ -79,7 +106,12 @@ RecordToolbar::RecordToolbar(QWidget* parent) : QToolBar(parent) {
             addSeparator();
         QAction* act = addAction(key);
         act->setObjectName(key);
-        act->setToolTip(toolTipOf(a));
+        const QKeySequence keys = shortcutOf(a);
+        act->setShortcut(keys);
+        act->setToolTip(keys.isEmpty()
+                            ? toolTipOf(a)
+                            : toolTipOf(a) + QStringLiteral(" (") +
+                                  keys.toString(QKeySequence::NativeText) + QLatin1Char(')'));
         if (QWidget* button = widgetForAction(act))
             button->setObjectName(QStringLiteral("cmd") + key);
         connect(act, &QAction::triggered, this, [this, a] { trigger(a); });

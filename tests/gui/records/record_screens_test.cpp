@@ -20,6 +20,7 @@
 #include <QRadioButton>
 #include <QTest>
 #include <QToolButton>
+#include <QVBoxLayout>
 #include <gtest/gtest.h>
 #include <memory>
 
@@ -322,6 +323,42 @@ TEST_F(RecordScreensGui, ClientWithTypesDatesFlagsAndPercent) {
     EXPECT_EQ(edit("txtPorcentajeUtilidad")->text(), "12.50");
     EXPECT_EQ(kind->currentData().toString(), "02");
     press("Cancelar");
+}
+
+TEST_F(RecordScreensGui, TheToolbarAnswersTheKeyboard) {
+    // As in the main window: the toolbar and the screen share one top-level window.
+    QWidget host;
+    auto* layout = new QVBoxLayout(&host);
+    auto* toolbar = new RecordToolbar(&host);
+    auto* screen = new TableRecordScreen(*masterTable("frmColores"), db(), "ROOT");
+    layout->addWidget(toolbar);
+    layout->addWidget(screen);
+    toolbar->setActiveScreen(screen);
+    host.show();
+    host.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&host));
+    auto* name = screen->findChild<QLineEdit*>("txtNombre");
+    ASSERT_NE(name, nullptr);
+
+    QTest::keySequence(&host, QKeySequence("Ctrl+N"));
+    ASSERT_TRUE(screen->property("orvoEditing").toBool());
+    name->setFocus();
+    QTest::keyClicks(name, "VERDE");
+    // From inside a line edit, as a clerk types it.
+    QTest::keySequence(host.windowHandle(), QKeySequence("Ctrl+G"));
+    EXPECT_EQ(count("COLORES", "Nombre = 'VERDE'"), 1);
+    EXPECT_FALSE(screen->property("orvoEditing").toBool());
+
+    QTest::keySequence(host.windowHandle(), QKeySequence("Ctrl+M"));
+    EXPECT_TRUE(screen->property("orvoEditing").toBool());
+    name->setFocus();
+    name->selectAll();
+    QTest::keyClicks(name, "ROJO");
+    QTest::keySequence(host.windowHandle(), QKeySequence("Ctrl+Shift+C"));
+    EXPECT_FALSE(screen->property("orvoEditing").toBool());
+    EXPECT_EQ(count("COLORES", "Nombre = 'VERDE'"), 1);
+    EXPECT_TRUE(toolbar->action(Action::New)->toolTip().endsWith("(Ctrl+N)"));
+    toolbar->setActiveScreen(nullptr);
 }
 
 TEST_F(RecordScreensGui, ToolbarFollowsTheActiveSubWindow) {

@@ -185,6 +185,20 @@ TEST_F(ReturnsTest, PositiveStockWeighsTheCostThenTheModelIsAveraged) {
     EXPECT_EQ(lastCost("T0002"), d("40"));
 }
 
+TEST_F(ReturnsTest, WholeCostsAndQuantitiesAreWeighedWithTheirDecimals) {
+    // SQLite keeps 51.0 as the integer 51: the weighted cost must not become an integer division.
+    exec("UPDATE INVENTARIO SET CostoPromedio = 51 WHERE CodigoBarra = 'T0001'");
+    const long long invoice = sell({"T0001", "T0001"});
+    exec("UPDATE INVENTARIO SET CostoPromedio = 60 WHERE CodigoBarra = 'T0001'");
+    exec("UPDATE INVENTARIO SET Existencia = 0 WHERE CodigoBarra = 'T0002'");
+    ReturnDraft draft(loadInvoice(db(), ctx, invoice));
+    draft.addEverything();
+    saveReturn(db(), ctx, draft, nullptr);
+    // (60 × 8 + 51 × 2) / 10, the model's only variant with stock
+    EXPECT_EQ(averageCost("T0001"), d("58.2"));
+    EXPECT_EQ(averageCost("T0002"), d("58.2"));
+}
+
 TEST_F(ReturnsTest, OnlyThisRegistersInvoicesAndCreditSalesAreRemindedNotRefunded) {
     const long long invoice = sell({"T0009"}, true);
     EXPECT_EQ(refusal([&] { loadInvoice(db(), ctx, invoice + 1); }),
