@@ -101,4 +101,29 @@ long long convertToAdjustment(const QSqlDatabase& db, AdjustmentSource source, l
     return h.number;
 }
 
+void orderFromRemission(const QSqlDatabase& db, long long remission, pos::sale::SaleDraft& draft) {
+    checkConvertible(db, AdjustmentSource::Remission, remission);
+    if (!draft.client().isSet())
+        throw UserError(QStringLiteral("Debe indicar el cliente de la orden de despacho...!"));
+    for (const store::SummedLine& l : store::summedLines(db, remissionKind(), remission))
+        addToOrder(db, draft, 0, l.barcode, l.quantity);
+}
+
+long long convertRemissionToOrder(const QSqlDatabase& db, const shell::SessionContext& ctx,
+                                  long long remission, const pos::sale::SaleDraft& draft) {
+    db::Transaction tx(db);
+    if (!store::markConverted(db, remissionKind(), remission))
+        checkConvertible(db, AdjustmentSource::Remission, remission);
+    const QString note =
+        QStringLiteral("Orden generada aut. por la remisión Nº ") + QString::number(remission);
+    const long long order = writeOrder(db, ctx, draft, {0, note, true});
+    store::logConversion(db,
+                         {QStringLiteral("RM"), QString::number(remission),
+                          store::branchOf(db, remissionKind(), remission), QStringLiteral("OD"),
+                          QString::number(order), draft.client().codigo, ctx.userCode, note},
+                         db::serverNow(db));
+    tx.commit();
+    return order;
+}
+
 } // namespace orvo::inventory::dispatch

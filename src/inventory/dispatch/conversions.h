@@ -1,6 +1,7 @@
 #pragma once
 
 #include "inventory/dispatch/conversion_store.h"
+#include "inventory/dispatch/orders.h"
 
 #include <QSqlDatabase>
 
@@ -30,5 +31,15 @@ AdjustmentPreview previewAdjustment(const QSqlDatabase& db, AdjustmentSource sou
 // the sign and the source takes Status 2. Returns the adjustment's number.
 long long convertToAdjustment(const QSqlDatabase& db, AdjustmentSource source, long long number,
                               int adjustmentType, const QString& user);
+
+inline const QString kRemissionOrderScreen = QStringLiteral("frmConvRemOrdenDesp");
+
+// The approved remission's lines, summed by barcode, priced for the draft's client as the till
+// prices them (the stock checks of a keyed order apply).
+void orderFromRemission(const QSqlDatabase& db, long long remission, pos::sale::SaleDraft& draft);
+// Writes the order (approved) and marks the remission converted, in one transaction; logged 'RM'
+// → 'OD'. Returns the order's number.
+long long convertRemissionToOrder(const QSqlDatabase& db, const shell::SessionContext& ctx,
+                                  long long remission, const pos::sale::SaleDraft& draft);
 
 } // namespace orvo::inventory::dispatch

@@ -71,13 +71,21 @@ void switchOrderList(const shell::SessionContext& ctx, SaleDraft& draft, int lin
 
 long long saveOrder(const QSqlDatabase& db, const shell::SessionContext& ctx,
                     const SaleDraft& draft, const OrderSave& save) {
+    db::Transaction tx(db);
+    const long long number = writeOrder(db, ctx, draft, save);
+    tx.commit();
+    return number;
+}
+
+long long writeOrder(const QSqlDatabase& db, const shell::SessionContext& ctx,
+                     const SaleDraft& draft, const OrderSave& save) {
     checkOrderRegister(ctx);
     if (!draft.client().isSet())
         throw UserError(QStringLiteral("Debe indicar el cliente de la orden de despacho...!"));
     if (draft.isEmpty())
         throw UserError(QStringLiteral("La orden de despacho debe contener al menos un "
                                        "items...!"));
-    db::Transaction tx(db);
+    db::requireTransaction(db);
     store::OrderHeader h;
     h.number = save.number;
     h.serie = ctx.serial;
@@ -100,7 +108,6 @@ long long saveOrder(const QSqlDatabase& db, const shell::SessionContext& ctx,
     int item = 0;
     for (const pos::sale::SaleLine& l : draft.lines())
         store::upsertOrderLine(db, h.number, ++item, l, h.date);
-    tx.commit();
     return h.number;
 }
 

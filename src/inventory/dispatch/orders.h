@@ -45,6 +45,10 @@ struct OrderSave {
 long long saveOrder(const QSqlDatabase& db, const shell::SessionContext& ctx,
                     const pos::sale::SaleDraft& draft, const OrderSave& save);
 
+// The same inside the caller's open transaction (a conversion that writes an order).
+long long writeOrder(const QSqlDatabase& db, const shell::SessionContext& ctx,
+                     const pos::sale::SaleDraft& draft, const OrderSave& save);
+
 struct OrderSummary {
     long long number = 0;
     QDateTime date;

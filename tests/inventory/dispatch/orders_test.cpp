@@ -1,5 +1,8 @@
+#include "inventory/dispatch/conversions.h"
 #include "inventory/dispatch/dispatch_print.h"
 #include "inventory/dispatch/orders.h"
+#include "inventory/dispatch/remissions.h"
+#include "inventory/purchases/receptions.h"
 #include "pos/sale/till_fixture.h"
 
 using namespace orvo;
@@ -113,4 +116,52 @@ TEST_F(OrdersTest, TheRegisterTheClientAndEachLineAreChecked) {
     EXPECT_TRUE(refusal([&] {
                     setOrderClient(ctx, retail, *findClient(db(), "J301234567"));
                 }).startsWith("La caja no esta configurada para facturar a CLIENTE TIPO : "));
+}
+
+TEST_F(OrdersTest, AnApprovedRemissionBecomesAnOrderOnceAndAFailureLeavesItApproved) {
+    namespace purchases = orvo::inventory::purchases;
+    const auto& k = remissionKind();
+    purchases::Reception r;
+    r.branch = "02";
+    r.originType = purchases::ReceptionOrigin::OtherDocuments;
+    const long long remission = purchases::saveReception(db(), r, k);
+    purchases::saveBox(db(), remission, {0, "ANA", false, {{"T0002", {}, d("2")}}}, true, k);
+    purchases::saveBox(db(), remission,
+                       {0, "ANA", false, {{"T0002", {}, d("1")}, {"T0001", {}, d("1")}}}, true, k);
+    SaleDraft draft = orderFor("J301234567");
+    EXPECT_EQ(refusal([&] { orderFromRemission(db(), remission, draft); }),
+              "La remisión Nº 1 no está aprobada...!");
+    purchases::approveReception(db(), remission, "ANA", k);
+    orderFromRemission(db(), remission, draft);
+    ASSERT_EQ(draft.lines().size(), 2);
+
+    // The order's lines are refused by the database half-way: nothing of either changes.
+    if (isPostgres()) {
+        exec("CREATE OR REPLACE FUNCTION orvo_refuse_order() RETURNS trigger AS $$ BEGIN RAISE "
+             "EXCEPTION 'rechazado'; END $$ LANGUAGE plpgsql");
+        exec("CREATE TRIGGER tr_refuse_order BEFORE INSERT ON MOVORDENDESPACHO FOR EACH ROW "
+             "EXECUTE FUNCTION orvo_refuse_order()");
+    } else {
+        exec("CREATE TRIGGER tr_refuse_order BEFORE INSERT ON MOVORDENDESPACHO BEGIN SELECT "
+             "RAISE(ABORT, 'rechazado'); END");
+    }
+    EXPECT_THROW(convertRemissionToOrder(db(), ctx, remission, draft), DbError);
+    EXPECT_EQ(scalar("SELECT Status FROM REMISION WHERE Numero = ?", {remission}).toInt(), 1);
+    EXPECT_EQ(count("ORDENDESPACHO"), 0);
+    EXPECT_EQ(count("BITACORAMOVIMIENTO"), 0);
+    exec(isPostgres() ? "DROP TRIGGER tr_refuse_order ON MOVORDENDESPACHO"
+                      : "DROP TRIGGER tr_refuse_order");
+
+    const long long order = convertRemissionToOrder(db(), ctx, remission, draft);
+    EXPECT_EQ(scalar("SELECT Status FROM ORDENDESPACHO WHERE Numero = ?", {order}).toInt(), 1);
+    EXPECT_EQ(dec("SELECT SUM(Cantidad) FROM MOVORDENDESPACHO WHERE Numero = ?", {order}), d("4"));
+    EXPECT_EQ(scalar("SELECT Status FROM REMISION WHERE Numero = ?", {remission}).toInt(), 2);
+    EXPECT_EQ(count("BITACORAMOVIMIENTO",
+                    "TipodocumentoOrigen = 'RM' AND tipoDocumentoDestino = 'OD' AND "
+                    "Destino = 'J301234567'"),
+              1);
+    EXPECT_EQ(refusal([&] { convertRemissionToOrder(db(), ctx, remission, draft); }),
+              "La remisión Nº 1 ya fue convertida...!");
+    EXPECT_EQ(count("ORDENDESPACHO"), 1);
+    EXPECT_EQ(stock("T0002"), d("5")); // the order moves no stock
 }
