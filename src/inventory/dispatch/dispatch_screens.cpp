@@ -3,6 +3,7 @@
 #include "inventory/dispatch/conversion_screen.h"
 #include "inventory/dispatch/guide_screen.h"
 #include "inventory/dispatch/order_screen.h"
+#include "inventory/dispatch/remission_order_screen.h"
 #include "inventory/dispatch/remissions.h"
 #include "inventory/purchases/reception_screen.h"
 #include "shell/screens/screen_registry.h"
@@ -26,6 +27,9 @@ void registerDispatchScreens(DispatchServices s) {
     });
     r.add(kOrderScreen,
           [s](QWidget* parent) { return new OrderScreen(s.database(), s.session(), parent); });
+    r.add(kRemissionOrderScreen, [s](QWidget* parent) {
+        return new RemissionOrderScreen(s.database(), s.session(), parent);
+    });
     r.add(kGuideScreen, [s](QWidget* parent) { return new GuideScreen(s.database(), parent); });
 }
 

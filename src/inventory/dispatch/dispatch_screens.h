@@ -15,7 +15,8 @@ struct DispatchServices {
     std::function<shell::SessionContext()> session; // the register keying dispatch orders
 };
 
-// Adds frmOrdenDespacho, frmRemision, frmGuiaDespacho and frmConvRemRecAjuste to the
+// Adds frmOrdenDespacho, frmRemision, frmGuiaDespacho, frmConvRemRecAjuste and
+// frmConvRemOrdenDesp to the
 // ScreenRegistry. Without services, the shared connection and the logged-in user.
 void registerDispatchScreens(DispatchServices services = {});
 
