@@ -5,8 +5,11 @@
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 build=${ORVO_BUILD_DIR:-$root/build}
-bash "$root/scripts/setup.sh"
-bash "$root/scripts/build.sh" orvo
+# ORVO_RUN_BUILT=1: the program is built already (the end-to-end tests start it this way).
+if [ -z "${ORVO_RUN_BUILT:-}" ]; then
+  bash "$root/scripts/setup.sh"
+  bash "$root/scripts/build.sh" orvo
+fi
 export ORVO_HOME=${ORVO_HOME:-$HOME/.local/share/Orvo}
 orvo="$build/orvo"
 

@@ -10,7 +10,7 @@ PACKAGES=(
   libcurl4-openssl-dev libshp-dev libzip-dev libboost-dev
   libgtest-dev googletest
   postgresql postgresql-client qt6-translations-l10n
-  xvfb xauth
+  xvfb xauth xdotool x11-utils imagemagick
   python3 python3-pyftpdlib python3-aiosmtpd dbview
   poppler-utils ccache
 )

@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QDialog>
 #include <QDialogButtonBox>
+#include <QEventLoop>
 #include <QFileDialog>
 #include <QFormLayout>
 #include <QInputDialog>
@@ -27,11 +28,27 @@ void setDialogs(Dialogs* d) {
     g_override = d;
 }
 
+namespace {
+// One message box at a time: a box asked for while another is open (the mail that ends while the
+// closing says it is done) waits for the first to be answered instead of stacking on it, where
+// the keyboard could answer only the top one.
+void waitForOpenBox() {
+    while (auto* open = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+        QEventLoop loop;
+        QObject::connect(open, &QDialog::finished, &loop, &QEventLoop::quit);
+        QObject::connect(open, &QObject::destroyed, &loop, &QEventLoop::quit);
+        loop.exec();
+    }
+}
+} // namespace
+
 void QtDialogs::information(QWidget* parent, const QString& text, const QString& title) {
+    waitForOpenBox();
     QMessageBox::information(parent, title, text);
 }
 
 void QtDialogs::warning(QWidget* parent, const QString& text, const QString& title) {
+    waitForOpenBox();
     QMessageBox::warning(parent, title, text);
 }
 
@@ -40,12 +57,14 @@ void QtDialogs::databaseError(QWidget* parent, const DbError& error) {
     const QString text = error.text().trimmed().isEmpty()
                              ? QStringLiteral("La base de datos no dio el motivo.")
                              : error.text().trimmed();
+    waitForOpenBox();
     QMessageBox::critical(parent, QStringLiteral("Error de base de datos"),
                           text + QStringLiteral("\n\n(Error ") + error.number() + u')');
 }
 
 bool QtDialogs::question(QWidget* parent, const QString& text, const QString& title,
                          bool defaultYes) {
+    waitForOpenBox();
     return QMessageBox::question(parent, title, text, QMessageBox::Yes | QMessageBox::No,
                                  defaultYes ? QMessageBox::Yes : QMessageBox::No) ==
            QMessageBox::Yes;

@@ -376,7 +376,28 @@ void MainWindow::rebuildMenu() {
     applyMenuFont();
 }
 
+namespace {
+
+// The menu bar's titles get an Alt letter each, so that a cashier opens "Ventas" with Alt+V:
+// the first letter of the title not taken yet by another title or by the fixed menus (Sistema,
+// Ayuda), else the next free one of the title.
+QString withAltLetter(const QString& caption, QString& taken) {
+    if (caption.contains(u'&'))
+        return caption;
+    for (qsizetype i = 0; i < caption.size(); ++i) {
+        const QChar c = caption.at(i).toLower();
+        if (!c.isLetter() || taken.contains(c))
+            continue;
+        taken.append(c);
+        return caption.left(i) + u'&' + caption.mid(i);
+    }
+    return caption;
+}
+
+} // namespace
+
 void MainWindow::buildMenuBar(const QList<MenuNode>& nodes) {
+    QString taken = QStringLiteral("sy"); // &Sistema, A&yuda
     std::function<void(QMenu*, const MenuNode&)> addNode = [&](QMenu* menu, const MenuNode& n) {
         if (n.isSeparator()) {
             menu->addSeparator();
@@ -399,13 +420,13 @@ void MainWindow::buildMenuBar(const QList<MenuNode>& nodes) {
         if (n.isSeparator())
             continue;
         if (n.children.isEmpty() && !n.form.isEmpty()) {
-            QAction* a = menuBar()->addAction(n.caption);
+            QAction* a = menuBar()->addAction(withAltLetter(n.caption, taken));
             a->setObjectName(n.code);
             const QString code = n.code;
             connect(a, &QAction::triggered, this, [this, code] { openNode(code); });
             continue;
         }
-        QMenu* menu = menuBar()->addMenu(n.caption);
+        QMenu* menu = menuBar()->addMenu(withAltLetter(n.caption, taken));
         menu->setObjectName(n.code);
         menu->menuAction()->setObjectName(n.code);
         for (const MenuNode& c : n.children)

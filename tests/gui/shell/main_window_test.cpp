@@ -68,9 +68,10 @@ QStringList actionTexts(QMenu* m) {
     return out;
 }
 
-QMenu* menuNamed(MainWindow& w, const QString& title) {
+QMenu* menuNamed(MainWindow& w, QString title) {
+    title.remove(u'&');
     for (QAction* a : w.menuBar()->actions())
-        if (a->text() == title)
+        if (a->text().remove(u'&') == title)
             return a->menu();
     return nullptr;
 }
@@ -176,8 +177,14 @@ TEST_F(MainWindowTest, LoginRefusalsThenTheUsersMenu) {
     EXPECT_EQ(settings::read(QStringLiteral("Login")), QStringLiteral("CAJERO1"));
 
     EXPECT_EQ(menuTitles(window()),
-              (QStringList{QStringLiteral("Ventas"), QStringLiteral("Clave"),
+              (QStringList{QStringLiteral("&Ventas"), QStringLiteral("&Clave"),
                            QStringLiteral("&Sistema"), QStringLiteral("A&yuda")}));
+    // Alt and the title's letter open a menu from the keyboard.
+    window().activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window()));
+    QTest::keyClick(window().windowHandle(), Qt::Key_V, Qt::AltModifier);
+    QTRY_VERIFY(menuNamed(window(), QStringLiteral("Ventas"))->isVisible());
+    menuNamed(window(), QStringLiteral("Ventas"))->close();
     EXPECT_EQ(actionTexts(menuNamed(window(), QStringLiteral("Ventas"))),
               (QStringList{QStringLiteral("Devoluciones"), QStringLiteral("Facturación"),
                            QStringLiteral("_")}));
@@ -281,7 +288,7 @@ TEST_F(MainWindowTest, MenuPresentationSwitchesAndIsRemembered) {
     emit tree->itemActivated(tree->topLevelItem(tree->topLevelItemCount() - 1), 0);
     EXPECT_EQ(settings::read(QStringLiteral("OpcionMenu")), QStringLiteral("0"));
     EXPECT_FALSE(tree->isVisible());
-    EXPECT_TRUE(menuTitles(window()).contains(QStringLiteral("Ventas")));
+    EXPECT_TRUE(menuTitles(window()).contains(QStringLiteral("&Ventas")));
 }
 
 TEST_F(MainWindowTest, SessionButtonEndsTheSessionOnlyWhenConfirmed) {
