@@ -17,17 +17,17 @@ function(orvo_add_plain_test target)
         PROPERTIES ENVIRONMENT "QT_QPA_PLATFORM=offscreen" LABELS "plain" TIMEOUT 300)
 endfunction()
 
-# A test executable that runs against a database: registered twice, once per engine.
-# The PostgreSQL run depends on the throwaway cluster fixture.
+# A test executable that runs against a database: each of its test cases is registered twice,
+# `Suite.Case.sqlite` and `Suite.Case.pg`, so that a failure names its case and engine. The
+# PostgreSQL cases depend on the throwaway cluster fixture, whose endpoint file the test support
+# knows from the build. (Discovered tests take one value per property: labels `db_sqlite`/`db_pg`, so
+# `-L sqlite`, `-L pg` and `-L db` all select.)
 function(orvo_add_db_test target)
-    add_test(NAME ${target}.sqlite COMMAND ${target})
-    set_tests_properties(${target}.sqlite PROPERTIES
-        ENVIRONMENT "ORVO_TEST_ENGINE=sqlite;QT_QPA_PLATFORM=offscreen"
-        LABELS "db;sqlite" TIMEOUT 1200)
-    add_test(NAME ${target}.pg COMMAND ${target})
-    set_tests_properties(${target}.pg PROPERTIES
-        ENVIRONMENT "ORVO_TEST_ENGINE=pg;QT_QPA_PLATFORM=offscreen;ORVO_TEST_PG_FILE=${ORVO_TEST_PG_FILE}"
-        LABELS "db;pg" TIMEOUT 1200 FIXTURES_REQUIRED orvo_pg)
+    gtest_discover_tests(${target} DISCOVERY_MODE PRE_TEST TEST_SUFFIX .sqlite
+        PROPERTIES ENVIRONMENT "ORVO_TEST_ENGINE=sqlite" LABELS db_sqlite TIMEOUT 600)
+    gtest_discover_tests(${target} DISCOVERY_MODE PRE_TEST TEST_SUFFIX .pg
+        PROPERTIES ENVIRONMENT "ORVO_TEST_ENGINE=pg" LABELS db_pg TIMEOUT 600
+                   FIXTURES_REQUIRED orvo_pg)
 endfunction()
 
 # Test sources are gathered from an area's folders first, and its executable is made only when

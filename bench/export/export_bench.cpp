@@ -14,7 +14,6 @@
 #include <QElapsedTimer>
 #include <QFileInfo>
 #include <QTemporaryDir>
-#include <cstdio>
 
 using namespace orvo;
 
@@ -23,7 +22,6 @@ namespace {
 constexpr int kInvoices = 20000;
 constexpr int kLinesPerInvoice = 5;
 const QDate kDay(2024, 6, 14);
-double g_sqliteSeconds = 0;
 
 void fill(const QSqlDatabase& db) {
     shell::demo::seedDemoStore(db);
@@ -65,7 +63,7 @@ void fill(const QSqlDatabase& db) {
     tx.commit();
 }
 
-void measure(const char* engine, const QSqlDatabase& db) {
+bench::Figure measure(const QSqlDatabase& db) {
     QTemporaryDir home;
     qputenv("ORVO_HOME", home.path().toUtf8());
     exchange::package::installTemplates();
@@ -75,24 +73,22 @@ void measure(const char* engine, const QSqlDatabase& db) {
     const QString zip =
         exchange::exporting::exportNow(db, {exchange::exporting::ExportFormat::Orvo, kDay, kDay});
     const double seconds = t.nsecsElapsed() / 1e9;
-    const bool sqlite = QString::fromLatin1(engine) == QLatin1String("SQLite");
-    if (sqlite)
-        g_sqliteSeconds = seconds;
-    std::printf("%-10s store package of %d sale lines (%d invoices with their payments): %.2f "
-                "s, %s of %lld files, %.1f MB (budget 10 s)",
-                engine, kInvoices * kLinesPerInvoice, kInvoices, seconds,
-                qPrintable(QFileInfo(zip).fileName()),
-                static_cast<long long>(exchange::package::zipEntries(zip).size()),
-                QFileInfo(zip).size() / 1e6);
-    if (!sqlite && g_sqliteSeconds > 0)
-        std::printf(", %.2f× SQLite", seconds / g_sqliteSeconds);
-    std::printf("\n");
+    return {seconds, QStringLiteral("s"),
+            QStringLiteral("%1 of %2 files, %3 MB")
+                .arg(QFileInfo(zip).fileName())
+                .arg(exchange::package::zipEntries(zip).size())
+                .arg(QFileInfo(zip).size() / 1e6, 0, 'f', 1)};
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
     QCoreApplication app(argc, argv);
-    bench::forEachEngine(QStringLiteral("orvo_bench_export"), measure);
+    bench::forEachEngine(
+        QStringLiteral("orvo_bench_export"),
+        QStringLiteral("store package of %1 sale lines (%2 invoices with their payments)")
+            .arg(kInvoices * kLinesPerInvoice)
+            .arg(kInvoices),
+        QStringLiteral("10 s"), measure);
     return 0;
 }

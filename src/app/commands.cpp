@@ -7,6 +7,8 @@
 #include "common/errors/errors.h"
 #include "common/schema/migrate.h"
 #include "exchange/export/export_commands.h"
+#include "exchange/import/import_loaders.h"
+#include "inventory/transfers/transfer_import.h"
 #include "pos/card/terminal_settings.h"
 #include "pos/fiscal/company_rif.h"
 #include "pos/fiscal/port_finder.h"
@@ -19,6 +21,7 @@
 #include "tools/fiscal_emulator/wire_server.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFile>
 #include <QSqlDatabase>
 #include <QStringList>
@@ -37,7 +40,8 @@ struct Command {
 };
 
 // Identity of the register's printer, from the store: this workstation's register serial, the
-// company's RIF (letters and digits only, as the printer keeps it) and the invoice header lines.
+// company's RIF (letters and digits only, as the printer keeps it) and the invoice header lines
+// (ENCFISCAL, or the company's name).
 void takeRegisterIdentity(tools::fiscal::EmulatorOptions& options) {
     QSqlDatabase db = openConfiguredStore(false);
     const QString serie = shell::settings::read(QStringLiteral("Serie")).trimmed();
@@ -55,8 +59,9 @@ void takeRegisterIdentity(tools::fiscal::EmulatorOptions& options) {
     q.exec();
     while (q.next())
         options.header << q.text(QStringLiteral("Descripcion"));
+    // The printer prints the RIF of its fiscal memory itself, under the header.
     if (options.header.isEmpty())
-        options.header << ctx.nombre << ctx.nombreIdFiscal + u' ' + ctx.idEmpresa;
+        options.header << ctx.nombre;
 }
 
 // The software fiscal printer on a pseudo-terminal: prints its device path, then serves it.
@@ -127,6 +132,29 @@ int cardTerminal(const QStringList& args) {
     return 0;
 }
 
+// What `orvo import` loads, one line per area that receives files from head office.
+void registerImportLoaders() {
+    inventory::transfers::registerTransferLoader();
+}
+
+// Loads what lies in Recibe (or the folder given), each kind in its order, with the screens' code.
+int importCommand(const QStringList& args) {
+    if (args.size() > 1) {
+        err() << "uso: orvo import [CARPETA]" << Qt::endl;
+        return 2;
+    }
+    QSqlDatabase db = openConfiguredStore(false);
+    const QString folder = args.isEmpty() ? shell::appHome() + QStringLiteral("/Recibe")
+                                          : QDir(args.first()).absolutePath();
+    registerImportLoaders();
+    const auto lines = exchange::import::loadAll(db, folder, printProgress);
+    if (lines.isEmpty())
+        out() << "No hay archivos pendientes por cargar en " << folder << "." << Qt::endl;
+    for (const auto& l : lines)
+        out() << l.loader << ": " << l.text << Qt::endl;
+    return 0;
+}
+
 const QList<Command>& commands() {
     static const QList<Command> list = {
         {QStringLiteral("db"),
@@ -188,6 +216,10 @@ const QList<Command>& commands() {
          [](const QStringList& args) {
              return exchange::mailAccountCommand(openConfiguredStore(false), args, out(), err());
          }},
+        {QStringLiteral("import"), QStringLiteral("import [CARPETA]"),
+         QStringLiteral("carga lo recibido en Recibe (o en CARPETA): las transferencias y las "
+                        "devoluciones de transferencias de otras tiendas"),
+         importCommand},
     };
     return list;
 }

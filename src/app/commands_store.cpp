@@ -33,6 +33,12 @@ QTextStream& err() {
 }
 
 void printProgress(int percent, const QString& label) {
+    // A log or a pipe gets each step once, finished; a terminal sees it move.
+    if (!isatty(STDOUT_FILENO)) {
+        if (percent >= 100)
+            out() << label << Qt::endl;
+        return;
+    }
     out() << QStringLiteral("\r[%1%] %2").arg(percent, 3).arg(label) << Qt::flush;
     if (percent >= 100)
         out() << Qt::endl;
@@ -178,10 +184,10 @@ int dbInit(const QStringList& args) {
         throw UserError(QStringLiteral("Argumento desconocido: %1").arg(a.positional.first()));
     const bool demo = a.has(kDemo);
     const shell::setup::CompanyFacts company{a.value(kCompany), a.value(kRif), a.value(kStore)};
-    if (demo && (!company.nombre.isEmpty() || !company.rif.isEmpty() || !company.codigo.isEmpty()))
-        throw UserError(
-            QStringLiteral("--demo crea la empresa de demostración: no lleva --empresa, "
-                           "--rif ni --tienda."));
+    // The demo company is always the same; --tienda makes the demo another of its branches.
+    if (demo && (!company.nombre.isEmpty() || !company.rif.isEmpty()))
+        throw UserError(QStringLiteral("--demo crea la empresa de demostración: no lleva --empresa "
+                                       "ni --rif (--tienda elige la sucursal)."));
     if (!company.rif.isEmpty())
         shell::setup::checkedRif(company.rif); // before anything is written
     // Asked before the database is touched, so that a mistyped confirmation changes nothing.
@@ -206,10 +212,11 @@ int dbInit(const QStringList& args) {
         if (shell::demo::isDemoStore(db)) {
             out() << "La tienda de demostración ya está creada en esta base de datos." << Qt::endl;
         } else {
-            shell::demo::seedDemoStore(db);
+            const QString branch = company.codigo.isEmpty() ? QStringLiteral("01") : company.codigo;
+            shell::demo::seedDemoStore(db, branch);
             created = true;
-            out() << "Tienda de demostración creada: usuarios ADMIN y CAJERO1, clave 1234."
-                  << Qt::endl;
+            out() << "Tienda de demostración creada (sucursal " << branch
+                  << "): usuarios ADMIN y CAJERO1, clave 1234." << Qt::endl;
         }
         bindToDemoRegister(db, created);
     } else {

@@ -4,6 +4,7 @@
 #include "inventory/articles/article_screens.h"
 #include "inventory/dispatch/dispatch_screens.h"
 #include "inventory/purchases/purchase_screens.h"
+#include "inventory/transfers/transfer_screens.h"
 #include "pos/cash/cash_screens.h"
 #include "pos/fiscal/counter_correction_screen.h"
 #include "pos/payments/payment_ways_screen.h"
@@ -21,6 +22,7 @@ void registerAllScreens() {
     inventory::registerArticleScreens();
     inventory::purchases::registerPurchaseScreens();
     inventory::dispatch::registerDispatchScreens();
+    inventory::transfers::registerTransferScreens();
     shell::registerRecordScreens(
         {[] { return shell::mainDb(); }, [] { return shell::session().userCode; }});
     pos::registers::registerScreens();

@@ -3,10 +3,13 @@
 #include "common/db/sql.h"
 #include "common/errors/errors.h"
 #include "common/schema/migrate.h"
+#include "common/schema/schema.h"
 
 #include <QCoreApplication>
+#include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
+#include <QLockFile>
 #include <QMutex>
 #include <QTemporaryDir>
 #include <QTextStream>
@@ -33,27 +36,50 @@ QString pgEndpoint() {
     const QString env = qEnvironmentVariable("ORVO_TEST_PG");
     if (!env.isEmpty())
         return env;
-    const QString file = qEnvironmentVariable("ORVO_TEST_PG_FILE");
+    const QString file =
+        qEnvironmentVariable("ORVO_TEST_PG_FILE", QStringLiteral(ORVO_TEST_PG_ENDPOINT_FILE));
     QFile f(file);
     if (!file.isEmpty() && f.open(QIODevice::ReadOnly))
         return QString::fromUtf8(f.readLine()).trimmed();
     return {};
 }
 
+// Each test case runs in a process of its own: the migrated schema is built once per schema
+// description and shared by every process of the run (and of later runs) as a template.
+QString schemaKey(db::Engine engine) {
+    QCryptographicHash hash(QCryptographicHash::Sha1);
+    for (const schema::Table& t : schema::storeTables())
+        for (const QString& statement : schema::createStatements(t, engine))
+            hash.addData(statement.toUtf8());
+    hash.addData(QByteArray::number(schema::currentVersion()));
+    return QString::fromLatin1(hash.result().toHex().left(16));
+}
+
 const QString& sqliteTemplate() {
     static QString path;
     QMutexLocker lock(&g_templateMutex);
     if (path.isEmpty()) {
-        const QString file = tempDir().path() + QStringLiteral("/template.db");
-        {
-            db::ConnectionSettings s;
-            s.engine = db::Engine::Sqlite;
-            s.sqliteFile = file;
-            QSqlDatabase db = db::openConnection(s, QStringLiteral("orvo_test_template"));
-            schema::migrate(db);
-            db::execute(db, QStringLiteral("PRAGMA wal_checkpoint(TRUNCATE)"));
+        const QString dir = QDir::tempPath() + QStringLiteral("/orvo-test-templates");
+        QDir().mkpath(dir);
+        const QString file = dir + u'/' + schemaKey(db::Engine::Sqlite) + QStringLiteral(".db");
+        QLockFile building(file + QStringLiteral(".lock"));
+        building.lock();
+        if (!QFile::exists(file)) {
+            const QString partial =
+                file + QStringLiteral(".%1").arg(QCoreApplication::applicationPid());
+            {
+                db::ConnectionSettings s;
+                s.engine = db::Engine::Sqlite;
+                s.sqliteFile = partial;
+                QSqlDatabase db = db::openConnection(s, QStringLiteral("orvo_test_template"));
+                schema::migrate(db);
+                db::execute(db, QStringLiteral("PRAGMA wal_checkpoint(TRUNCATE)"));
+            }
+            db::closeConnection(QStringLiteral("orvo_test_template"));
+            QFile::remove(partial + QStringLiteral("-wal"));
+            QFile::remove(partial + QStringLiteral("-shm"));
+            QFile::rename(partial, file);
         }
-        db::closeConnection(QStringLiteral("orvo_test_template"));
         path = file;
     }
     return path;
@@ -63,28 +89,31 @@ const QString& pgTemplate() {
     static QString name;
     QMutexLocker lock(&g_templateMutex);
     if (name.isEmpty()) {
-        const QString tpl = QStringLiteral("orvo_tpl_%1").arg(QCoreApplication::applicationPid());
+        const QString key = schemaKey(db::Engine::Postgres);
+        const QString tpl = QStringLiteral("orvo_tpl_") + key;
+        const QString admin = QStringLiteral("orvo_test_admin");
         {
-            QSqlDatabase admin = db::openConnection(postgresServer(QStringLiteral("postgres")),
-                                                    QStringLiteral("orvo_test_admin"));
-            db::execute(admin, QStringLiteral("DROP DATABASE IF EXISTS ") + tpl);
-            db::execute(admin, QStringLiteral("CREATE DATABASE ") + tpl);
-        }
-        db::closeConnection(QStringLiteral("orvo_test_admin"));
-        {
-            QSqlDatabase db = db::openConnection(postgresServer(tpl), QStringLiteral("orvo_tpl"));
-            schema::migrate(db);
-        }
-        db::closeConnection(QStringLiteral("orvo_tpl"));
-        name = tpl;
-        std::atexit([] {
-            try {
-                QSqlDatabase admin = db::openConnection(postgresServer(QStringLiteral("postgres")),
-                                                        QStringLiteral("orvo_test_admin_exit"));
-                db::execute(admin, QStringLiteral("DROP DATABASE IF EXISTS ") + name);
-            } catch (...) {
+            QSqlDatabase a = db::openConnection(postgresServer(QStringLiteral("postgres")), admin);
+            // One process builds it; the others wait for it on the lock.
+            const QString lockKey = QString::number(key.left(12).toLongLong(nullptr, 16));
+            db::execute(a, QStringLiteral("SELECT pg_advisory_lock(%1)").arg(lockKey));
+            if (!db::exists(a, QStringLiteral("SELECT 1 FROM pg_database WHERE datname = ?"),
+                            {tpl})) {
+                const QString partial = tpl + QStringLiteral("_new");
+                db::execute(a, QStringLiteral("DROP DATABASE IF EXISTS ") + partial);
+                db::execute(a, QStringLiteral("CREATE DATABASE ") + partial);
+                {
+                    QSqlDatabase db =
+                        db::openConnection(postgresServer(partial), QStringLiteral("orvo_tpl"));
+                    schema::migrate(db);
+                }
+                db::closeConnection(QStringLiteral("orvo_tpl"));
+                db::execute(a, QStringLiteral("ALTER DATABASE %1 RENAME TO %2").arg(partial, tpl));
             }
-        });
+            db::execute(a, QStringLiteral("SELECT pg_advisory_unlock(%1)").arg(lockKey));
+        }
+        db::closeConnection(admin);
+        name = tpl;
     }
     return name;
 }

@@ -1,5 +1,7 @@
 #include "common/db/connection.h"
 
+#include "common/db/sql.h"
+#include "common/db/statement_cache.h"
 #include "common/errors/errors.h"
 
 #include <QFileInfo>
@@ -9,6 +11,12 @@
 namespace orvo::db {
 
 namespace {
+
+// What is kept per connection belongs to its server session: gone when it closes or reopens.
+void forgetSession(const QString& name) {
+    statement_cache::forget(name);
+    forgetServerClock(name);
+}
 
 void applySessionSettings(QSqlDatabase& db, Engine engine) {
     QSqlQuery q(db);
@@ -25,6 +33,7 @@ void applySessionSettings(QSqlDatabase& db, Engine engine) {
 } // namespace
 
 QSqlDatabase openConnection(const ConnectionSettings& s, const QString& name) {
+    forgetSession(name);
     if (QSqlDatabase::contains(name))
         QSqlDatabase::removeDatabase(name);
     QSqlDatabase db;
@@ -76,18 +85,21 @@ QSqlDatabase openClone(QSqlDatabase db) {
 } // namespace
 
 QSqlDatabase cloneConnection(const QSqlDatabase& source, const QString& name) {
+    forgetSession(name);
     if (QSqlDatabase::contains(name))
         QSqlDatabase::removeDatabase(name);
     return openClone(QSqlDatabase::cloneDatabase(source, name));
 }
 
 QSqlDatabase cloneConnection(const QString& sourceName, const QString& name) {
+    forgetSession(name);
     if (QSqlDatabase::contains(name))
         QSqlDatabase::removeDatabase(name);
     return openClone(QSqlDatabase::cloneDatabase(sourceName, name));
 }
 
 void closeConnection(const QString& name) {
+    forgetSession(name);
     if (!QSqlDatabase::contains(name))
         return;
     {

@@ -5,10 +5,14 @@
 #include "common/errors/errors.h"
 #include "common/schema/schema.h"
 
+#include <QLoggingCategory>
 #include <QRegularExpression>
+#include <atomic>
 #include <stdexcept>
 
 namespace orvo::common {
+
+Q_LOGGING_CATEGORY(lcNumbering, "orvo.numbering")
 
 namespace {
 
@@ -123,24 +127,20 @@ void zeroAmounts(const QSqlDatabase& db, const QString& table, const QString& nu
 long long takeNumber(const QSqlDatabase& db, int controlFactura, const QString& serial,
                      const QString& counter) {
     db::requireTransaction(db);
-    // Increment first, read afterwards: the row stays locked until the caller commits.
-    if (controlFactura == kCountersPerRegister) {
-        db::execute(db,
-                    QStringLiteral("UPDATE CAJAS SET %1 = COALESCE(%1, 0) + 1 WHERE Serie = ?")
-                        .arg(counter),
-                    {serial});
-        const QVariant v = db::scalar(
-            db, QStringLiteral("SELECT %1 FROM CAJAS WHERE Serie = ?").arg(counter), {serial});
-        return v.isValid() ? Decimal::fromVariant(v).toLongLong() : 0;
-    }
-    if (controlFactura == kCountersForCompany) {
-        db::execute(db,
-                    QStringLiteral("UPDATE PARAMETROS SET %1 = COALESCE(%1, 0) + 1").arg(counter));
-        const QVariant v =
-            db::scalar(db, QStringLiteral("SELECT %1 FROM PARAMETROS LIMIT 1").arg(counter));
-        return v.isValid() ? Decimal::fromVariant(v).toLongLong() : 0;
-    }
-    return 0;
+    // Increment and read back in one statement: the row stays locked until the caller commits.
+    QString statement;
+    if (controlFactura == kCountersPerRegister)
+        statement = QStringLiteral("UPDATE CAJAS SET %1 = COALESCE(%1, 0) + 1 WHERE Serie = ? "
+                                   "RETURNING %1");
+    else if (controlFactura == kCountersForCompany)
+        statement = QStringLiteral("UPDATE PARAMETROS SET %1 = COALESCE(%1, 0) + 1 RETURNING %1");
+    else
+        return 0;
+    db::Sql q(db, statement.arg(counter));
+    if (controlFactura == kCountersPerRegister)
+        q.bind(serial);
+    q.exec();
+    return q.next() ? Decimal::fromVariant(q.value(0)).toLongLong() : 0;
 }
 
 QDate serverToday(const QSqlDatabase& db) {
@@ -168,29 +168,73 @@ long long toNumber(const QVariant& v) {
 
 } // namespace
 
-int nextCode(const QSqlDatabase& db, const QString& table, const QString& column) {
+namespace {
+
+// Highest numeric value of the column (within the scope) plus one; 1 when there is none.
+long long nextNumber(const QSqlDatabase& db, const QString& table, const QString& column,
+                     const QString& scopeColumn = {}, const QVariant& scopeValue = {}) {
     // Names go into the statement text, so only names the schema knows are accepted.
     if (!identifierPattern().match(table).hasMatch() ||
-        !identifierPattern().match(column).hasMatch())
+        !identifierPattern().match(column).hasMatch() ||
+        (!scopeColumn.isEmpty() && !identifierPattern().match(scopeColumn).hasMatch()))
         throw std::invalid_argument("not an identifier: " + table.toStdString() + "." +
                                     column.toStdString());
     const Table* t = schema::findTable(table);
     const Column* c = t ? t->column(column) : nullptr;
-    if (!c)
+    if (!c || (!scopeColumn.isEmpty() && !t->column(scopeColumn)))
         throw std::invalid_argument("not a described column: " + table.toStdString() + "." +
                                     column.toStdString());
     // A hand-typed code such as "A12" is not a number to continue from: only codes made of
     // digits count (LTRIM with a set of characters means the same on both engines), and at most
     // 18 of them, so the cast cannot overflow.
     const bool text = c->type == Type::Text || c->type == Type::Memo;
-    const QString statement =
+    QString statement =
         text ? QStringLiteral("SELECT MAX(CAST(%1 AS BIGINT)) FROM %2 WHERE %1 <> '' AND "
                               "LTRIM(%1, '0123456789') = '' AND LENGTH(%1) <= 18")
              : QStringLiteral("SELECT MAX(%1) FROM %2");
-    const QVariant max = db::scalar(db, statement.arg(c->name, t->name));
+    statement = statement.arg(c->name, t->name);
+    if (!scopeColumn.isEmpty())
+        statement += (text ? QStringLiteral(" AND ") : QStringLiteral(" WHERE ")) + scopeColumn +
+                     QStringLiteral(" = ?");
+    const QVariant max =
+        scopeColumn.isEmpty() ? db::scalar(db, statement) : db::scalar(db, statement, {scopeValue});
     if (!max.isValid() || max.isNull())
         return 1;
-    return int(Decimal::fromVariant(max).toLongLong() + 1);
+    return Decimal::fromVariant(max).toLongLong() + 1;
+}
+
+// Savepoint names of nested numbered inserts.
+std::atomic<int> g_savepoints{0};
+
+} // namespace
+
+int nextCode(const QSqlDatabase& db, const QString& table, const QString& column) {
+    return int(nextNumber(db, table, column));
+}
+
+long long insertNumbered(const QSqlDatabase& db, const NumberedRow& row,
+                         const std::function<void(long long number)>& insert) {
+    db::requireTransaction(db);
+    constexpr int kTries = 50;
+    const QString savepoint = QStringLiteral("numero_%1").arg(++g_savepoints);
+    for (int attempt = 1;; ++attempt) {
+        db::execute(db, QStringLiteral("SAVEPOINT ") + savepoint);
+        long long number = 0;
+        try {
+            number = nextNumber(db, row.table, row.column, row.scopeColumn, row.scopeValue);
+            insert(number);
+        } catch (const DbError& e) {
+            db::execute(db, QStringLiteral("ROLLBACK TO SAVEPOINT ") + savepoint);
+            db::execute(db, QStringLiteral("RELEASE SAVEPOINT ") + savepoint);
+            if (!db::isUniqueViolation(e) || attempt == kTries)
+                throw;
+            qCInfo(lcNumbering) << row.table << "number" << number
+                                << "was taken by another register; taking the next one";
+            continue;
+        }
+        db::execute(db, QStringLiteral("RELEASE SAVEPOINT ") + savepoint);
+        return number;
+    }
 }
 
 long long takeInvoiceNumber(const QSqlDatabase& db, int controlFactura, const QString& serial) {
@@ -239,13 +283,12 @@ void renumberInvoice(const QSqlDatabase& db, const QString& serial, long long ol
         while (rows.next())
             receivables << rows.value(QStringLiteral("Numero"));
         const Column& numero = describedColumn(cxc, QStringLiteral("Numero"));
-        for (const QVariant& oldReceivable : receivables) {
-            const int next =
-                nextCode(db, QStringLiteral("CUENTASXCOBRAR"), QStringLiteral("Numero"));
-            copyRows(db, {cxc.name, factura.name, {QStringLiteral("FechaFactura")}}, serial,
-                     oldNumber, newNumber, useToday, numero.name, numberValue(numero, next),
-                     numero.name, oldReceivable);
-        }
+        for (const QVariant& oldReceivable : receivables)
+            insertNumbered(db, {cxc.name, numero.name}, [&](long long next) {
+                copyRows(db, {cxc.name, factura.name, {QStringLiteral("FechaFactura")}}, serial,
+                         oldNumber, newNumber, useToday, numero.name, numberValue(numero, next),
+                         numero.name, oldReceivable);
+            });
     }
     copyRows(db, {QStringLiteral("PAGOSVENTA"), number, {QStringLiteral("Fecha")}}, serial,
              oldNumber, newNumber, useToday);

@@ -3,6 +3,8 @@
 #include <QDate>
 #include <QSqlDatabase>
 #include <QString>
+#include <QVariant>
+#include <functional>
 
 // Document numbers. Catalogue codes and most documents take the highest number of their own table
 // plus one; sales invoices and returns take theirs from counters (UltimaFactura,
@@ -15,6 +17,22 @@ namespace orvo::common {
 // reserved: two callers at the same moment get the same code. `table` and `column` must be
 // described in the schema, otherwise std::invalid_argument.
 int nextCode(const QSqlDatabase& db, const QString& table, const QString& column);
+
+// A number taken as the highest plus one and the row that carries it: `insert(number)` writes the
+// row (and whatever goes with it). The table has a unique key on the number, so when another
+// register took the same number first its row refuses this one, and the next number is taken
+// and written again. Each try runs in a savepoint of the caller's open transaction, so the
+// transaction goes on after a refused try on PostgreSQL as on SQLite (where the write lock taken
+// at BEGIN makes the refusal rare). `scopeColumn` = `scopeValue` numbers within a part of the
+// table (per register). Returns the number written; gives up with DbError after many refusals.
+struct NumberedRow {
+    QString table;
+    QString column;
+    QString scopeColumn; // empty: the whole table
+    QVariant scopeValue;
+};
+long long insertNumbered(const QSqlDatabase& db, const NumberedRow& row,
+                         const std::function<void(long long number)>& insert);
 
 // PARAMETROS.ControlFactura: where the sales counters live.
 enum CounterScope : int { kCountersPerRegister = 1, kCountersForCompany = 2 };

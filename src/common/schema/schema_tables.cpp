@@ -27,6 +27,12 @@ Table table(const QString& name, QList<Column> columns, QStringList primaryKey,
     return t;
 }
 
+Table withUniqueNumber(Table t, const QStringList& columns, int since) {
+    Index i{QStringLiteral("UX_%1_%2").arg(t.name, columns.join(u'_')), columns, true, since};
+    t.indexes.append(i);
+    return t;
+}
+
 } // namespace tables
 
 const QList<Table>& storeTables() {

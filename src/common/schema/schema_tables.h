@@ -10,6 +10,15 @@ namespace orvo::schema::tables {
 Table table(const QString& name, QList<Column> columns, QStringList primaryKey = {},
             const QList<QStringList>& indexes = {});
 
+// Adds a unique index UX_<TABLE>_<columns>, from schema version `since`: numbers taken as the
+// highest plus one rely on it to refuse a number two registers took at once.
+Table withUniqueNumber(Table t, const QStringList& columns, int since);
+
+// The schema version that gave MAX + 1 numbers their unique keys.
+constexpr int kUniqueNumbersVersion = 5;
+// The version that made USUARIOS.Pasword long enough for any password's scrambled form.
+constexpr int kLongPasswordsVersion = 5;
+
 QList<Table> configurationTables(); // company, settings, users and security
 QList<Table> masterTables();        // articles and catalogues
 QList<Table> registerTables();      // registers, their days and cash

@@ -3,6 +3,7 @@
 #include "common/db/sql.h"
 #include "common/db/transaction.h"
 #include "common/errors/errors.h"
+#include "common/schema/references.h"
 #include "inventory/articles/article_rules.h"
 #include "inventory/articles/article_store.h"
 #include "shell/users/roles.h"
@@ -185,6 +186,16 @@ void saveModel(const QSqlDatabase& db, const ArticleModel& model, const ModelGri
 int deleteModel(const QSqlDatabase& db, const QString& reference, const QString& brand,
                 const ArticleWriter& writer) {
     db::Transaction tx(db);
+    // A variant already sold, bought or moved stays: the model is refused whole.
+    db::Sql variants(db, QStringLiteral("SELECT CodigoBarra FROM INVENTARIO WHERE Referencia = ? "
+                                        "AND CodigoMarca = ?"));
+    variants.bind(reference).bind(brand).exec();
+    QStringList barcodes;
+    while (variants.next())
+        barcodes << variants.text(QStringLiteral("CodigoBarra"));
+    for (const QString& barcode : barcodes)
+        if (!schema::usedBy(db, QStringLiteral("INVENTARIO"), barcode).isEmpty())
+            return 0;
     const store::Statement st{
         QStringLiteral("DELETE FROM INVENTARIO WHERE Referencia = ? AND CodigoMarca = ?"),
         {reference, brand}};

@@ -84,7 +84,8 @@ void checkBarcodeCell(const QSqlDatabase& db, const ModelGrid& grid, int row, in
 void saveModel(const QSqlDatabase& db, const ArticleModel& model, const ModelGrid& grid, bool isNew,
                const ArticleWriter& writer);
 
-// Eliminar: deletes every variant of the model at once, logged. Returns the rows deleted.
+// Eliminar: deletes every variant of the model at once, logged. Returns the rows deleted: 0 when
+// a variant is still named by a document (sold, bought, moved), and then nothing is deleted.
 int deleteModel(const QSqlDatabase& db, const QString& reference, const QString& brand,
                 const ArticleWriter& writer);
 

@@ -222,13 +222,15 @@ int saveSerialDocument(const QSqlDatabase& db, SerialDocument doc, bool approve)
         throw std::invalid_argument("unknown serial movement type");
     db::Transaction tx(db);
     if (doc.number == 0) {
-        doc.number = common::nextCode(db, QStringLiteral("SERIALES"), QStringLiteral("Numero"));
-        db::execute(db,
-                    QStringLiteral("INSERT INTO SERIALES(Numero, Fecha, TipoMovimiento, "
-                                   "Documento, Tercero, Observacion, Usuario, Status) VALUES "
-                                   "(?, ") +
-                        db::nowExpression(db) + QStringLiteral(", ?, ?, ?, ?, ?, 0)"),
-                    {doc.number, doc.type, doc.document, doc.party, doc.note, doc.user});
+        doc.number = int(common::insertNumbered(
+            db, {QStringLiteral("SERIALES"), QStringLiteral("Numero")}, [&](long long number) {
+                db::execute(db,
+                            QStringLiteral("INSERT INTO SERIALES(Numero, Fecha, TipoMovimiento, "
+                                           "Documento, Tercero, Observacion, Usuario, Status) "
+                                           "VALUES (?, ") +
+                                db::nowExpression(db) + QStringLiteral(", ?, ?, ?, ?, ?, 0)"),
+                            {number, doc.type, doc.document, doc.party, doc.note, doc.user});
+            }));
     } else {
         // An approved document is read-only: the guard leaves it untouched.
         const int touched = db::execute(db,

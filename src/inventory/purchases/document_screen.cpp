@@ -4,16 +4,19 @@
 #include "common/errors/errors.h"
 #include "common/grid/grid_print.h"
 #include "inventory/articles/articles.h"
+#include "inventory/purchases/choice_dialog.h"
 #include "inventory/purchases/purchase_rules.h"
 #include "inventory/purchases/purchases.h"
 #include "shell/startup/app_home.h"
 
+#include <QApplication>
 #include <QDateEdit>
 #include <QDesktopServices>
 #include <QDir>
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QIntValidator>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
@@ -68,24 +71,47 @@ QPushButton* screenButton(QWidget* screen, const QString& name, const QString& t
     return b;
 }
 
+void offerMissingArticles(QWidget* parent, const QList<PackingList::Missing>& missing) {
+    if (missing.isEmpty())
+        return;
+    const QString file = writeMissingArticles(missing);
+    if (dialogs().question(parent,
+                           QStringLiteral("No se cargaron ") + QString::number(missing.size()) +
+                               QStringLiteral(" articulos...! Desea visualizarlos...?"),
+                           QStringLiteral("Información"), false))
+        QDesktopServices::openUrl(QUrl::fromLocalFile(file));
+}
+
+QString chooseDbfFile(QWidget* parent, const QString& caption) {
+    return dialogs().openFileName(parent, caption,
+                                  QDir(shell::appHome()).filePath(QStringLiteral("Recibe")),
+                                  QStringLiteral("Tablas dBase (*.dbf *.DBF)"));
+}
+
 QList<DocumentLine> loadPackingList(QWidget* parent, const QSqlDatabase& db, PackingCheck check) {
     const QString path =
-        dialogs().openFileName(parent, QStringLiteral("Cargar Datos Desde Archivo (MOVITRAN.DBF)"),
-                               QDir(shell::appHome()).filePath(QStringLiteral("Recibe")),
-                               QStringLiteral("Tablas dBase (*.dbf *.DBF)"));
+        chooseDbfFile(parent, QStringLiteral("Cargar Datos Desde Archivo (MOVITRAN.DBF)"));
     if (path.isEmpty())
         return {};
     const PackingList list = readPackingList(db, path, check);
-    if (!list.missing.isEmpty()) {
-        const QString file = writeMissingArticles(list.missing);
-        if (dialogs().question(parent,
-                               QStringLiteral("No se cargaron ") +
-                                   QString::number(list.missing.size()) +
-                                   QStringLiteral(" articulos...! Desea visualizarlos...?"),
-                               QStringLiteral("Información"), false))
-            QDesktopServices::openUrl(QUrl::fromLocalFile(file));
-    }
+    offerMissingArticles(parent, list.missing);
     return list.lines;
+}
+
+std::optional<SisterCompany> chooseSisterCompany(QWidget* parent, const QSqlDatabase& db) {
+    const QList<SisterCompany> companies = sisterCompanies(db);
+    if (companies.isEmpty())
+        throw UserError(QStringLiteral("No existen empresas relacionadas registradas...!"));
+    QList<QStringList> rows;
+    for (const SisterCompany& c : companies)
+        rows.append({c.code, c.name, c.database});
+    const auto which = ChoiceDialog::choose(
+        parent, QStringLiteral("Empresas"),
+        {QStringLiteral("Código"), QStringLiteral("Nombre"), QStringLiteral("Base de datos")},
+        rows);
+    if (!which)
+        return std::nullopt;
+    return companies[*which];
 }
 
 void printDocument(QWidget* parent, const PrintedDocument& document) {
@@ -196,8 +222,65 @@ QPushButton* DocumentScreen::button(const QString& name, const QString& text, in
     return screenButton(this, name, text, key);
 }
 
+void DocumentScreen::keyIntoBoxes() {
+    m_boxed = true;
+}
+
+void DocumentScreen::setBrowserHeaders(const QStringList& headers) {
+    m_browser->setHorizontalHeaderLabels(headers);
+}
+
+QList<DocumentScreen::Column> DocumentScreen::lineColumns() const {
+    return {{QStringLiteral("Código")},         {QStringLiteral("Descripción")},
+            {QStringLiteral("Cantidad"), true}, {QStringLiteral("Precio"), true},
+            {QStringLiteral("% Imp."), true},   {QStringLiteral("Total"), true}};
+}
+
+QStringList DocumentScreen::lineCells(const DocumentLine& l) const {
+    return {l.barcode,           l.name,
+            shown(l.quantity),   shown(l.price, 6),
+            shown(l.taxPercent), shown((l.quantity * l.price).rounded(2))};
+}
+
+QList<DocumentScreen::TotalField> DocumentScreen::totalFields() const {
+    return {{QStringLiteral("lblTotalMercancia"), QStringLiteral("Mercancía:")},
+            {QStringLiteral("lblTotalDescuento"), QStringLiteral("Descuento:")},
+            {QStringLiteral("lblTotalImpuesto"), QStringLiteral("Impuesto:")},
+            {QStringLiteral("lblTotal"), QStringLiteral("Total:")}};
+}
+
+QStringList DocumentScreen::totalTexts(const QList<DocumentLine>& lines) const {
+    Decimal discount;
+    try {
+        discount = discountPercent();
+    } catch (const UserError&) {
+        discount = Decimal(); // shown when the field is left
+    }
+    const DocumentTotals t = rules::totalsOf(lines, discount);
+    return {shown(t.merchandise), shown(t.discount), shown(t.tax), shown(t.total())};
+}
+
+long long DocumentScreen::currentBox() const {
+    const long long box = m_box ? m_box->text().trimmed().toLongLong() : 0;
+    return box > 0 ? box : 1;
+}
+
+void DocumentScreen::setCurrentBox(long long box) {
+    if (m_box)
+        m_box->setText(QString::number(box > 0 ? box : 1));
+}
+
 void DocumentScreen::finish(QBoxLayout* extraButtons) {
     auto* keying = new QHBoxLayout;
+    if (m_boxed) {
+        m_box = new QLineEdit(QStringLiteral("1"), this);
+        m_box->setObjectName(QStringLiteral("txtCaja"));
+        m_box->setAlignment(Qt::AlignRight);
+        m_box->setValidator(new QIntValidator(1, 99999, m_box));
+        m_box->setMaximumWidth(70);
+        keying->addWidget(new QLabel(QStringLiteral("Caja:"), this));
+        keying->addWidget(m_box);
+    }
     m_code = textField(QStringLiteral("txtCodigo"), 15);
     m_quantity = new QLineEdit(QStringLiteral("1"), this);
     m_quantity->setObjectName(QStringLiteral("txtCantidad"));
@@ -218,24 +301,30 @@ void DocumentScreen::finish(QBoxLayout* extraButtons) {
     }
     m_form->addLayout(keying);
 
-    m_grid = new QTableWidget(0, 6, this);
+    const QList<Column> columns = lineColumns();
+    m_grid = new QTableWidget(0, int(columns.size()), this);
     m_grid->setObjectName(m_linesName);
-    m_grid->setHorizontalHeaderLabels({QStringLiteral("Código"), QStringLiteral("Descripción"),
-                                       QStringLiteral("Cantidad"), QStringLiteral("Precio"),
-                                       QStringLiteral("% Imp."), QStringLiteral("Total")});
+    QStringList headers;
+    int description = 0;
+    for (int c = 0; c < columns.size(); ++c) {
+        headers << columns[c].header;
+        if (columns[c].header == QStringLiteral("Descripción"))
+            description = c;
+    }
+    m_grid->setHorizontalHeaderLabels(headers);
     m_grid->setEditTriggers(QAbstractItemView::NoEditTriggers);
     m_grid->setSelectionBehavior(QAbstractItemView::SelectRows);
     m_grid->setSelectionMode(QAbstractItemView::SingleSelection);
-    m_grid->horizontalHeader()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
-    m_grid->horizontalHeader()->setSectionResizeMode(1, QHeaderView::Stretch);
+    m_grid->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    m_grid->horizontalHeader()->setSectionResizeMode(description, QHeaderView::Stretch);
     m_grid->installEventFilter(this);
     m_form->addWidget(m_grid, 1);
 
     auto* bottom = new QHBoxLayout;
-    auto label = [&](const char* name, const QString& caption) {
+    auto label = [&](const QString& name, const QString& caption) {
         bottom->addWidget(new QLabel(caption, this));
         auto* l = new QLabel(this);
-        l->setObjectName(QString::fromLatin1(name));
+        l->setObjectName(name);
         l->setMinimumWidth(90);
         l->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
         bottom->addWidget(l);
@@ -250,10 +339,8 @@ void DocumentScreen::finish(QBoxLayout* extraButtons) {
     m_progress = new QLabel(this);
     m_progress->setObjectName(QStringLiteral("lblProgreso"));
     bottom->addWidget(m_progress, 1);
-    m_merchandise = label("lblTotalMercancia", QStringLiteral("Mercancía:"));
-    m_discount = label("lblTotalDescuento", QStringLiteral("Descuento:"));
-    m_tax = label("lblTotalImpuesto", QStringLiteral("Impuesto:"));
-    m_total = label("lblTotal", QStringLiteral("Total:"));
+    for (const TotalField& f : totalFields())
+        m_totals << label(f.name, f.caption);
     m_form->addLayout(bottom);
 
     auto* buttons = extraButtons ? extraButtons : new QHBoxLayout;
@@ -267,7 +354,7 @@ void DocumentScreen::finish(QBoxLayout* extraButtons) {
     keysTakeTyping(false);
     installFieldBehaviour();
     // Installed after the record screen's: Enter in the keying row is handled here first.
-    for (QLineEdit* e : {m_code, m_quantity, m_price})
+    for (QLineEdit* e : {m_box, m_code, m_quantity, m_price})
         if (e)
             e->installEventFilter(this);
     connect(this, &RecordScreen::recordStateChanged, this, &DocumentScreen::updateEditability);
@@ -288,6 +375,11 @@ bool DocumentScreen::eventFilter(QObject* watched, QEvent* event) {
         const bool enter = key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter;
         if (watched == m_grid && key->key() == Qt::Key_Delete && isEditing()) {
             guarded(this, [&] { deleteLine(m_grid->currentRow()); });
+            return true;
+        }
+        if (enter && watched == m_box && m_box) {
+            m_code->setFocus();
+            m_code->selectAll();
             return true;
         }
         if (enter && (watched == m_code || watched == m_quantity || watched == m_price)) {
@@ -316,6 +408,11 @@ bool DocumentScreen::offers(Action action) const {
 void DocumentScreen::updateEditability() {
     m_browser->setEnabled(!isEditing());
     m_grid->setEnabled(true);
+    // After a save the field that had the focus is disabled and Qt hands the focus out of the
+    // screen: bring it back to the documents, so that the screen's F-keys keep working.
+    QWidget* focused = QApplication::focusWidget();
+    if (!isEditing() && isVisible() && !(focused && isAncestorOf(focused) && focused->isEnabled()))
+        m_browser->setFocus();
 }
 
 void DocumentScreen::barcodeEntered() {
@@ -349,6 +446,8 @@ void DocumentScreen::keyLine(const QString& barcode, const QString& quantity,
     const Decimal q = quantity.trimmed().isEmpty() ? Decimal(1) : rules::headerNumber(quantity);
     const Decimal p = rules::headerNumber(price);
     DocumentLine line = lineFor(barcode, q, p);
+    if (m_boxed)
+        line.box = currentBox();
     addLine(m_lines, line);
     refreshLines();
     linesChanged();
@@ -392,35 +491,24 @@ void DocumentScreen::setLines(const QList<DocumentLine>& lines) {
 void DocumentScreen::refreshLines() {
     m_grid->setRowCount(0);
     m_grid->setRowCount(int(m_lines.size()));
+    const QList<Column> columns = lineColumns();
     for (int r = 0; r < m_lines.size(); ++r) {
-        const DocumentLine& l = m_lines[r];
-        m_grid->setItem(r, 0, cell(l.barcode));
-        m_grid->setItem(r, 1, cell(l.name));
-        m_grid->setItem(r, 2, cell(shown(l.quantity), true));
-        m_grid->setItem(r, 3, cell(shown(l.price, 6), true));
-        m_grid->setItem(r, 4, cell(shown(l.taxPercent), true));
-        m_grid->setItem(r, 5, cell(shown((l.quantity * l.price).rounded(2)), true));
+        const QStringList cells = lineCells(m_lines[r]);
+        for (int c = 0; c < columns.size() && c < cells.size(); ++c)
+            m_grid->setItem(r, c, cell(cells[c], columns[c].right));
     }
     refreshTotals();
 }
 
 void DocumentScreen::refreshTotals() {
-    Decimal discount;
-    try {
-        discount = discountPercent();
-    } catch (const UserError&) {
-        discount = Decimal(); // shown when the field is left
-    }
-    const DocumentTotals t = rules::totalsOf(m_lines, discount);
-    m_merchandise->setText(shown(t.merchandise));
-    m_discount->setText(shown(t.discount));
-    m_tax->setText(shown(t.tax));
-    m_total->setText(shown(t.total()));
+    const QStringList texts = totalTexts(m_lines);
+    for (int i = 0; i < m_totals.size() && i < texts.size(); ++i)
+        m_totals[i]->setText(texts[i]);
 }
 
 void DocumentScreen::setStatus(int status) {
     m_status = status;
-    m_state->setText(status == kOpen ? QStringLiteral("ABIERTA") : QStringLiteral("APROBADA"));
+    m_state->setText(statusText(status));
     emit recordStateChanged();
 }
 
@@ -459,8 +547,7 @@ void DocumentScreen::requery() {
         m_browser->setItem(r, 2, cell(d.supplierName));
         m_browser->setItem(r, 3, cell(d.date.toString(QStringLiteral("dd/MM/yyyy"))));
         m_browser->setItem(r, 4, cell(shown(d.total), true));
-        m_browser->setItem(
-            r, 5, cell(d.status == kOpen ? QStringLiteral("ABIERTA") : QStringLiteral("APROBADA")));
+        m_browser->setItem(r, 5, cell(statusText(d.status)));
         if (d.number == m_pending.first &&
             (m_pending.second.isEmpty() || d.supplier == m_pending.second))
             m_current = r;
@@ -515,6 +602,7 @@ void DocumentScreen::newRecord() {
     RecordScreen::newRecord();
     setLines({});
     setStatus(kOpen);
+    setCurrentBox(1);
     m_quantity->setText(QStringLiteral("1"));
     m_article->clear();
     focusFirstEditable();

@@ -18,11 +18,11 @@ class QVBoxLayout;
 
 namespace orvo::inventory::purchases {
 
-// What the purchase document screens share, driven by the record toolbar: the browser of
-// documents (grdConsulta) above, the document below with its header, its keying row (txtCodigo,
-// txtCantidad and, where lines carry one, txtPrecio: Enter moves from one to the next and the
-// last adds the line) and its lines with their totals. An approved document is read-only: Modify
-// and Delete are not offered for it.
+// What the stock document screens share (purchases, transfers), driven by the record toolbar: the
+// browser of documents (grdConsulta) above, the document below with its header, its keying row
+// (txtCaja where lines go into boxes, txtCodigo, txtCantidad and, where lines carry one,
+// txtPrecio: Enter moves from one to the next and the last adds the line) and its lines with
+// their totals. An approved document is read-only: Modify and Delete are not offered for it.
 class DocumentScreen : public shell::RecordScreen {
     Q_OBJECT
 public:
@@ -54,6 +54,11 @@ protected:
     // A button kept out of the Enter chain; `key` (an F-key) presses it from anywhere on the
     // screen and is shown in its caption.
     QPushButton* button(const QString& name, const QString& text, int key = 0);
+    // Lines go into numbered boxes: the keying row starts with the box (txtCaja), each line
+    // keyed takes it, and the same barcode in two boxes stays two lines. Before finish().
+    void keyIntoBoxes();
+    // The browser's column captions (six: number, code, name, date, total, status).
+    void setBrowserHeaders(const QStringList& headers);
     // Adds the keying row, the lines and the totals; installs the keyboard behaviour.
     void finish(QBoxLayout* extraButtons = nullptr);
 
@@ -70,12 +75,31 @@ protected:
     virtual Decimal discountPercent() const { return {}; }
     // After the lines changed (keyed, deleted, loaded).
     virtual void linesChanged() {}
+    // What the lines grid shows: its columns and a line's cells. By default a priced document's
+    // code, description, quantity, price, tax rate and amount.
+    struct Column {
+        QString header;
+        bool right = false;
+    };
+    virtual QList<Column> lineColumns() const;
+    virtual QStringList lineCells(const DocumentLine& line) const;
+    // The totals under the lines (label objectName and caption) and their texts. By default
+    // merchandise, discount, tax and total.
+    struct TotalField {
+        QString name;
+        QString caption;
+    };
+    virtual QList<TotalField> totalFields() const;
+    virtual QStringList totalTexts(const QList<DocumentLine>& lines) const;
 
     // What the screen shows of the current document.
     void setLines(const QList<DocumentLine>& lines);
     void setStatus(int status);
     int status() const { return m_status; }
     void showProgress(const QString& text);
+    // The box the keying row fills (1 when lines are not boxed or nothing is typed).
+    long long currentBox() const;
+    void setCurrentBox(long long box);
     // The document to show after the next requery (its number).
     void selectAfterRequery(const QString& number, const QString& supplier = {});
     const DocumentSummary* current() const;
@@ -101,6 +125,7 @@ protected:
     QLineEdit* m_code = nullptr;
     QLineEdit* m_quantity = nullptr;
     QLineEdit* m_price = nullptr;
+    QLineEdit* m_box = nullptr;
     QTableWidget* m_grid = nullptr;
     QVBoxLayout* m_form = nullptr;
 
@@ -116,6 +141,7 @@ private:
 
     QString m_linesName;
     bool m_withPrice;
+    bool m_boxed = false;
     QList<DocumentSummary> m_documents;
     QList<DocumentLine> m_lines;
     int m_current = -1;
@@ -127,18 +153,22 @@ private:
     QLabel* m_article = nullptr;
     QLabel* m_state = nullptr;
     QLabel* m_progress = nullptr;
-    QLabel* m_merchandise = nullptr;
-    QLabel* m_discount = nullptr;
-    QLabel* m_tax = nullptr;
-    QLabel* m_total = nullptr;
+    QList<QLabel*> m_totals;
 };
 
 // A screen button outside the Enter chain, pressed by `key` (0: none) anywhere on `screen`.
 QPushButton* screenButton(QWidget* screen, const QString& name, const QString& text, int key = 0);
-// Asks for a packing list (MOVITRAN.DBF, from Recibe/ by default) and reads it; the articles it
-// may not bring are written to "Articulos no existentes.txt" and offered for viewing. Nothing when
-// no file is chosen.
+// Asks for a dBase file (from Recibe/ by default); empty when none is chosen.
+QString chooseDbfFile(QWidget* parent, const QString& caption);
+// Asks for a packing list (MOVITRAN.DBF) and reads it; the articles it may not bring are written
+// to "Articulos no existentes.txt" and offered for viewing. Nothing when no file is chosen.
 QList<DocumentLine> loadPackingList(QWidget* parent, const QSqlDatabase& db, PackingCheck check);
+// Tells the user how many articles were left out (written to "Articulos no existentes.txt") and
+// offers to show the file.
+void offerMissingArticles(QWidget* parent, const QList<PackingList::Missing>& missing);
+// Asks which sister company (EMPRESAS) to read from; nothing when cancelled. UserError when
+// there is none.
+std::optional<SisterCompany> chooseSisterCompany(QWidget* parent, const QSqlDatabase& db);
 // Prints a purchase document on the printer the user chooses (or a PDF file).
 void printDocument(QWidget* parent, const PrintedDocument& document);
 // Writes it to a PDF file the user names.

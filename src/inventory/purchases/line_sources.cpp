@@ -74,6 +74,16 @@ QSqlDatabase openSisterDatabase(const QSqlDatabase& own, const SisterCompany& co
     return db::openConnection(s, connectionName);
 }
 
+SisterDatabase::SisterDatabase(const QSqlDatabase& own, const SisterCompany& company)
+    : m_name(QStringLiteral("orvo_empresa_") + company.code) {
+    m_db = openSisterDatabase(own, company, m_name);
+}
+
+SisterDatabase::~SisterDatabase() {
+    m_db = QSqlDatabase();
+    db::closeConnection(m_name);
+}
+
 QList<SisterInvoice> sisterInvoices(const QSqlDatabase& own, const QSqlDatabase& sister,
                                     const QString& supplier) {
     const QString rif = plainRif(store::companyRif(own));
@@ -113,17 +123,20 @@ LoadedLines loadSisterInvoice(const QSqlDatabase& own, const QSqlDatabase& siste
     return out;
 }
 
-PackingList readPackingList(const QSqlDatabase& db, const QString& path, PackingCheck check) {
+PackingList readPackingList(const QSqlDatabase& db, const QString& path, PackingCheck check,
+                            bool byBox) {
     const exchange::package::DbfTable table(
         path, {QStringLiteral("CodBarra"), QStringLiteral("Cantidad")});
     const bool named = table.hasField(QStringLiteral("Nombre"));
     const bool valued = table.hasField(QStringLiteral("Valor"));
+    const bool boxed = byBox && table.hasField(QStringLiteral("CajaNum"));
     struct Row {
         QString barcode, name;
         Decimal quantity, value;
+        long long box = 0;
     };
     QList<Row> rows;
-    QHash<QString, int> at;
+    QHash<QPair<QString, long long>, int> at;
     for (int i = 0; i < table.recordCount(); ++i) {
         if (table.isDeleted(i))
             continue;
@@ -131,13 +144,15 @@ PackingList readPackingList(const QSqlDatabase& db, const QString& path, Packing
         if (barcode.isEmpty())
             continue;
         const Decimal quantity = table.decimal(i, QStringLiteral("Cantidad"));
-        if (const auto it = at.constFind(barcode); it != at.constEnd()) {
+        const long long box =
+            !byBox ? 0 : (boxed ? std::max(1LL, table.integer(i, QStringLiteral("CajaNum"))) : 1);
+        if (const auto it = at.constFind({barcode, box}); it != at.constEnd()) {
             rows[*it].quantity += quantity;
             continue;
         }
-        at.insert(barcode, int(rows.size()));
+        at.insert({barcode, box}, int(rows.size()));
         rows.append({barcode, named ? table.text(i, QStringLiteral("Nombre")) : QString(), quantity,
-                     valued ? table.decimal(i, QStringLiteral("Valor")) : Decimal()});
+                     valued ? table.decimal(i, QStringLiteral("Valor")) : Decimal(), box});
     }
     PackingList out;
     // The reception's test is the no-op update: an article must be active and have a cost.
@@ -148,7 +163,7 @@ PackingList readPackingList(const QSqlDatabase& db, const QString& path, Packing
                         (check == PackingCheck::Exists || store::usableInBox(db, r.barcode));
         if (ok)
             out.lines.append(
-                {article->barcode, article->name, r.quantity, r.value, article->taxRate});
+                {article->barcode, article->name, r.quantity, r.value, article->taxRate, r.box});
         else
             out.missing.append({r.barcode, r.name, r.quantity});
     }
@@ -157,8 +172,11 @@ PackingList readPackingList(const QSqlDatabase& db, const QString& path, Packing
 }
 
 QString writeMissingArticles(const QList<PackingList::Missing>& missing) {
-    const QString path =
-        QDir(shell::appHome()).filePath(QStringLiteral("Articulos no existentes.txt"));
+    return writeArticleList(QStringLiteral("Articulos no existentes.txt"), missing);
+}
+
+QString writeArticleList(const QString& fileName, const QList<PackingList::Missing>& missing) {
+    const QString path = QDir(shell::appHome()).filePath(fileName);
     QDir().mkpath(shell::appHome());
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly | QIODevice::Text))

@@ -26,6 +26,20 @@ QList<SisterCompany> sisterCompanies(const QSqlDatabase& db);
 QSqlDatabase openSisterDatabase(const QSqlDatabase& own, const SisterCompany& company,
                                 const QString& connectionName);
 
+// A sister company's database, open while the object lives.
+class SisterDatabase {
+public:
+    SisterDatabase(const QSqlDatabase& own, const SisterCompany& company);
+    ~SisterDatabase();
+    SisterDatabase(const SisterDatabase&) = delete;
+    SisterDatabase& operator=(const SisterDatabase&) = delete;
+    const QSqlDatabase& db() const { return m_db; }
+
+private:
+    QString m_name;
+    QSqlDatabase m_db;
+};
+
 struct SisterInvoice {
     long long number = 0;
     QString serie;
@@ -64,12 +78,16 @@ struct PackingList {
     };
     QList<Missing> missing; // left out by the check
 };
-// Reads a packing list (CodBarra, Cantidad; Nombre and Valor when present), checked before
-// anything is used: a missing, truncated or foreign file is refused. The quantities of a barcode
-// are summed; its price is the Valor of its first record.
-PackingList readPackingList(const QSqlDatabase& db, const QString& path, PackingCheck check);
+// Reads a packing list (CodBarra, Cantidad; Nombre, Valor and CajaNum when present), checked
+// before anything is used: a missing, truncated or foreign file is refused. The quantities of a
+// barcode are summed (per box when `byBox`: each line then carries its CajaNum, 1 when the file
+// has none); its price is the Valor of its first record.
+PackingList readPackingList(const QSqlDatabase& db, const QString& path, PackingCheck check,
+                            bool byBox = false);
 // Writes "Articulos no existentes.txt" in the application folder, one barcode a line with its
 // name and quantity; returns its path.
 QString writeMissingArticles(const QList<PackingList::Missing>& missing);
+// The same list under another name of the application folder ("Articulos sin valores.txt").
+QString writeArticleList(const QString& fileName, const QList<PackingList::Missing>& articles);
 
 } // namespace orvo::inventory::purchases

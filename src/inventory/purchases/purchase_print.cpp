@@ -20,10 +20,6 @@ QString day(const QDateTime& d) {
     return d.toString(QStringLiteral("dd/MM/yyyy"));
 }
 
-QString statusText(int status) {
-    return status == kOpen ? QStringLiteral("ABIERTA") : QStringLiteral("APROBADA");
-}
-
 // Lines with their unit price (six decimals) and amount.
 QString lineTable(const QList<DocumentLine>& lines, int priceDecimals) {
     QList<QStringList> rows;
@@ -68,6 +64,17 @@ QString fields(const QList<QPair<QString, QString>>& pairs) {
         html += QStringLiteral("</tr>");
     }
     return html + QStringLiteral("</table><br>");
+}
+
+QString statusText(int status) {
+    switch (status) {
+    case kOpen:
+        return QStringLiteral("ABIERTA");
+    case kExported:
+        return QStringLiteral("EXPORTADA");
+    default:
+        return QStringLiteral("APROBADA");
+    }
 }
 
 PrintedDocument orderDocument(const QSqlDatabase& db, long long number) {

@@ -16,7 +16,7 @@ struct PrintedDocument {
     QString html;
 };
 
-// Label and value pairs, two to a row, as the head of a printed document.
+// A printed document's header: label and value pairs, two to a row.
 QString fields(const QList<QPair<QString, QString>>& pairs);
 
 PrintedDocument orderDocument(const QSqlDatabase& db, long long number);

@@ -263,31 +263,17 @@ void PurchaseScreen::loadFromSisterCompany() {
     const QString supplier = m_supplier->currentData().toString();
     if (supplier.isEmpty())
         throw UserError(QStringLiteral("Debe seleccionar un proveedor...!"));
-    const QList<SisterCompany> companies = sisterCompanies(m_db);
-    if (companies.isEmpty())
-        throw UserError(QStringLiteral("No existen empresas relacionadas registradas...!"));
-    QList<QStringList> rows;
-    for (const SisterCompany& c : companies)
-        rows.append({c.code, c.name, c.database});
-    const auto which = ChoiceDialog::choose(
-        this, QStringLiteral("Empresas"),
-        {QStringLiteral("Código"), QStringLiteral("Nombre"), QStringLiteral("Base de datos")},
-        rows);
-    if (!which)
+    const auto company = chooseSisterCompany(this, m_db);
+    if (!company)
         return;
-    const SisterCompany& company = companies[*which];
-    const QString connection = QStringLiteral("orvo_empresa_") + company.code;
     // The sister's connection lives only while its invoice is read.
-    struct Closer {
-        QString name;
-        ~Closer() { db::closeConnection(name); }
-    } closer{connection};
-    const QSqlDatabase sister = openSisterDatabase(m_db, company, connection);
+    const SisterDatabase sisterDb(m_db, *company);
+    const QSqlDatabase& sister = sisterDb.db();
     const QList<SisterInvoice> invoices = sisterInvoices(m_db, sister, supplier);
     if (invoices.isEmpty())
         throw UserError(QStringLiteral("No existen facturas pendientes de la empresa ") +
-                        company.name + QStringLiteral("...!"));
-    rows.clear();
+                        company->name + QStringLiteral("...!"));
+    QList<QStringList> rows;
     for (const SisterInvoice& i : invoices)
         rows.append({i.document(), i.serie, i.date.toString(QStringLiteral("dd/MM/yyyy")),
                      i.total.toLocaleString(QLocale(), 2)});

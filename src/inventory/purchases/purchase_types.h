@@ -14,6 +14,11 @@ namespace orvo::inventory::purchases {
 // Status of the documents: "ABIERTA" (editable, deletable) until approved, then read-only.
 inline constexpr int kOpen = 0;
 inline constexpr int kApproved = 1;
+// Packed for the other store (transfers and their returns).
+inline constexpr int kExported = 2;
+
+// "ABIERTA", "APROBADA", "EXPORTADA".
+QString statusText(int status);
 
 // MetodoValorizacion: which charges enter the cost. The first leaves freight and insurance out.
 enum class Valuation : int { WithoutFreight = 1, WithFreight = 2 };
@@ -25,6 +30,7 @@ struct DocumentLine {
     Decimal quantity;
     Decimal price;      // unit price before tax: six decimals on orders and purchases
     Decimal taxPercent; // PorcentajeImpuesto of the article's tax code
+    long long box = 0;  // NumeroCaja, on documents packed in boxes (transfers)
 };
 
 // What a document's lines add up to.

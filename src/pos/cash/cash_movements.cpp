@@ -3,6 +3,7 @@
 #include "common/db/sql.h"
 #include "common/db/transaction.h"
 #include "common/errors/errors.h"
+#include "common/numbering/numbering.h"
 #include "pos/register/day_state.h"
 
 namespace orvo::pos::cash {
@@ -40,28 +41,26 @@ int addWithdrawal(const QSqlDatabase& db, const QString& serial, const QDate& da
         if (a.integer(QStringLiteral("ManejaDocumentos")) == 1 && w.documento.trimmed().isEmpty())
             throw UserError(QStringLiteral("Debe indicar el documento...!"));
     }
-    const int number =
-        db::scalar(db,
-                   QStringLiteral("SELECT COALESCE(MAX(Numero), 0) FROM SALIDASCAJA WHERE "
-                                  "Serie = ?"),
-                   {serial})
-            .toInt() +
-        1;
     // The day's date with the time of the withdrawal, so that the day's range finds it.
     const QDateTime fecha(day, now.time());
-    Sql i(db, QStringLiteral("INSERT INTO SALIDASCAJA (Numero, Serie, Fecha, CodigoContable, "
-                             "Acreedor, Documento, Descripcion, Monto, Usuario, Status) "
-                             "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, 0)"));
-    i.bind(number)
-        .bind(serial)
-        .bind(fecha)
-        .bind(w.codigoContable.trimmed())
-        .bind(w.acreedor.trimmed())
-        .bind(w.documento.trimmed())
-        .bind(w.descripcion.trimmed())
-        .bind(w.monto, 2)
-        .bind(user)
-        .exec();
+    const int number = int(common::insertNumbered(
+        db,
+        {QStringLiteral("SALIDASCAJA"), QStringLiteral("Numero"), QStringLiteral("Serie"), serial},
+        [&](long long next) {
+            Sql i(db, QStringLiteral("INSERT INTO SALIDASCAJA (Numero, Serie, Fecha, "
+                                     "CodigoContable, Acreedor, Documento, Descripcion, Monto, "
+                                     "Usuario, Status) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, 0)"));
+            i.bind(next)
+                .bind(serial)
+                .bind(fecha)
+                .bind(w.codigoContable.trimmed())
+                .bind(w.acreedor.trimmed())
+                .bind(w.documento.trimmed())
+                .bind(w.descripcion.trimmed())
+                .bind(w.monto, 2)
+                .bind(user)
+                .exec();
+        }));
     tx.commit();
     return number;
 }

@@ -111,6 +111,8 @@ RegisterScreen::RegisterScreen(QSqlDatabase db, shell::SessionContext& session, 
     stationForm->addRow(stationNote);
     stationForm->addRow(QStringLiteral("Impresora de facturas:"), m_impresoraFactura);
     stationForm->addRow(QStringLiteral("Número de copias:"), m_numeroCopias);
+    // Room for a PDF path under the application folder.
+    m_impresoraFactura->setMinimumContentsLength(40);
 
     auto* form = new QFormLayout;
     form->addRow(QStringLiteral("Serie:"), m_serie);
@@ -155,6 +157,7 @@ RegisterScreen::RegisterScreen(QSqlDatabase db, shell::SessionContext& session, 
         else
             loadStationSettings();
     });
+    installFieldBehaviour();
     enableInputs(false, true);
 }
 

@@ -168,9 +168,15 @@ QList<long long> pendingReturnPrints(const QSqlDatabase& db, const QString& seri
 
 sale::PrintResult printPendingReturns(const QSqlDatabase& db, const shell::SessionContext& ctx,
                                       sale::SalePrinter* printer, const sale::PaperPrinter& paper) {
-    return sale::printPending(pendingReturnPrints(db, ctx.serial), [&](long long number) {
-        return printReturn(db, ctx, number, false, printer, paper);
-    });
+    const QList<long long> pending = pendingReturnPrints(db, ctx.serial);
+    return sale::printPending(
+        pending, sale::printerLastDocument(ctx, printer, true, pending),
+        [&](long long number) {
+            db::Transaction tx(db);
+            store::markPrinted(db, number, ctx.serial);
+            tx.commit();
+        },
+        [&](long long number) { return printReturn(db, ctx, number, false, printer, paper); });
 }
 
 } // namespace orvo::pos::returns

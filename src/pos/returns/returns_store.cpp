@@ -2,6 +2,8 @@
 
 #include "common/db/sql.h"
 #include "common/db/transaction.h"
+#include "common/numbering/numbering.h"
+
 #include "pos/returns/return_draft.h"
 #include "pos/sale/line_insert.h"
 
@@ -135,6 +137,15 @@ const QString kArticlesOfReturn =
 void restock(const QSqlDatabase& db, long long number, const QString& serie,
              NegativeStockLastCost negative) {
     db::requireTransaction(db);
+    // Every variant of the models coming back changes (stock, then the model's average cost):
+    // taken in barcode order, as the sales take theirs, so two registers never deadlock.
+    db::lockRows(db,
+                 QStringLiteral("SELECT I.CodigoBarra FROM INVENTARIO I WHERE EXISTS (SELECT 1 "
+                                "FROM MOVDEVVENTAS M INNER JOIN INVENTARIO B ON B.CodigoBarra = "
+                                "M.CodigoBarra WHERE M.NumeroDevolucion = ? AND M.Serie = ? AND "
+                                "B.Referencia = I.Referencia AND B.CodigoMarca = I.CodigoMarca) "
+                                "ORDER BY I.CodigoBarra"),
+                 {number, serie});
     const QString qty = QStringLiteral("(SELECT SUM(M.Cantidad)") + kLinesOfArticle;
     // Variants with stock: the cost is weighted with what comes back. The "* 1.0" keeps SQLite
     // from dividing whole costs and quantities as integers.
@@ -200,26 +211,24 @@ QString refundsAccount(const QSqlDatabase& db) {
 
 long long insertCashRefund(const QSqlDatabase& db, const CashRefund& r) {
     db::requireTransaction(db);
-    const long long number =
-        db::scalar(db,
-                   QStringLiteral("SELECT COALESCE(MAX(Numero), 0) + 1 FROM SALIDASCAJA WHERE "
-                                  "Serie = ?"),
-                   {r.serie})
-            .toLongLong();
-    db::Sql(db, QStringLiteral("INSERT INTO SALIDASCAJA (Numero, Serie, Fecha, CodigoContable, "
-                               "Acreedor, Documento, Descripcion, Monto, Usuario, Status) VALUES "
-                               "(?, ?, ?, ?, ?, ?, ?, ?, ?, 1)"))
-        .bind(number)
-        .bind(r.serie)
-        .bind(r.fecha)
-        .bind(r.account)
-        .bind(r.creditor.left(100))
-        .bind(r.document.left(30))
-        .bind(QStringLiteral("SALIDA DE CAJA GENERADA POR DEVOLUCION DE VENTA"))
-        .bind(r.amount, 2)
-        .bind(r.usuario)
-        .exec();
-    return number;
+    return common::insertNumbered(
+        db,
+        {QStringLiteral("SALIDASCAJA"), QStringLiteral("Numero"), QStringLiteral("Serie"), r.serie},
+        [&](long long number) {
+            db::Sql(db, QStringLiteral("INSERT INTO SALIDASCAJA (Numero, Serie, Fecha, "
+                                       "CodigoContable, Acreedor, Documento, Descripcion, Monto, "
+                                       "Usuario, Status) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, 1)"))
+                .bind(number)
+                .bind(r.serie)
+                .bind(r.fecha)
+                .bind(r.account)
+                .bind(r.creditor.left(100))
+                .bind(r.document.left(30))
+                .bind(QStringLiteral("SALIDA DE CAJA GENERADA POR DEVOLUCION DE VENTA"))
+                .bind(r.amount, 2)
+                .bind(r.usuario)
+                .exec();
+        });
 }
 
 void markPrinted(const QSqlDatabase& db, long long number, const QString& serie) {

@@ -36,9 +36,15 @@ LineFigures lineFigures(const Line& l, const QString& tipoLista, const Decimal& 
             .porcentajeDescuento = l.porcentajeDescuento};
 }
 
-// Inserts the lines of an invoice (MOVVENTAS) or of a return (MOVDEVVENTAS): the two tables share
-// their line columns and differ in the name of the document number's column. Prepared once for
-// all the lines of a document; figures are rounded to their columns' scales.
+// The columns a line of an invoice (MOVVENTAS) or of a return (MOVDEVVENTAS) is written with: the
+// two tables share them and differ in the name of the document number's column.
+QStringList lineColumns(const QString& numberColumn);
+// The values for lineColumns(), figures rounded to their columns' scales.
+QVariantList lineValues(long long number, const QString& serie, const QDateTime& hora,
+                        const LineFigures& line, int item);
+
+// Inserts the lines of an invoice or a return one by one, prepared once for all the lines of a
+// document.
 class LineInsert {
 public:
     LineInsert(const QSqlDatabase& db, const QString& table, const QString& numberColumn);

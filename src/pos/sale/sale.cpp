@@ -170,7 +170,6 @@ long long parkSale(const QSqlDatabase& db, const shell::SessionContext& ctx, Sal
     draft.checkNoTerminalPayments(); // parked sales keep no payments
     db::Transaction tx(db);
     store::ParkedHeader h;
-    h.numero = store::nextParkedNumber(db);
     h.serie = ctx.serial;
     h.fecha = db::serverNow(db);
     h.vendedor = draft.seller().cedula;
@@ -180,7 +179,11 @@ long long parkSale(const QSqlDatabase& db, const shell::SessionContext& ctx, Sal
     h.usuario = ctx.userCode;
     h.numeroOrden = draft.dispatchOrder();
     h.exenta = draft.isExempt();
-    store::insertParked(db, h);
+    h.numero = common::insertNumbered(db, {QStringLiteral("HISTVENTAS"), QStringLiteral("Numero")},
+                                      [&](long long numero) {
+                                          h.numero = numero;
+                                          store::insertParked(db, h);
+                                      });
     for (int i = 0; i < draft.lines().size(); ++i)
         store::insertParkedLine(db, h.numero, h.serie, i + 1, h.fecha, draft.lines().at(i));
     store::writeParkedTotals(db, h.numero, h.serie, draft.totals());
@@ -350,6 +353,7 @@ AcceptResult acceptSale(const QSqlDatabase& db, const shell::SessionContext& ctx
         lines.add(l);
         lines.decreaseStock(l.codigoBarra, l.cantidad);
     }
+    lines.finish();
     store::ensurePlaceholderBank(db);
 
     if (draft.mode() == PaymentMode::Credit) {
@@ -463,10 +467,17 @@ QList<long long> pendingPrints(const QSqlDatabase& db, const QString& serie) {
     return out;
 }
 
-PrintResult printPending(const QList<long long>& numbers,
+PrintResult printPending(const QList<long long>& numbers, long long printerLast,
+                         const std::function<void(long long number)>& markOnly,
                          const std::function<PrintResult(long long number)>& print) {
     PrintResult all;
     for (long long number : numbers) {
+        if (number <= printerLast) {
+            qCWarning(lcSale) << "document" << number
+                              << "was already on the fiscal printer: marked, not printed again";
+            markOnly(number);
+            continue;
+        }
         PrintResult r = print(number);
         if (!r.ok())
             return r;
@@ -476,11 +487,27 @@ PrintResult printPending(const QList<long long>& numbers,
     return all;
 }
 
+long long printerLastDocument(const shell::SessionContext& ctx, SalePrinter* printer,
+                              bool creditNotes, const QList<long long>& pending) {
+    if (pending.isEmpty() || !printer || !printsFiscally(ctx))
+        return 0;
+    const fiscal::PrinterFacts facts = printer->facts();
+    if (!facts.answers)
+        return 0;
+    return creditNotes ? facts.lastCreditNote : facts.lastInvoice;
+}
+
 PrintResult printPendingSales(const QSqlDatabase& db, const shell::SessionContext& ctx,
                               SalePrinter* printer, const PaperPrinter& paper) {
-    return printPending(pendingPrints(db, ctx.serial), [&](long long number) {
-        return printSale(db, ctx, number, false, printer, paper);
-    });
+    const QList<long long> pending = pendingPrints(db, ctx.serial);
+    return printPending(
+        pending, printerLastDocument(ctx, printer, false, pending),
+        [&](long long number) {
+            db::Transaction tx(db);
+            store::markPrinted(db, ctx.serial, number);
+            tx.commit();
+        },
+        [&](long long number) { return printSale(db, ctx, number, false, printer, paper); });
 }
 
 } // namespace orvo::pos::sale

@@ -173,8 +173,16 @@ QList<long long> pendingPrints(const QSqlDatabase& db, const QString& serie);
 
 // Prints the pending documents in order and stops at the first failure, whose result it returns;
 // the ones after it stay pending so nothing goes out of order. Otherwise says where they went.
-PrintResult printPending(const QList<long long>& numbers,
+// A document numbered up to `printerLast` (the fiscal printer's last one of its kind) went out
+// before the program could mark it (it was stopped between the two): it is only marked, never
+// printed a second time.
+PrintResult printPending(const QList<long long>& numbers, long long printerLast,
+                         const std::function<void(long long number)>& markOnly,
                          const std::function<PrintResult(long long number)>& print);
+// The fiscal printer's last invoice (or credit note) when documents are pending on a register
+// that prints fiscally; 0 otherwise, or when the printer does not answer (the print then says why).
+long long printerLastDocument(const shell::SessionContext& ctx, SalePrinter* printer,
+                              bool creditNotes, const QList<long long>& pending);
 
 // The invoices of this register left pending, printed again before the next sale.
 PrintResult printPendingSales(const QSqlDatabase& db, const shell::SessionContext& ctx,

@@ -1,7 +1,9 @@
 #include "pos/sale/sale_store.h"
 
+#include "common/db/bulk_insert.h"
 #include "common/db/sql.h"
 #include "common/db/transaction.h"
+#include "common/numbering/numbering.h"
 
 namespace orvo::pos::sale::store {
 
@@ -223,14 +225,7 @@ void insertSale(const QSqlDatabase& db, const SaleHeader& h) {
 
 LineWriter::LineWriter(const QSqlDatabase& db, long long number, const QString& serie,
                        const QDateTime& hora)
-    : m_number(number), m_serie(serie), m_hora(hora),
-      m_merge(db, QStringLiteral("UPDATE MOVVENTAS SET Cantidad = Cantidad + ? WHERE "
-                                 "NumeroFactura = ? AND Serie = ? AND CodigoBarra = ? AND "
-                                 "TipoLista = ? AND Precio = ? AND PrecioLista = ? AND "
-                                 "PorcentajeDescuento = ?")),
-      m_insert(db, QStringLiteral("MOVVENTAS"), QStringLiteral("NumeroFactura")),
-      m_stock(db, QStringLiteral("UPDATE INVENTARIO SET Existencia = Existencia - ? WHERE "
-                                 "CodigoBarra = ? AND Tipo = 0")) {
+    : m_db(db), m_number(number), m_serie(serie), m_hora(hora) {
     db::requireTransaction(db);
 }
 
@@ -239,28 +234,54 @@ int LineWriter::add(const SaleLine& l) {
     const QString key = QStringList{l.codigoBarra, letter, l.precio.toString(4),
                                     l.precioLista.toString(4), l.porcentajeDescuento.toString(4)}
                             .join(QLatin1Char('\x1f'));
-    // Only a key already written can match: the update runs for those alone.
-    if (m_written.contains(key)) {
-        m_merge.bind(l.cantidad, 3)
-            .bind(m_number)
-            .bind(m_serie)
-            .bind(l.codigoBarra)
-            .bind(letter)
-            .bind(l.precio, 4)
-            .bind(l.precioLista, 4)
-            .bind(l.porcentajeDescuento, 4)
-            .exec();
-        if (m_merge.rowsAffected() > 0)
-            return m_written.value(key);
+    if (const auto it = m_written.constFind(key); it != m_written.constEnd()) {
+        m_lines[*it - 1].cantidad += l.cantidad;
+        return *it;
     }
-    const int item = m_nextItem++;
-    m_insert.insert(m_number, m_serie, m_hora, lineFigures(l, letter, l.cantidad), item);
+    m_lines.append(lineFigures(l, letter, l.cantidad));
+    const int item = int(m_lines.size());
     m_written.insert(key, item);
     return item;
 }
 
 void LineWriter::decreaseStock(const QString& barcode, const Decimal& quantity) {
-    m_stock.bind(quantity, 3).bind(barcode).exec();
+    m_stock[barcode] += quantity;
+}
+
+void LineWriter::finish() {
+    db::BulkInsert insert(m_db, QStringLiteral("MOVVENTAS"),
+                          lineColumns(QStringLiteral("NumeroFactura")));
+    for (int i = 0; i < m_lines.size(); ++i)
+        insert.add(lineValues(m_number, m_serie, m_hora, m_lines.at(i), i + 1));
+    insert.flush();
+    m_lines.clear();
+    m_written.clear();
+    if (m_stock.isEmpty())
+        return;
+    // One UPDATE for every article: Existencia - CASE CodigoBarra WHEN ? THEN ? ... END.
+    QString cases;
+    QString in;
+    QVariantList values;
+    QVariantList keys;
+    for (auto it = m_stock.constBegin(); it != m_stock.constEnd(); ++it) {
+        cases += QStringLiteral(" WHEN ? THEN CAST(? AS NUMERIC(18,3))");
+        values << it.key() << it.value().toVariant(3);
+        in += in.isEmpty() ? QStringLiteral("?") : QStringLiteral(", ?");
+        keys << it.key();
+    }
+    // Registers selling the same articles take their rows in barcode order.
+    db::lockRows(m_db,
+                 QStringLiteral("SELECT CodigoBarra FROM INVENTARIO WHERE CodigoBarra IN (%1) "
+                                "ORDER BY CodigoBarra")
+                     .arg(in),
+                 keys);
+    db::Sql q(m_db, QStringLiteral("UPDATE INVENTARIO SET Existencia = Existencia - CASE "
+                                   "CodigoBarra%1 END WHERE Tipo = 0 AND CodigoBarra IN (%2)")
+                        .arg(cases, in));
+    for (const QVariant& v : values + keys)
+        q.bind(v);
+    q.exec();
+    m_stock.clear();
 }
 
 void ensurePlaceholderBank(const QSqlDatabase& db) {
@@ -306,22 +327,23 @@ void insertReceivable(const QSqlDatabase& db, long long number, const QString& s
                       const QString& client, const Decimal& amount, int days,
                       const QDateTime& fecha) {
     db::requireTransaction(db);
-    const long long next =
-        db::scalar(db, QStringLiteral("SELECT COALESCE(MAX(Numero), 0) + 1 FROM CUENTASXCOBRAR"))
-            .toLongLong();
-    // FechaAprobacion 2000-01-01 means not yet approved.
-    db::Sql(db, QStringLiteral("INSERT INTO CUENTASXCOBRAR (Numero, Cliente, Factura, Serie, "
-                               "Monto, DiasCredito, FechaFactura, FechaAprobacion, Status) VALUES "
-                               "(?, ?, ?, ?, ?, ?, ?, ?, 0)"))
-        .bind(next)
-        .bind(client)
-        .bind(number)
-        .bind(serie)
-        .bind(amount, 2)
-        .bind(days)
-        .bind(fecha)
-        .bind(QDate(2000, 1, 1))
-        .exec();
+    common::insertNumbered(
+        db, {QStringLiteral("CUENTASXCOBRAR"), QStringLiteral("Numero")}, [&](long long next) {
+            // FechaAprobacion 2000-01-01 means not yet approved.
+            db::Sql(db, QStringLiteral("INSERT INTO CUENTASXCOBRAR (Numero, Cliente, Factura, "
+                                       "Serie, Monto, DiasCredito, FechaFactura, "
+                                       "FechaAprobacion, Status) VALUES (?, ?, ?, ?, ?, ?, ?, ?, "
+                                       "0)"))
+                .bind(next)
+                .bind(client)
+                .bind(number)
+                .bind(serie)
+                .bind(amount, 2)
+                .bind(days)
+                .bind(fecha)
+                .bind(QDate(2000, 1, 1))
+                .exec();
+        });
 }
 
 SaleTotals writeTotals(const QSqlDatabase& db, long long number, const QString& serie,
@@ -458,11 +480,6 @@ std::optional<ArticlePrices> articleAnyState(const QSqlDatabase& db, const QStri
     if (!q.next())
         return std::nullopt;
     return readArticle(q);
-}
-
-long long nextParkedNumber(const QSqlDatabase& db) {
-    return db::scalar(db, QStringLiteral("SELECT COALESCE(MAX(Numero), 0) + 1 FROM HISTVENTAS"))
-        .toLongLong();
 }
 
 void insertParked(const QSqlDatabase& db, const ParkedHeader& h) {

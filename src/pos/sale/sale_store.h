@@ -7,6 +7,8 @@
 
 #include <QDateTime>
 #include <QHash>
+#include <QList>
+#include <QMap>
 #include <QSqlDatabase>
 #include <optional>
 
@@ -62,26 +64,29 @@ struct SaleHeader {
     Decimal totalPago;
 };
 void insertSale(const QSqlDatabase& db, const SaleHeader& h);
-// Writes the lines of one invoice and takes their stock, with statements prepared once.
+// Writes the lines of one invoice and takes their stock. Lines and stock are gathered and written
+// by finish() in two statements, whatever the number of lines: on a store server each statement
+// is a round trip.
 class LineWriter {
 public:
     LineWriter(const QSqlDatabase& db, long long number, const QString& serie,
                const QDateTime& hora);
-    // Adds the quantity to an equal line already written (same article, list, prices and
-    // discount) or inserts the line with the next item number. Returns the item written.
+    // Adds the quantity to an equal line already taken (same article, list, prices and
+    // discount) or takes the line with the next item number. Returns the item written.
     int add(const SaleLine& line);
     // Only articles whose stock is kept (Tipo 0) lose stock.
     void decreaseStock(const QString& barcode, const Decimal& quantity);
+    // Writes the lines and the stock taken; the invoice's lines exist in the database afterwards.
+    void finish();
 
 private:
+    QSqlDatabase m_db;
     long long m_number;
     QString m_serie;
     QDateTime m_hora;
-    db::Sql m_merge;
-    LineInsert m_insert;
-    db::Sql m_stock;
-    QHash<QString, int> m_written; // line key -> item
-    int m_nextItem = 1;
+    QList<LineFigures> m_lines;     // by item - 1
+    QHash<QString, int> m_written;  // line key -> item
+    QMap<QString, Decimal> m_stock; // barcode -> quantity taken, in key order (row lock order)
 };
 // BANCOS and CTABANCOS code '0' "NINGUNO": inserted when missing, set inactive when present.
 void ensurePlaceholderBank(const QSqlDatabase& db);
@@ -135,8 +140,6 @@ struct ParkedHeader {
     long long numeroOrden = 0;
     bool exenta = false;
 };
-// The next HISTVENTAS number.
-long long nextParkedNumber(const QSqlDatabase& db);
 void insertParked(const QSqlDatabase& db, const ParkedHeader& h);
 void writeParkedTotals(const QSqlDatabase& db, long long numero, const QString& serie,
                        const SaleTotals& totals);

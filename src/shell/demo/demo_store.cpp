@@ -46,8 +46,28 @@ bool hasOwnData(const QSqlDatabase& db) {
                       {s(kDemoCompanyRif)});
 }
 
+struct DemoBranch {
+    const char* code;
+    const char* name;
+    const char* address;
+    const char* phone;
+};
+const DemoBranch kBranches[] = {
+    {"00", "CASA MATRIZ", "AV. URDANETA, EDIF. CENTRAL, CARACAS", "0212-555-0100"},
+    {"01", "TIENDA DEMO CENTRO", "AV. FRANCISCO DE MIRANDA, C.C. LOS CEDROS, CARACAS",
+     "0212-555-0101"},
+    {"02", "TIENDA DEMO VALENCIA", "AV. BOLIVAR NORTE, VALENCIA", "0241-555-0201"},
+};
+
+const DemoBranch* demoBranch(const QString& code) {
+    for (const DemoBranch& b : kBranches)
+        if (code == QLatin1String(b.code))
+            return &b;
+    return nullptr;
+}
+
 // The company row every store starts with, made the demo company's.
-void seedCompany(const QSqlDatabase& db) {
+void seedCompany(const QSqlDatabase& db, const DemoBranch& here) {
     db::execute(db,
                 QStringLiteral("UPDATE PARAMETROS SET Telefono = ?, Fax = ?, Direccion = ?, "
                                "CorreoElectronico = ?, Nota1 = ?, Nota2 = ?, ItemsPorFactura = ?"),
@@ -66,7 +86,7 @@ void seedCompany(const QSqlDatabase& db) {
                                 s("CARACAS - VENEZUELA"),
                                 s("TELF. 0212-555-0101"),
                                 s(""),
-                                s("TIENDA DEMO CENTRO")};
+                                s(here.name)};
     for (int i = 0; i < header.size(); ++i)
         values.insert(
             {s("ENCFISCAL"), QStringLiteral("%1").arg(i + 1, 2, 10, QLatin1Char('0')), header[i]});
@@ -80,13 +100,8 @@ void seedCompany(const QSqlDatabase& db) {
     RowWriter branches(db, QStringLiteral("SUCURSALES"),
                        cols({"Codigo", "Nombre", "Direccion", "Telefono", "Status",
                              "ExentaDeImpuesto", "PorcentajeDeRedondeo"}));
-    branches.insert({s("00"), s("CASA MATRIZ"), s("AV. URDANETA, EDIF. CENTRAL, CARACAS"),
-                     s("0212-555-0100"), 1, 0, money(Decimal())});
-    branches.insert({s("01"), s("TIENDA DEMO CENTRO"),
-                     s("AV. FRANCISCO DE MIRANDA, C.C. LOS CEDROS, CARACAS"), s("0212-555-0101"), 1,
-                     0, money(Decimal())});
-    branches.insert({s("02"), s("TIENDA DEMO VALENCIA"), s("AV. BOLIVAR NORTE, VALENCIA"),
-                     s("0241-555-0201"), 1, 0, money(Decimal())});
+    for (const DemoBranch& b : kBranches)
+        branches.insert({s(b.code), s(b.name), s(b.address), s(b.phone), 1, 0, money(Decimal())});
 
     // The closing exports the store package and mails it to head office through this account:
     // scripts/run.sh starts a local mail server and points the account at it.
@@ -94,10 +109,11 @@ void seedCompany(const QSqlDatabase& db) {
     RowWriter(db, QStringLiteral("CUENTAS_MAIL"),
               cols({"Nombre", "SrvSalida", "PuertoSaliente", "SrvEntrada", "UsrMail", "SrvDominio",
                     "PswMail", "EMailDest"}))
-        .insert({s("TIENDA DEMO CENTRO"), s("127.0.0.1"), 2525, s(""), s("tienda01"),
+        .insert({s(here.name), s("127.0.0.1"), 2525, s(""), s("tienda") + QLatin1String(here.code),
                  s("orvo-demo.com.ve"), s(""), s("casamatriz@orvo-demo.com.ve")});
     RowWriter(db, QStringLiteral("MENSAJES"), cols({"Asunto", "Anexo"}))
-        .insert({s("Información de la tienda 01"), s("01.zip")});
+        .insert({s("Información de la tienda ") + QLatin1String(here.code),
+                 QLatin1String(here.code) + s(".zip")});
 }
 
 void seedRegister(const QSqlDatabase& db) {
@@ -335,14 +351,19 @@ void seedCatalogue(const QSqlDatabase& db) {
 
 } // namespace
 
-void seedDemoStore(const QSqlDatabase& db) {
+void seedDemoStore(const QSqlDatabase& db, const QString& branch) {
+    const DemoBranch* here = demoBranch(branch);
+    if (!here)
+        throw UserError(QStringLiteral("La tienda de demostración es la sucursal 00, 01 o 02, no "
+                                       "%1.")
+                            .arg(branch));
     db::Transaction tx(db);
     if (hasOwnData(db))
         throw UserError(s(
             "La base de datos ya tiene datos; la tienda de demostración necesita una base vacía."));
     const QDateTime now = db::serverNow(db);
-    setup::writeStoreBasics(db, {s("TIENDAS ORVO DEMO, C.A."), s(kDemoCompanyRif), s("01")});
-    seedCompany(db);
+    setup::writeStoreBasics(db, {s("TIENDAS ORVO DEMO, C.A."), s(kDemoCompanyRif), branch});
+    seedCompany(db, *here);
     seedRegister(db);
     seedUsers(db);
     seedMoney(db);

@@ -17,8 +17,10 @@ inline constexpr char kCashClient[] = "V00000000";
 // Fills an empty, migrated store database with the demo store: company, register and fiscal
 // printer row, users, groups and the menu tree, taxes, payment ways, banks, clients, sellers and a
 // few hundred articles. One transaction; the same rows on every run (only the promotion dates and
-// time stamps follow today). Refuses with UserError when the database already has data.
-void seedDemoStore(const QSqlDatabase& db);
+// time stamps follow today). `branch` is the store it is among the company's branches (00 head
+// office, 01, 02): its code names its packages and is where transfers go. Refuses with UserError
+// when the database already has data or the branch is not one of the demo's.
+void seedDemoStore(const QSqlDatabase& db, const QString& branch = QStringLiteral("01"));
 
 // True when the database holds the demo store (its company and register).
 bool isDemoStore(const QSqlDatabase& db);

@@ -2,6 +2,7 @@
 
 #include "common/db/sql.h"
 #include "common/db/transaction.h"
+#include "common/numbering/numbering.h"
 
 namespace orvo::shell {
 
@@ -81,13 +82,14 @@ AttendanceResult recordAttendance(const QSqlDatabase& db, const QString& cardTyp
         return r;
     }
 
-    const long long next =
-        db::scalar(db, QStringLiteral("SELECT MAX(Numero) AS Id FROM CONTROLACCESO")).toLongLong() +
-        1;
-    db::execute(db,
-                QStringLiteral("INSERT INTO CONTROLACCESO (Numero, Cedula, Fecha, HoraEntrada) "
-                               "VALUES(?, ?, ?, ?)"),
-                {next, r.card, db::dayStart(at.date()), at});
+    common::insertNumbered(db, {QStringLiteral("CONTROLACCESO"), QStringLiteral("Numero")},
+                           [&](long long next) {
+                               db::execute(db,
+                                           QStringLiteral("INSERT INTO CONTROLACCESO (Numero, "
+                                                          "Cedula, Fecha, HoraEntrada) "
+                                                          "VALUES(?, ?, ?, ?)"),
+                                           {next, r.card, db::dayStart(at.date()), at});
+                           });
     tx.commit();
     r.kind = Kind::Entry;
     r.condition = QStringLiteral("SU ENTRADA FUE REGISTRADA");

@@ -27,19 +27,23 @@ LoggedUser checkLogin(const QSqlDatabase& db, const QString& user, const QString
 
 void changePassword(const QSqlDatabase& db, const QString& userCode, const QString& current,
                     const QString& newPassword, const QString& confirmation) {
+    // The login takes the password trimmed: so is it checked and stored here.
+    const QString wanted = newPassword.trimmed();
+    if (wanted.isEmpty())
+        throw LoginRefused(QStringLiteral("¡Debe introducir la clave nueva!"), Field::NewPassword);
     db::Transaction tx(db);
     const int matched =
         db::execute(db,
                     QStringLiteral("UPDATE USUARIOS SET Pasword = Pasword WHERE CodUsuario = ? AND "
                                    "Pasword = ?"),
-                    {userCode, security::scramble(current)});
+                    {userCode, security::scramble(current.trimmed())});
     if (matched == 0)
         throw LoginRefused(QStringLiteral("Clave invalida.... !"), Field::CurrentPassword);
-    if (newPassword != confirmation)
+    if (wanted != confirmation.trimmed())
         throw LoginRefused(QStringLiteral("Confirmación de clave invalida... !"),
                            Field::NewPassword);
     db::execute(db, QStringLiteral("UPDATE USUARIOS SET Pasword = ? WHERE CodUsuario = ?"),
-                {security::scramble(newPassword), userCode});
+                {security::scramble(wanted), userCode});
     tx.commit();
 }
 

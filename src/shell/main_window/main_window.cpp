@@ -511,6 +511,10 @@ QWidget* MainWindow::openForm(const QString& formName) {
     }
     QWidget* screen = nullptr;
     const bool ok = guarded(this, [&] {
+        // Shortcuts between screens (the client form from the sale) obey the menu's grants too.
+        if (mainConnectionOpen() &&
+            !formGranted(mainDb(), isLoggedIn() ? session().userCode : QString(), formName))
+            throw UserError(QStringLiteral("Usuario no autorizado para esta opción...!"));
         screen = ScreenRegistry::instance().create(formName.trimmed(), nullptr);
         if (!screen)
             throw UserError(QStringLiteral("La pantalla '%1' no existe en el sistema...!")

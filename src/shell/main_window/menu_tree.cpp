@@ -92,4 +92,21 @@ bool nodeGranted(const QSqlDatabase& db, const QString& userCode, const QString&
     return ver.toString().trimmed() == QLatin1String("S");
 }
 
+bool formGranted(const QSqlDatabase& db, const QString& userCode, const QString& formName) {
+    const QString form = formName.trimmed().toUpper();
+    if (!db::exists(db,
+                    QStringLiteral("SELECT 1 FROM SEG WHERE UPPER(Forma) = ? AND "
+                                   "COALESCE(EsPadre, 0) = 0"),
+                    {form}))
+        return true;
+    if (userCode.trimmed().isEmpty())
+        return false;
+    return db::exists(db,
+                      QStringLiteral("SELECT 1 FROM SEG S INNER JOIN GRUPOSEG GS ON GS.CodNodo = "
+                                     "S.CodNodo INNER JOIN USUARIOGRUPO UG ON GS.CodGrupo = "
+                                     "UG.CodGrupo WHERE UG.CodUsuario = ? AND UPPER(S.Forma) = ? "
+                                     "AND GS.Ver = 'S' AND COALESCE(S.EsPadre, 0) = 0"),
+                      {userCode.trimmed(), form});
+}
+
 } // namespace orvo::shell

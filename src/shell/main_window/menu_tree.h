@@ -32,5 +32,9 @@ std::optional<QString> formOfNode(const QSqlDatabase& db, const QString& nodeCod
 // Whether any of the user's groups grants the node ('S'). Opening a screen checks it again, so a
 // node reached by other means than the menu stays closed to those without the grant.
 bool nodeGranted(const QSqlDatabase& db, const QString& userCode, const QString& nodeCode);
+// Whether the user may open the screen `formName` however it is reached (menu, toolbar, a
+// shortcut from another screen): a screen of the menu tree only when one of its nodes is granted
+// to one of the user's groups; screens outside the menu tree are parts of others and always open.
+bool formGranted(const QSqlDatabase& db, const QString& userCode, const QString& formName);
 
 } // namespace orvo::shell

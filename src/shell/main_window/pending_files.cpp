@@ -39,12 +39,13 @@ PendingFiles scanPendingFiles(const QString& appFolder) {
         const char* lines;
         const char* button; // nullptr: a line without a button
         const char* text;
+        const char* archive = nullptr; // the same tables still zipped, as another store sends them
     };
     static const Kind kinds[] = {
         {"RESUTRAN.DBF", "MOVITRAN.DBF", "Transferencias",
-         "- Existen transferencias pendientes por cargar."},
+         "- Existen transferencias pendientes por cargar.", "TRANSFER.ZIP"},
         {"RESUDVTR.DBF", "MOVIDVTR.DBF", "Transferencias",
-         "- Existen devoluciones de transferencias pendientes por cargar."},
+         "- Existen devoluciones de transferencias pendientes por cargar.", "DEVUELVE.ZIP"},
         {"RESULIST.DBF", "MOVILIST.DBF", "ListaPrecios",
          "- Existen listas de precios pendientes por cargar."},
         {"RESLISTA.DBF", "MOVLISTA.DBF", "ListaPrecios",
@@ -52,7 +53,8 @@ PendingFiles scanPendingFiles(const QString& appFolder) {
         {"RESUFACT.DBF", "MOVIFACT.DBF", "Compras", "- Existen compras pendientes por cargar."},
     };
     for (const Kind& k : kinds) {
-        if (!both(k.summary, k.lines))
+        if (!both(k.summary, k.lines) &&
+            !(k.archive && recibe.contains(QString::fromLatin1(k.archive))))
             continue;
         p.lines << QString::fromUtf8(k.text);
         addButton(p, QString::fromLatin1(k.button));

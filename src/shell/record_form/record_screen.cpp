@@ -20,6 +20,7 @@ namespace {
 
 const char* const kTagProperty = "Tag";
 const char* const kRequiredProperty = "orvoRequired";
+const QString kDeleteRefused = QStringLiteral("Registro no se puede eliminar!");
 
 bool isInputType(const QWidget* w) {
     return qobject_cast<const QLineEdit*>(w) || qobject_cast<const QPlainTextEdit*>(w) ||
@@ -188,10 +189,12 @@ bool RecordScreen::performUnguarded(Action action) {
         } catch (const DbError& e) {
             dialogs().databaseError(this, e);
         } catch (const UserError& e) {
-            dialogs().information(this, e.text(), e.title());
+            // A row still in use is refused with the message below, said once.
+            if (e.text() != kDeleteRefused)
+                dialogs().information(this, e.text(), e.title());
         }
         if (!deleted) {
-            dialogs().information(this, QStringLiteral("Registro no se puede eliminar!"));
+            dialogs().information(this, kDeleteRefused);
             return false;
         }
         dialogs().information(this, QStringLiteral("Registro eliminado con exito!"));

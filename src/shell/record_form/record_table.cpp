@@ -4,6 +4,7 @@
 #include "common/db/transaction.h"
 #include "common/errors/errors.h"
 #include "common/numbering/numbering.h"
+#include "common/schema/references.h"
 
 namespace orvo::shell {
 
@@ -170,6 +171,9 @@ void remove(const QSqlDatabase& db, const RecordTable& t, const QString& actingU
     if (t.writeGuard)
         t.writeGuard(db, actingUser);
     db::Transaction tx(db);
+    const QString user = schema::usedBy(db, t.table, key);
+    if (!user.isEmpty())
+        throw RecordInUse(user);
     db::execute(db,
                 QStringLiteral("DELETE FROM ") + t.table + QStringLiteral(" WHERE ") + t.key +
                     QStringLiteral(" = ?"),

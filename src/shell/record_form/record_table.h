@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/errors/errors.h"
+
 #include <QList>
 #include <QSqlDatabase>
 #include <QString>
@@ -59,6 +61,18 @@ struct RecordRows {
     int indexOfKey(const QVariant& key, int keyColumn) const;
 };
 
+// A master row still named by articles or documents: its delete is refused and nothing changes.
+class RecordInUse : public UserError {
+public:
+    explicit RecordInUse(QString usedBy)
+        : UserError(QStringLiteral("Registro no se puede eliminar!")), m_usedBy(std::move(usedBy)) {
+    }
+    const QString& usedBy() const { return m_usedBy; }
+
+private:
+    QString m_usedBy;
+};
+
 namespace records {
 
 QString selectStatement(const RecordTable& t);
@@ -77,7 +91,8 @@ QString nextCode(const QSqlDatabase& db, const QString& table, const QString& co
 void save(const QSqlDatabase& db, const RecordTable& t, const QString& actingUser,
           const QList<QPair<QString, QVariant>>& values, bool adding);
 
-// Deletes the row with `key`. A refusal of the database throws DbError. One transaction.
+// Deletes the row with `key`. A row other tables still name throws RecordInUse; a refusal of the
+// database throws DbError. One transaction.
 void remove(const QSqlDatabase& db, const RecordTable& t, const QString& actingUser,
             const QVariant& key);
 

@@ -105,7 +105,10 @@ void saveUser(const QSqlDatabase& db, const QString& actingUser, const UserRecor
     requireKnownUser(db, actingUser);
     if (user.groupName.trimmed().isEmpty())
         throw UserError(QStringLiteral("¡Debe seleccionar un grupo!"));
-    if (user.password != user.confirmation)
+    // Stored as the login will check it: trimmed, and never empty.
+    if (user.password.trimmed().isEmpty())
+        throw UserError(QStringLiteral("¡Debe introducir la clave!"));
+    if (user.password.trimmed() != user.confirmation.trimmed())
         throw UserError(QStringLiteral("¡Confirmación de clave errada!"));
     bool groupOffered = false;
     for (const Group& g : offeredGroups(db, actingUser))
@@ -116,7 +119,7 @@ void saveUser(const QSqlDatabase& db, const QString& actingUser, const UserRecor
     if (!adding && !userVisible(db, actingUser, user.code))
         throw UserError(QStringLiteral("¡No tiene permiso para modificar este usuario!"));
 
-    const QString scrambled = security::scramble(user.password);
+    const QString scrambled = security::scramble(user.password.trimmed());
     db::Transaction tx(db);
     if (adding) {
         if (db::exists(db, QStringLiteral("SELECT CodUsuario FROM USUARIOS WHERE CodUsuario = ?"),

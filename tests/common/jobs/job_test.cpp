@@ -81,8 +81,10 @@ TEST_F(JobTest, FailureRollsBackAndCarriesTheMessage) {
 
 TEST_F(JobTest, CancelStopsAtTheNextSafePoint) {
     FillJob job(db(), 1000000);
+    QSignalSpy progress(&job, &Job::progress);
     job.start();
-    QThread::msleep(50);
+    // Cancelled once it is writing.
+    ASSERT_TRUE(progress.wait(60000));
     job.cancel();
     ASSERT_TRUE(job.wait(60000));
     EXPECT_FALSE(job.succeeded());

@@ -60,7 +60,7 @@ protected:
                     "2", "1", 2, "0"});
         exec("INSERT INTO CUENTASXCOBRAR (Numero, Cliente, Factura, Serie, Monto, DiasCredito, "
              "FechaFactura, FechaAprobacion, Status) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)",
-             {77, "V-123", number, serial, "60.20", 30, kSold,
+             {count("CUENTASXCOBRAR") + 1, "V-123", number, serial, "60.20", 30, kSold,
               QDateTime(QDate(2000, 1, 1), QTime(0, 0)), 0});
         const char* pay = "INSERT INTO PAGOSVENTA (NumeroFactura, Serie, Item, FormaPago, Fecha, "
                           "Documento, Aprobacion, Banco, PuntoVenta, Monto, Status) "

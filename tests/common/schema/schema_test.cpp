@@ -511,6 +511,15 @@ TEST_F(StoreSchema, KeysRefuseDuplicatesOnlyWhereTheDataHasOne) {
     EXPECT_FALSE(
         twice("INSERT INTO COMPRAS (Documento, Proveedor) VALUES (?, ?)", {"F-001", "J123"}));
     EXPECT_FALSE(twice("INSERT INTO COLORES (Codigo, Nombre) VALUES (?, ?)", {"01", "ROJO"}));
+    // Numbers taken as the highest plus one, shared by the registers.
+    EXPECT_FALSE(twice("INSERT INTO CUENTASXCOBRAR (Numero, Factura, Serie) VALUES (?, ?, ?)",
+                       {7, 1, "Z1A"}));
+    EXPECT_FALSE(twice("INSERT INTO CONTROLACCESO (Numero, Cedula) VALUES (?, ?)", {3, "V1"}));
+    // A parked sale's number is unique across the registers, not only within one.
+    db::execute(db(), "INSERT INTO HISTVENTAS (Numero, Serie) VALUES (?, ?)", {2, "Z1A"});
+    EXPECT_THROW(
+        db::execute(db(), "INSERT INTO HISTVENTAS (Numero, Serie) VALUES (?, ?)", {2, "Z1B"}),
+        DbError);
 
     // The same sale may be keyed on another register.
     EXPECT_NO_THROW(
@@ -520,8 +529,6 @@ TEST_F(StoreSchema, KeysRefuseDuplicatesOnlyWhereTheDataHasOne) {
                       {1, "Z1A", 1, "S"}));
     EXPECT_TRUE(twice("INSERT INTO VERSIONEJECUTABLE (Serie, NombrePrograma) VALUES (?, ?)",
                       {"Z1A", "Orvo"}));
-    EXPECT_TRUE(twice("INSERT INTO CUENTASXCOBRAR (Numero, Factura, Serie) VALUES (?, ?, ?)",
-                      {7, 1, "Z1A"}));
     EXPECT_TRUE(
         twice("INSERT INTO ITRANSFERENCIAS (Numero, CodigoEnvia) VALUES (?, ?)", {4, "002"}));
 }
@@ -612,6 +619,26 @@ TEST_F(SchemaUpgrade, NewColumnsAreAddedToTheRowsAlreadyThere) {
               Decimal::fromString(u"10.50"));
 
     EXPECT_TRUE(schema::migrate(db(), versionTwo()).steps.isEmpty());
+}
+
+TEST_F(SchemaUpgrade, ALongerTextTypeReachesTheRowsAlreadyThere) {
+    exec("UPDATE PRUEBA_VERSION SET Codigo = ?", {"B"});
+    QList<schema::Table> tables = {versionOneTable()};
+    tables[0].columns << schema::col::since(schema::col::text("Clave", 10), next());
+    ASSERT_EQ(schema::migrate(db(), tables).toVersion, next());
+    const QString longText(600, u'x');
+    // Before: PostgreSQL refuses the long text (SQLite never did).
+    if (isPostgres()) {
+        EXPECT_THROW(db::execute(db(), "UPDATE PRUEBA_VERSION SET Clave = ?", {longText}), DbError);
+    }
+    tables[0].columns.last() =
+        schema::col::since(schema::col::retyped(schema::col::memo("Clave"), next() + 1), next());
+    EXPECT_EQ(schema::migrate(db(), tables).toVersion, next() + 1);
+    db::execute(db(), "UPDATE PRUEBA_VERSION SET Clave = ?", {longText});
+    EXPECT_EQ(scalar("SELECT Clave FROM PRUEBA_VERSION WHERE Codigo = 'B'").toString(), longText);
+    // A new database gets the new type at once.
+    EXPECT_TRUE(
+        schema::columnDefinition(tables[0].columns.last(), testDb().engine()).contains("TEXT"));
 }
 
 // A version is applied whole or not at all, so a failed upgrade can be run again.

@@ -1,36 +1,18 @@
 // The exchange commands as an operator runs them: the real program, a fresh application folder.
+#include "exchange/orvo_command.h"
 #include "exchange/package/templates.h"
 #include "exchange/package/zip_archive.h"
 #include "support/test_db.h"
 
 #include <QDir>
 #include <QFileInfo>
-#include <QProcess>
-#include <QProcessEnvironment>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
 namespace {
 
-struct CommandRun {
-    int exitCode = -1;
-    QString out;
-    QString err;
-};
-
-CommandRun orvo(const QString& home, const QStringList& args) {
-    QProcess p;
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert(QStringLiteral("ORVO_HOME"), home);
-    env.insert(QStringLiteral("HOME"), home);
-    env.insert(QStringLiteral("XDG_CONFIG_HOME"), home + QStringLiteral("/config"));
-    p.setProcessEnvironment(env);
-    p.start(QStringLiteral(ORVO_BINARY), args);
-    if (!p.waitForFinished(120000))
-        return {};
-    return {p.exitCode(), QString::fromUtf8(p.readAllStandardOutput()),
-            QString::fromUtf8(p.readAllStandardError())};
-}
+using orvo::test::CommandRun;
+using orvo::test::runOrvo;
 
 class ExchangeCommands : public ::testing::Test {
 protected:
@@ -42,31 +24,32 @@ protected:
 };
 
 TEST_F(ExchangeCommands, DbInitInstallsTheTemplatesAndExportPrintsThePackage) {
-    const CommandRun init = orvo(m_home.path(), {"db", "init", "--demo"});
+    const CommandRun init = runOrvo(m_home.path(), {"db", "init", "--demo"});
     ASSERT_EQ(init.exitCode, 0) << init.out.toStdString() << init.err.toStdString();
     const QStringList installed = QDir(m_home.filePath("Estructura")).entryList(QDir::Files);
     EXPECT_EQ(installed.size(), orvo::exchange::package::shippedTemplates().size());
     EXPECT_TRUE(installed.contains(QStringLiteral("MOVVENTA.est")));
     EXPECT_TRUE(init.out.contains(QStringLiteral("Estructuras de intercambio instaladas en ")));
 
-    const CommandRun exported = orvo(m_home.path(), {"export", "--formato", "vandu"});
+    const CommandRun exported = runOrvo(m_home.path(), {"export", "--formato", "vandu"});
     ASSERT_EQ(exported.exitCode, 0) << exported.err.toStdString();
     const QString zip = exported.out.trimmed();
     EXPECT_EQ(zip, QDir(m_home.filePath("Envia")).filePath("01.zip")) << "only the path on stdout";
     EXPECT_TRUE(orvo::exchange::package::zipEntries(zip).contains("PARAMETR.DBF"));
     EXPECT_TRUE(exported.err.contains(QStringLiteral("Exportando PARAMETROS")));
 
-    const CommandRun badDate = orvo(m_home.path(), {"export", "--desde", "31/02/2024"});
+    const CommandRun badDate = runOrvo(m_home.path(), {"export", "--desde", "31/02/2024"});
     EXPECT_EQ(badDate.exitCode, 1);
     EXPECT_TRUE(badDate.err.contains(QStringLiteral("La fecha 31/02/2024 no es válida")));
-    EXPECT_EQ(orvo(m_home.path(), {"export", "--formato", "dbase"}).exitCode, 2);
+    EXPECT_EQ(runOrvo(m_home.path(), {"export", "--formato", "dbase"}).exitCode, 2);
 
     // The demo account points at a mail server that is not there: the mail fails, the package
     // stays and the exit code says so.
-    const CommandRun account = orvo(m_home.path(), {"mail-account", "127.0.0.1:1"});
+    const CommandRun account = runOrvo(m_home.path(), {"mail-account", "127.0.0.1:1"});
     ASSERT_EQ(account.exitCode, 0) << account.err.toStdString();
-    EXPECT_EQ(orvo(m_home.path(), {"mail-account"}).out.trimmed(), QStringLiteral("127.0.0.1:1"));
-    const CommandRun mail = orvo(m_home.path(), {"mail"});
+    EXPECT_EQ(runOrvo(m_home.path(), {"mail-account"}).out.trimmed(),
+              QStringLiteral("127.0.0.1:1"));
+    const CommandRun mail = runOrvo(m_home.path(), {"mail"});
     EXPECT_EQ(mail.exitCode, 1);
     EXPECT_TRUE(mail.out.startsWith(QStringLiteral("Conectando a 127.0.0.1...\n")))
         << mail.out.toStdString();

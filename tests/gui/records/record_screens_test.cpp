@@ -163,6 +163,27 @@ TEST_F(RecordScreensGui, RefusedDeleteShowsTheDatabaseErrorAndKeepsTheRecord) {
     EXPECT_EQ(m_dialogs->messages().size(), 1);
 }
 
+TEST_F(RecordScreensGui, AColourOfAnArticleIsNotDeletedAndSaysSoOnce) {
+    exec("INSERT INTO COLORES (Codigo, Nombre, Status) VALUES ('001', 'ROJO', 1)");
+    exec("INSERT INTO INVENTARIO (CodigoBarra, Nombre, CodigoColor) VALUES ('7591', 'CAMISA', "
+         "'001')");
+    open("frmColores");
+    m_dialogs->expectQuestion("¿Desea eliminar el registro actual?", true);
+    press("Eliminar");
+    ASSERT_EQ(m_dialogs->texts(), QStringList({"¿Desea eliminar el registro actual?",
+                                               "Registro no se puede eliminar!"}));
+    EXPECT_EQ(m_dialogs->messages().last().title, "Información");
+    EXPECT_EQ(count("COLORES"), 1);
+
+    // Once the article is gone the colour goes too.
+    exec("DELETE FROM INVENTARIO");
+    m_dialogs->clear();
+    m_dialogs->expectQuestion("¿Desea eliminar el registro actual?", true);
+    press("Eliminar");
+    EXPECT_EQ(m_dialogs->lastText(), "Registro eliminado con exito!");
+    EXPECT_EQ(count("COLORES"), 0);
+}
+
 TEST_F(RecordScreensGui, FailedSaveKeepsTheModeAndWhatWasTyped) {
     exec("INSERT INTO COLORES (Codigo, Nombre, Status) VALUES ('001', 'ROJO', 1)");
     open("frmColores");

@@ -107,3 +107,34 @@ TEST_F(DemoMenuTest, EveryMasterDataScreenIsInTheAdministratorsMenu) {
     for (const RecordTable& t : masterTables())
         EXPECT_TRUE(adminForms.contains(t.formName)) << t.formName.toStdString();
 }
+
+TEST_F(DemoMenuTest, ACashierReachesOnlyTheScreensHisGroupsGrantWhateverTheWay) {
+    m_window = std::make_unique<MainWindow>();
+    m_window->load();
+    m_window->show();
+    login(demo::kCashierUser);
+    // The client form is not the cashier's: neither from the menu nor by a shortcut (the sale
+    // screen opens it for an unknown client).
+    EXPECT_EQ(m_window->openForm(QStringLiteral("frmClientes")), nullptr);
+    EXPECT_EQ(m_dialogs.lastText(), QStringLiteral("Usuario no autorizado para esta opción...!"));
+    EXPECT_TRUE(m_window->mdiArea()->subWindowList().isEmpty());
+    EXPECT_FALSE(formGranted(mainDb(), QString::fromLatin1(demo::kCashierUser),
+                             QStringLiteral("FRMCLIENTES")));
+    EXPECT_TRUE(formGranted(mainDb(), QString::fromLatin1(demo::kCashierUser),
+                            QStringLiteral("frmFacturacion")));
+    EXPECT_TRUE(formGranted(mainDb(), QString::fromLatin1(demo::kAdminUser),
+                            QStringLiteral("frmClientes")));
+    // Nobody logged in reaches no screen of the menu.
+    EXPECT_FALSE(formGranted(mainDb(), QString(), QStringLiteral("frmFacturacion")));
+    // A screen that is only a part of others (the payments of a sale) is not in the menu.
+    EXPECT_TRUE(formGranted(mainDb(), QString::fromLatin1(demo::kCashierUser),
+                            QStringLiteral("frmPagosVenta")));
+
+    // What he is granted opens.
+    const QString node =
+        db::scalar(mainDb(), QStringLiteral("SELECT CodNodo FROM SEG WHERE Forma = ?"),
+                   {QStringLiteral("frmCambiarClave")})
+            .toString();
+    m_window->openNode(node);
+    EXPECT_EQ(m_window->mdiArea()->subWindowList().size(), 1);
+}

@@ -4,6 +4,7 @@
 
 #include "common/db/sql.h"
 #include "common/errors/errors.h"
+#include "pos/fiscal/document_builder.h"
 #include "pos/fiscal/fiscal_printer_thread.h"
 #include "pos/fiscal/serial_fiscal_printer.h"
 #include "pos/sale/sale.h"
@@ -594,4 +595,29 @@ TEST_F(FiscalSaleTest, PaperOutAfterTheCommitLeavesOneReprintableInvoice) {
     EXPECT_EQ(count("VENTAS"), 1);
     EXPECT_TRUE(pendingPrints(db(), serie).isEmpty());
     EXPECT_EQ(acceptSale(db(), ctx, next, printer.get()).number, 2);
+}
+
+// The program stopped after the printer gave the ticket and before the invoice was marked: the
+// next accept must not print it a second time, and the counters stay together.
+TEST_F(FiscalSaleTest, AnInvoiceOnThePrinterButNotMarkedIsMarkedNotPrintedAgain) {
+    SaleDraft draft = draftOf({"T0001"});
+    payCash(draft, d("139.20"));
+    const AcceptResult r = acceptSale(db(), ctx, draft, printer.get());
+    ASSERT_EQ(r.status, AcceptResult::Status::Saved);
+    ASSERT_TRUE(printer->print(
+        pos::fiscal::saleDocument(db(), int(r.number), serie, pos::fiscal::loadRateTable(db()))));
+    ASSERT_EQ(pendingPrints(db(), serie), QList<long long>{1});
+
+    const PrintResult pending = printPendingSales(db(), ctx, printer.get(), {});
+    ASSERT_TRUE(pending.ok()) << pending.error.toStdString();
+    EXPECT_TRUE(pendingPrints(db(), serie).isEmpty());
+    EXPECT_EQ(emulator.memory().lastInvoice, 1);
+    EXPECT_FALSE(emulator.hasTicket("FACTURA_00000002.txt"));
+
+    SaleDraft next = draftOf({"T0002"});
+    payCash(next, d("139.20"));
+    const AcceptResult second = acceptSale(db(), ctx, next, printer.get());
+    EXPECT_EQ(second.number, 2);
+    ASSERT_TRUE(printSale(db(), ctx, second.number, false, printer.get(), {}).ok());
+    EXPECT_EQ(emulator.memory().lastInvoice, 2);
 }

@@ -3,6 +3,7 @@
 #include "common/security/scrambler.h"
 #include "support/test_db.h"
 
+#include <QRegularExpression>
 #include <QVariant>
 #include <gtest/gtest.h>
 
@@ -93,4 +94,40 @@ TEST_F(LoginTest, PasswordChangeChecksTheCurrentOneAndTheConfirmation) {
     EXPECT_EQ(scalar(QStringLiteral("SELECT Pasword FROM USUARIOS WHERE CodUsuario = 'VIEJO'"))
                   .toString(),
               security::scramble(QStringLiteral("1234")));
+}
+
+TEST_F(LoginTest, AnEmptyNewPasswordIsRefusedAndBlanksAroundOneAreNotKept) {
+    const QString before = storedPassword();
+    EXPECT_EQ(changeRefusal(QStringLiteral("1234"), QString(), QString()),
+              QStringLiteral("¡Debe introducir la clave nueva!"));
+    EXPECT_EQ(changeRefusal(QStringLiteral("1234"), QStringLiteral("   "), QStringLiteral("   ")),
+              QStringLiteral("¡Debe introducir la clave nueva!"));
+    EXPECT_EQ(storedPassword(), before);
+    // The login trims what is typed: a new password typed with blanks still logs in.
+    EXPECT_TRUE(
+        changeRefusal(QStringLiteral(" 1234"), QStringLiteral(" clave "), QStringLiteral("clave"))
+            .isEmpty());
+    EXPECT_NO_THROW(checkLogin(db(), QStringLiteral("ADMIN"), QStringLiteral("clave")));
+}
+
+TEST_F(LoginTest, AnyPasswordThatCanBeTypedIsStoredWholeAndOnlyItLogsIn) {
+    // Spanish letters, the euro sign, a character outside the single-byte set, and the longest
+    // password the scrambling takes, made of characters whose codes have three digits.
+    const QStringList passwords = {QStringLiteral("Año€ñÑ¿¡"), QStringLiteral("clave→ω"),
+                                   QString(255, QChar(u'ñ'))};
+    for (const QString& password : passwords) {
+        SCOPED_TRACE(password.left(20).toStdString());
+        ASSERT_TRUE(changeRefusal(QStringLiteral("1234"), password, password).isEmpty());
+        EXPECT_EQ(security::unscramble(storedPassword()), password);
+        EXPECT_NO_THROW(checkLogin(db(), QStringLiteral("ADMIN"), password));
+        // Characters outside the single-byte set no longer all stand for "?".
+        const QString folded = QString(password).replace(QRegularExpression("[→ω]"), "?");
+        if (folded != password) {
+            EXPECT_THROW(checkLogin(db(), QStringLiteral("ADMIN"), folded), LoginRefused);
+        }
+        changePassword(db(), QStringLiteral("ADMIN"), password, QStringLiteral("1234"),
+                       QStringLiteral("1234"));
+    }
+    // The euro sign keeps the single-byte code (128) the stores' files have always held for it.
+    EXPECT_EQ(security::scramble(QStringLiteral("€")), QStringLiteral("$TR?"));
 }

@@ -119,6 +119,8 @@ TEST_F(UserAdmin, RefusalsChangeNothing) {
     mismatch.confirmation = "otra";
     EXPECT_EQ(refusal([&] { saveUser(db(), "ROOT", mismatch, true); }),
               "¡Confirmación de clave errada!");
+    EXPECT_EQ(refusal([&] { saveUser(db(), "ROOT", user("MARIA", "CAJERO", " "), true); }),
+              "¡Debe introducir la clave!");
     EXPECT_EQ(refusal([&] { saveUser(db(), "ROOT", user("JEFE", "CAJERO"), true); }),
               "Registro duplicado!");
     // An administrator cannot hand out Systems, even by calling the logic directly.

@@ -4,6 +4,7 @@
 #include "pos/fiscal/protocol/replies.h"
 #include "tools/fiscal_emulator/emulated_printer.h"
 
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -35,6 +36,14 @@ protected:
     QString controlPath() const { return dir.filePath("control"); }
 
     QByteArray send(const QByteArray& command) { return printer->receive(wire::frame(command)); }
+    // A printer busy with a Z answers nothing, not even ENQ: waits until it answers again.
+    void waitUntilItAnswers() {
+        QDeadlineTimer deadline(10000);
+        while (printer->receive(QByteArray("\x05", 1)).isEmpty()) {
+            ASSERT_FALSE(deadline.hasExpired()) << "the printer stayed busy";
+            QThread::msleep(5);
+        }
+    }
     // The status bytes after ENQ.
     std::pair<int, int> status() {
         const QByteArray r = printer->receive(QByteArray("\x05", 1));
@@ -177,7 +186,7 @@ TEST_F(EmulatedPrinterTest, ZClosesTheDayStoresARecordAndStaysBusy) {
     EXPECT_EQ(send("I0Z"), kAck);
     // Busy after a Z: nothing is answered, not even ENQ.
     EXPECT_EQ(printer->receive(QByteArray("\x05", 1)), QByteArray());
-    QThread::msleep(250);
+    waitUntilItAnswers();
     EXPECT_EQ(status(), std::make_pair(0x60, 0x40));
     const wire::S1Status s = s1();
     EXPECT_EQ(s.zCounter, 1);
@@ -195,7 +204,7 @@ TEST_F(EmulatedPrinterTest, ZClosesTheDayStoresARecordAndStaysBusy) {
     // Programming is allowed again, and a second Z gives a range of two records.
     EXPECT_EQ(send("PH91GRACIAS POR SU COMPRA"), kAck);
     EXPECT_EQ(send("I0Z"), kAck);
-    QThread::msleep(250);
+    waitUntilItAnswers();
     EXPECT_EQ(upload("U3A000001000002").size(), 2);
     EXPECT_EQ(upload("U3A000002000009").size(), 1);
     EXPECT_EQ(upload("U3A000005000009").size(), 0);
