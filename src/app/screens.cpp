@@ -5,6 +5,7 @@
 #include "inventory/adjustments/adjustment_screens.h"
 #include "inventory/articles/article_screens.h"
 #include "inventory/counts/count_screens.h"
+#include "inventory/dispatch/dispatch_screens.h"
 #include "inventory/prices/price_screens.h"
 #include "inventory/purchases/purchase_screens.h"
 #include "inventory/stock/stock_screens.h"
@@ -25,6 +26,7 @@ void registerAllScreens() {
     // One line per area: each area's register function adds its screens.
     inventory::registerArticleScreens();
     inventory::purchases::registerPurchaseScreens();
+    inventory::dispatch::registerDispatchScreens();
     inventory::transfers::registerTransferScreens();
     inventory::stock::registerStockScreens();
     inventory::adjustments::registerAdjustmentScreens();

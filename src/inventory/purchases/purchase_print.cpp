@@ -140,35 +140,39 @@ PrintedDocument purchaseReturnDocument(const QSqlDatabase& db, long long number)
     return d;
 }
 
-PrintedDocument receptionDocument(const QSqlDatabase& db, long long number) {
-    const auto r = loadReception(db, number);
+PrintedDocument receptionDocument(const QSqlDatabase& db, long long number, const BoxKind& kind) {
+    const auto r = loadReception(db, number, kind);
     if (!r)
         return {};
     PrintedDocument d;
-    d.title = QStringLiteral("Recepción Nº ") + QString::number(number);
+    d.title = kind.title + QStringLiteral(" Nº ") + QString::number(number);
     d.html = fields({{QStringLiteral("Destino"), r->branch},
                      {QStringLiteral("Fecha"), day(r->date)},
                      {QStringLiteral("Documento origen"), r->origin},
-                     {QStringLiteral("Estatus"),
-                      r->status == kOpen ? QStringLiteral("ABIERTA") : QStringLiteral("APROBADA")},
+                     {QStringLiteral("Estatus"), boxedStatusText(r->status)},
                      {QStringLiteral("Compras"), coveredText(*r)},
                      {QStringLiteral("Observación"), r->note}});
     QList<QStringList> rows;
-    for (const BoxSummary& b : receptionBoxes(db, number))
+    Decimal total;
+    for (const BoxSummary& b : receptionBoxes(db, number, kind)) {
         rows.append({QString::number(b.number), b.user, amount(b.quantity, 3),
                      b.closed ? QStringLiteral("Cerrada") : QStringLiteral("Abierta")});
+        total += b.quantity;
+    }
+    rows.append({QString(), QStringLiteral("TOTAL"), amount(total, 3), QString()});
     d.html += grid::tableHtml({QStringLiteral("Caja"), QStringLiteral("Usuario"),
                                QStringLiteral("Cantidad"), QStringLiteral("Estatus")},
                               rows, {true, false, true, false});
     return d;
 }
 
-PrintedDocument boxDocument(const QSqlDatabase& db, long long reception, long long box) {
-    const auto b = loadBox(db, reception, box);
+PrintedDocument boxDocument(const QSqlDatabase& db, long long reception, long long box,
+                            const BoxKind& kind) {
+    const auto b = loadBox(db, reception, box, kind);
     if (!b)
         return {};
     PrintedDocument d;
-    d.title = QStringLiteral("Recepción Nº ") + QString::number(reception) +
+    d.title = kind.title + QStringLiteral(" Nº ") + QString::number(reception) +
               QStringLiteral(" - Caja Nº ") + QString::number(box);
     d.html = fields({{QStringLiteral("Usuario"), b->user},
                      {QStringLiteral("Estatus"),

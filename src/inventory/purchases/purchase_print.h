@@ -1,5 +1,7 @@
 #pragma once
 
+#include "inventory/purchases/box_kind.h"
+
 #include <QList>
 #include <QPair>
 #include <QSqlDatabase>
@@ -21,8 +23,11 @@ PrintedDocument orderDocument(const QSqlDatabase& db, long long number);
 PrintedDocument purchaseDocument(const QSqlDatabase& db, const QString& document,
                                  const QString& supplier);
 PrintedDocument purchaseReturnDocument(const QSqlDatabase& db, long long number);
-PrintedDocument receptionDocument(const QSqlDatabase& db, long long number);
-PrintedDocument boxDocument(const QSqlDatabase& db, long long reception, long long box);
+// A reception or remission with its boxes and their total; a box with its lines and total.
+PrintedDocument receptionDocument(const QSqlDatabase& db, long long number,
+                                  const BoxKind& kind = receptionKind());
+PrintedDocument boxDocument(const QSqlDatabase& db, long long reception, long long box,
+                            const BoxKind& kind = receptionKind());
 PrintedDocument comparisonDocument(const QSqlDatabase& db, long long reception);
 
 } // namespace orvo::inventory::purchases

@@ -45,10 +45,11 @@ QString quantityText(const Decimal& d) {
 
 } // namespace
 
-ReceptionScreen::ReceptionScreen(QSqlDatabase db, QString userCode, QWidget* parent)
-    : RecordScreen(parent), m_db(std::move(db)), m_userCode(std::move(userCode)) {
-    setObjectName(kReceptionScreen);
-    setWindowTitle(QStringLiteral("Recepción"));
+ReceptionScreen::ReceptionScreen(QSqlDatabase db, QString userCode, QWidget* parent,
+                                 const BoxKind& kind)
+    : RecordScreen(parent), m_db(std::move(db)), m_userCode(std::move(userCode)), m_kind(&kind) {
+    setObjectName(kind.screen);
+    setWindowTitle(kind.title);
     auto* outer = new QVBoxLayout(this);
     auto* split = new QSplitter(Qt::Vertical, this);
     outer->addWidget(split);
@@ -64,7 +65,7 @@ ReceptionScreen::ReceptionScreen(QSqlDatabase db, QString userCode, QWidget* par
 
     auto* body = new QWidget(split);
     auto* bodyLayout = new QHBoxLayout(body);
-    auto* head = new QGroupBox(QStringLiteral("Recepción"), body);
+    auto* head = new QGroupBox(kind.title, body);
     auto* form = new QFormLayout(head);
     m_number = new QLineEdit(head);
     m_number->setObjectName(QStringLiteral("txtNumero"));
@@ -163,7 +164,7 @@ ReceptionScreen::ReceptionScreen(QSqlDatabase db, QString userCode, QWidget* par
     connect(pdf, &QPushButton::clicked, this, [this] {
         guarded(this, [&] {
             if (const DocumentSummary* d = current())
-                writePdf(this, receptionDocument(m_db, d->number.toLongLong()));
+                writePdf(this, receptionDocument(m_db, d->number.toLongLong(), *m_kind));
         });
     });
     buttons->addWidget(pdf);
@@ -255,7 +256,7 @@ bool ReceptionScreen::eventFilter(QObject* watched, QEvent* event) {
 void ReceptionScreen::requery() {
     if (m_pending.isEmpty() && current())
         m_pending = current()->number;
-    m_receptions = listReceptions(m_db);
+    m_receptions = listReceptions(m_db, *m_kind);
     m_browser->setRowCount(0);
     m_browser->setRowCount(int(m_receptions.size()));
     m_current = m_receptions.isEmpty() ? -1 : 0;
@@ -263,8 +264,7 @@ void ReceptionScreen::requery() {
         const DocumentSummary& d = m_receptions[r];
         setRow(m_browser, r,
                {d.number, d.supplier, d.supplierName, d.date.toString(QStringLiteral("dd/MM/yyyy")),
-                quantityText(d.total),
-                d.status == kOpen ? QStringLiteral("ABIERTA") : QStringLiteral("APROBADA")});
+                quantityText(d.total), boxedStatusText(d.status)});
         if (d.number == m_pending)
             m_current = r;
     }
@@ -293,12 +293,12 @@ void ReceptionScreen::afterNavigate() {
         return;
     }
     m_browser->selectRow(m_current);
-    const auto r = loadReception(m_db, d->number.toLongLong());
+    const auto r = loadReception(m_db, d->number.toLongLong(), *m_kind);
     if (!r)
         return;
     m_reception = *r;
     showReception(m_reception);
-    m_box = currentBox(m_db, m_reception.number, m_userCode);
+    m_box = currentBox(m_db, m_reception.number, m_userCode, *m_kind);
     m_boxDirty = false;
     if (m_reception.status == kOpen)
         offerBackup();
@@ -318,9 +318,7 @@ void ReceptionScreen::showReception(const Reception& r) {
     m_origin->setText(r.origin);
     m_note->setText(r.note);
     m_originType->setCurrentIndex(m_originType->findData(int(r.originType)));
-    m_state->setText(r.number == 0       ? QString()
-                     : r.status == kOpen ? QStringLiteral("ABIERTA")
-                                         : QStringLiteral("APROBADA"));
+    m_state->setText(r.number == 0 ? QString() : boxedStatusText(r.status));
     showPurchases();
 }
 
@@ -356,8 +354,9 @@ void ReceptionScreen::showBoxes() {
         requery();
         m_browser->selectRow(m_current);
     }
-    const QList<BoxSummary> all =
-        m_reception.number > 0 ? receptionBoxes(m_db, m_reception.number) : QList<BoxSummary>();
+    const QList<BoxSummary> all = m_reception.number > 0
+                                      ? receptionBoxes(m_db, m_reception.number, *m_kind)
+                                      : QList<BoxSummary>();
     m_boxes->setRowCount(0);
     m_boxes->setRowCount(int(all.size()));
     for (int r = 0; r < all.size(); ++r)
@@ -371,11 +370,12 @@ bool ReceptionScreen::boxHasUnsavedLines() const {
 }
 
 void ReceptionScreen::backUp() {
-    writeBoxBackup(boxBackupPath(), {m_reception.number, m_box.number, m_userCode, m_box.lines});
+    writeBoxBackup(boxBackupPath(*m_kind),
+                   {m_reception.number, m_box.number, m_userCode, m_box.lines}, *m_kind);
 }
 
 void ReceptionScreen::offerBackup() {
-    const auto backup = readBoxBackup(boxBackupPath());
+    const auto backup = readBoxBackup(boxBackupPath(*m_kind), *m_kind);
     if (!backup || backup->reception != m_reception.number || backup->user != m_userCode ||
         backup->lines.isEmpty() || backup->box != m_box.number)
         return;
@@ -429,9 +429,9 @@ void ReceptionScreen::saveBox() {
     if (!current())
         return;
     m_box.user = m_userCode;
-    m_box.number = purchases::saveBox(m_db, m_reception.number, m_box, false);
+    m_box.number = purchases::saveBox(m_db, m_reception.number, m_box, false, *m_kind);
     m_boxDirty = false;
-    QFile::remove(boxBackupPath());
+    QFile::remove(boxBackupPath(*m_kind));
     showBox();
     showBoxes();
 }
@@ -440,14 +440,13 @@ void ReceptionScreen::closeBox() {
     if (!current())
         return;
     if (m_box.lines.isEmpty())
-        throw UserError(QStringLiteral("La caja de la recepción debe contener al menos un "
-                                       "items...!"));
+        throw UserError(m_kind->emptyBox);
     if (!dialogs().question(this, QStringLiteral("Desea cerrar la caja ?"),
                             QStringLiteral("Información"), false))
         return;
     m_box.user = m_userCode;
-    purchases::saveBox(m_db, m_reception.number, m_box, true);
-    QFile::remove(boxBackupPath());
+    purchases::saveBox(m_db, m_reception.number, m_box, true, *m_kind);
+    QFile::remove(boxBackupPath(*m_kind));
     m_box = Box();
     m_box.user = m_userCode;
     m_boxDirty = false;
@@ -465,11 +464,11 @@ void ReceptionScreen::deleteBox() {
         number = m_boxes->item(row, 0)->text().toLongLong();
     if (number == 0)
         return;
-    checkBoxDeletion(m_db, m_reception.number, number);
+    checkBoxDeletion(m_db, m_reception.number, number, *m_kind);
     if (!dialogs().question(this, QStringLiteral("Desea eliminar la caja...?"),
                             QStringLiteral("Información"), false))
         return;
-    purchases::deleteBox(m_db, m_reception.number, number);
+    purchases::deleteBox(m_db, m_reception.number, number, *m_kind);
     if (number == m_box.number) {
         m_box = Box();
         m_box.user = m_userCode;
@@ -483,13 +482,11 @@ void ReceptionScreen::approve() {
     if (!current())
         return;
     if (boxHasUnsavedLines())
-        throw UserError(QStringLiteral("Existen cajas abiertas...!\nEl cierre de la recepción no "
-                                       "procede...!"));
-    checkReceptionApproval(m_db, m_reception.number);
-    if (!dialogs().question(this, QStringLiteral("Desea Aprobar la Recepción ?"),
-                            QStringLiteral("Información"), false))
+        throw UserError(m_kind->openBoxes);
+    checkReceptionApproval(m_db, m_reception.number, *m_kind);
+    if (!dialogs().question(this, m_kind->approveQuestion, QStringLiteral("Información"), false))
         return;
-    approveReception(m_db, m_reception.number);
+    approveReception(m_db, m_reception.number, m_userCode, *m_kind);
     requery();
     afterNavigate();
 }
@@ -515,7 +512,7 @@ void ReceptionScreen::printBox() {
     if (const int row = m_boxes->currentRow(); row >= 0 && m_boxes->item(row, 0))
         number = m_boxes->item(row, 0)->text().toLongLong();
     if (number > 0)
-        printDocument(this, boxDocument(m_db, m_reception.number, number));
+        printDocument(this, boxDocument(m_db, m_reception.number, number, *m_kind));
 }
 
 void ReceptionScreen::save() {
@@ -526,20 +523,20 @@ void ReceptionScreen::save() {
     r.origin = m_origin->text().trimmed();
     r.note = m_note->text();
     r.originType = ReceptionOrigin(m_originType->currentData().toInt());
-    m_pending = QString::number(saveReception(m_db, r));
+    m_pending = QString::number(saveReception(m_db, r, *m_kind));
 }
 
 void ReceptionScreen::remove() {
     const DocumentSummary* d = current();
     if (!d)
         throw UserError(QStringLiteral("Registro no se puede eliminar!"));
-    deleteReception(m_db, d->number.toLongLong());
+    deleteReception(m_db, d->number.toLongLong(), *m_kind);
     m_current = -1;
 }
 
 void ReceptionScreen::print() {
     if (const DocumentSummary* d = current())
-        printDocument(this, receptionDocument(m_db, d->number.toLongLong()));
+        printDocument(this, receptionDocument(m_db, d->number.toLongLong(), *m_kind));
 }
 
 void ReceptionScreen::newRecord() {
@@ -596,7 +593,7 @@ void ReceptionScreen::closeEvent(QCloseEvent* event) {
                                QStringLiteral("Información"), true))
             guarded(this, [&] { backUp(); });
         else
-            QFile::remove(boxBackupPath());
+            QFile::remove(boxBackupPath(*m_kind));
     }
     RecordScreen::closeEvent(event);
 }

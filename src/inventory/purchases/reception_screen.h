@@ -1,5 +1,6 @@
 #pragma once
 
+#include "inventory/purchases/box_kind.h"
 #include "inventory/purchases/purchase_types.h"
 #include "shell/record_form/record_screen.h"
 
@@ -17,11 +18,13 @@ namespace orvo::inventory::purchases {
 // frmRecepcion: the reception's header and the purchases it covers go through the record
 // toolbar; below, each user counts his own box (txtCodigo, Enter, txtCantidad, Enter), saves it
 // (GuardarCaja), closes it (Finalizar) and, once every box is closed, the reception is approved.
-// The box being counted is kept in a local backup file after every scan.
+// The box being counted is kept in a local backup file after every scan. The remission, counted
+// the same way, is this screen on its own tables.
 class ReceptionScreen : public shell::RecordScreen {
     Q_OBJECT
 public:
-    ReceptionScreen(QSqlDatabase db, QString userCode, QWidget* parent = nullptr);
+    ReceptionScreen(QSqlDatabase db, QString userCode, QWidget* parent = nullptr,
+                    const BoxKind& kind = receptionKind());
     ~ReceptionScreen() override;
 
     int recordCount() const override { return int(m_receptions.size()); }
@@ -67,6 +70,7 @@ private:
 
     QSqlDatabase m_db;
     QString m_userCode;
+    const BoxKind* m_kind;
     QList<DocumentSummary> m_receptions;
     int m_current = -1;
     QString m_pending;

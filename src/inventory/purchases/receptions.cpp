@@ -17,45 +17,39 @@
 
 namespace orvo::inventory::purchases {
 
-namespace {
-
-const QString kGone = QStringLiteral("La recepción no existe o ya fue aprobada por otro "
-                                     "usuario...!");
-const QString kBackupHeader = QStringLiteral("ORVO-RECEPCION");
-
-} // namespace
-
-long long saveReception(const QSqlDatabase& db, Reception r) {
+long long saveReception(const QSqlDatabase& db, Reception r, const BoxKind& kind) {
     if (r.branch.isEmpty())
-        throw UserError(QStringLiteral("Debe seleccionar el destino de la recepción...!"));
+        throw UserError(QStringLiteral("Debe seleccionar el destino de la ") +
+                        kind.title.toLower() + QStringLiteral("...!"));
     db::Transaction tx(db);
     const QDateTime now = db::serverNow(db);
     r.date = r.date.isValid() ? QDateTime(r.date.date(), now.time()) : now;
     stock::checkDocumentDate(db, r.date.date());
     if (r.number == 0) {
-        r.number = common::lastDocumentNumber(db, common::BoxDocument::Reception) + 1;
-        store::insertReception(db, r);
-    } else if (!store::updateReception(db, r)) {
-        throw UserError(kGone);
+        r.number = common::lastDocumentNumber(db, kind.document) + 1;
+        store::insertReception(db, r, kind);
+    } else if (!store::updateReception(db, r, kind)) {
+        throw UserError(store::status(db, r.number, kind) > 0 ? kind.approvedByOther : kind.gone);
     }
-    store::replaceCoveredPurchases(db, r.number, r.purchases);
+    store::replaceCoveredPurchases(db, r.number, r.purchases, kind);
     tx.commit();
     return r.number;
 }
 
-void deleteReception(const QSqlDatabase& db, long long number) {
+void deleteReception(const QSqlDatabase& db, long long number, const BoxKind& kind) {
     db::Transaction tx(db);
-    if (!store::deleteReception(db, number))
-        throw UserError(kGone);
+    if (!store::deleteReception(db, number, kind))
+        throw UserError(kind.gone);
     tx.commit();
 }
 
-std::optional<Reception> loadReception(const QSqlDatabase& db, long long number) {
-    return store::loadReception(db, number);
+std::optional<Reception> loadReception(const QSqlDatabase& db, long long number,
+                                       const BoxKind& kind) {
+    return store::loadReception(db, number, kind);
 }
 
-QList<DocumentSummary> listReceptions(const QSqlDatabase& db) {
-    return store::listReceptions(db);
+QList<DocumentSummary> listReceptions(const QSqlDatabase& db, const BoxKind& kind) {
+    return store::listReceptions(db, kind);
 }
 
 QList<CoveredPurchase> purchasesNumbered(const QSqlDatabase& db, const QString& document) {
@@ -78,10 +72,11 @@ void coverPurchase(Reception& r, const CoveredPurchase& p) {
     r.purchases.append(p);
 }
 
-Box currentBox(const QSqlDatabase& db, long long reception, const QString& user) {
-    const long long last = store::userLastBox(db, reception, user);
+Box currentBox(const QSqlDatabase& db, long long reception, const QString& user,
+               const BoxKind& kind) {
+    const long long last = store::userLastBox(db, reception, user, kind);
     if (last > 0) {
-        if (auto box = store::loadBox(db, reception, last); box && !box->closed)
+        if (auto box = store::loadBox(db, reception, last, kind); box && !box->closed)
             return *box;
     }
     Box fresh;
@@ -101,20 +96,20 @@ void countInto(Box& box, const BoxLine& line) {
     box.lines.append(line);
 }
 
-long long saveBox(const QSqlDatabase& db, long long reception, const Box& box, bool close) {
+long long saveBox(const QSqlDatabase& db, long long reception, const Box& box, bool close,
+                  const BoxKind& kind) {
     if (box.lines.isEmpty())
-        throw UserError(QStringLiteral("La caja de la recepción debe contener al menos un "
-                                       "items...!"));
+        throw UserError(kind.emptyBox);
     db::Transaction tx(db);
-    if (!store::holdOpenReception(db, reception))
-        throw UserError(kGone);
+    if (!store::holdOpenReception(db, reception, kind))
+        throw UserError(kind.gone);
     long long number = box.number;
     if (number == 0)
-        number = common::lastBoxNumber(db, common::BoxDocument::Reception, reception) + 1;
-    else if (store::boxIsClosed(db, reception, number))
+        number = common::lastBoxNumber(db, kind.document, reception) + 1;
+    else if (store::boxIsClosed(db, reception, number, kind))
         throw UserError(QStringLiteral("La caja ") + QString::number(number) +
                         QStringLiteral(" ya fue cerrada...!"));
-    store::deleteBoxLines(db, reception, number);
+    store::deleteBoxLines(db, reception, number, kind);
     const QDateTime now = db::serverNow(db);
     int item = 0;
     for (const BoxLine& l : box.lines) {
@@ -123,76 +118,85 @@ long long saveBox(const QSqlDatabase& db, long long reception, const Box& box, b
             throw UserError(QStringLiteral("El código ") + l.barcode +
                             QStringLiteral(" no existe en el inventario...!"));
         store::upsertBoxLine(db, reception, number, ++item,
-                             {l, article->retailPrice, article->averageCost}, box.user, now);
+                             {l, article->retailPrice, article->averageCost}, box.user, now, kind);
     }
     if (close)
-        store::closeBox(db, reception, number);
+        store::closeBox(db, reception, number, kind);
     tx.commit();
     return number;
 }
 
-void checkBoxDeletion(const QSqlDatabase& db, long long reception, long long box) {
-    if (box != common::lastBoxNumber(db, common::BoxDocument::Reception, reception))
-        throw UserError(QStringLiteral("Solo puede eliminar la ultima caja de la recepción "
-                                       "seleccionada...!"));
+void checkBoxDeletion(const QSqlDatabase& db, long long reception, long long box,
+                      const BoxKind& kind) {
+    if (box != common::lastBoxNumber(db, kind.document, reception))
+        throw UserError(kind.lastBoxOnly);
 }
 
-void deleteBox(const QSqlDatabase& db, long long reception, long long box) {
+void deleteBox(const QSqlDatabase& db, long long reception, long long box, const BoxKind& kind) {
     db::Transaction tx(db);
-    if (!store::holdOpenReception(db, reception))
-        throw UserError(kGone);
-    checkBoxDeletion(db, reception, box);
-    store::deleteBoxLines(db, reception, box);
+    if (!store::holdOpenReception(db, reception, kind))
+        throw UserError(kind.gone);
+    checkBoxDeletion(db, reception, box, kind);
+    store::deleteBoxLines(db, reception, box, kind);
     tx.commit();
 }
 
-QList<BoxSummary> receptionBoxes(const QSqlDatabase& db, long long reception) {
-    return store::boxes(db, reception);
+QList<BoxSummary> receptionBoxes(const QSqlDatabase& db, long long reception, const BoxKind& kind) {
+    return store::boxes(db, reception, kind);
 }
 
-std::optional<Box> loadBox(const QSqlDatabase& db, long long reception, long long box) {
-    return store::loadBox(db, reception, box);
+std::optional<Box> loadBox(const QSqlDatabase& db, long long reception, long long box,
+                           const BoxKind& kind) {
+    return store::loadBox(db, reception, box, kind);
 }
 
 namespace {
-void checkApprovable(const QSqlDatabase& db, long long reception) {
-    if (!common::documentHasLines(db, common::BoxDocument::Reception, reception))
-        throw UserError(QStringLiteral("No existen cajas en la recepción...!"));
-    if (store::hasOpenBox(db, reception))
-        throw UserError(QStringLiteral("Existen cajas abiertas...!\nEl cierre de la recepción "
-                                       "no procede...!"));
+void checkApprovable(const QSqlDatabase& db, long long reception, const BoxKind& kind) {
+    if (!common::documentHasLines(db, kind.document, reception))
+        throw UserError(kind.noBoxes);
+    if (store::hasOpenBox(db, reception, kind))
+        throw UserError(kind.openBoxes);
+    if (kind.purchaseTypeNeedsPurchases) {
+        const auto r = store::loadReception(db, reception, kind);
+        if (r && r->originType == ReceptionOrigin::Purchases && r->purchases.isEmpty())
+            throw UserError(QStringLiteral("El tipo de Documento es Compra y no ha digitado "
+                                           "ninguna. "));
+    }
 }
 } // namespace
 
-void checkReceptionApproval(const QSqlDatabase& db, long long reception) {
+void checkReceptionApproval(const QSqlDatabase& db, long long reception, const BoxKind& kind) {
     db::Transaction tx(db);
-    checkApprovable(db, reception);
+    checkApprovable(db, reception, kind);
     tx.rollback(); // the tests wrote nothing
 }
 
-void approveReception(const QSqlDatabase& db, long long reception) {
+void approveReception(const QSqlDatabase& db, long long reception, const QString& user,
+                      const BoxKind& kind) {
     db::Transaction tx(db);
-    checkApprovable(db, reception);
-    if (!store::approveReception(db, reception, db::serverNow(db)))
-        throw UserError(kGone);
+    checkApprovable(db, reception, kind);
+    const store::Approver who{user, ArticleWriter::here(user, kind.screen).address};
+    if (!store::approveReception(db, reception, db::serverNow(db), who, kind))
+        throw UserError(kind.gone);
     tx.commit();
 }
 
-QList<ComparisonLine> compareReception(const QSqlDatabase& db, long long reception) {
-    return store::comparison(db, reception);
+QList<ComparisonLine> compareReception(const QSqlDatabase& db, long long reception,
+                                       const BoxKind& kind) {
+    return store::comparison(db, reception, kind);
 }
 
-QString boxBackupPath() {
-    return QDir(shell::appHome()).filePath(QStringLiteral("Recepcion.SS7"));
+QString boxBackupPath(const BoxKind& kind) {
+    return QDir(shell::appHome()).filePath(kind.backupFile);
 }
 
-void writeBoxBackup(const QString& path, const BoxBackup& b) {
+void writeBoxBackup(const QString& path, const BoxBackup& b, const BoxKind& kind) {
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly | QIODevice::Text))
         throw UserError(QStringLiteral("No se pudo guardar el respaldo local ") + path +
                         QStringLiteral("...!"));
     QTextStream out(&file);
-    out << kBackupHeader << '\t' << b.reception << '\t' << b.box << '\t' << b.user << '\n';
+    out << kind.backupTag << '\t' << b.reception << '\t' << b.box << '\t' << b.user << '\n';
     for (const BoxLine& l : b.lines)
         out << l.barcode << '\t' << l.quantity.toString() << '\t' << l.name << '\n';
     out.flush();
@@ -201,13 +205,13 @@ void writeBoxBackup(const QString& path, const BoxBackup& b) {
                         QStringLiteral("...!"));
 }
 
-std::optional<BoxBackup> readBoxBackup(const QString& path) {
+std::optional<BoxBackup> readBoxBackup(const QString& path, const BoxKind& kind) {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
         return std::nullopt;
     QTextStream in(&file);
     const QStringList head = in.readLine().split(QLatin1Char('\t'));
-    if (head.size() < 4 || head[0] != kBackupHeader)
+    if (head.size() < 4 || head[0] != kind.backupTag)
         return std::nullopt;
     BoxBackup b;
     b.reception = head[1].toLongLong();

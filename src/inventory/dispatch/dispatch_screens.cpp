@@ -1,0 +1,36 @@
+#include "inventory/dispatch/dispatch_screens.h"
+
+#include "inventory/dispatch/conversion_screen.h"
+#include "inventory/dispatch/guide_screen.h"
+#include "inventory/dispatch/order_screen.h"
+#include "inventory/dispatch/remission_order_screen.h"
+#include "inventory/dispatch/remissions.h"
+#include "inventory/purchases/reception_screen.h"
+#include "shell/screens/screen_registry.h"
+#include "shell/startup/app_state.h"
+
+namespace orvo::inventory::dispatch {
+
+void registerDispatchScreens(DispatchServices s) {
+    if (!s.database)
+        s.database = [] { return shell::mainDb(); };
+    if (!s.userCode)
+        s.userCode = [] { return shell::session().userCode; };
+    if (!s.session)
+        s.session = [] { return shell::session(); };
+    auto& r = shell::ScreenRegistry::instance();
+    r.add(kRemissionScreen, [s](QWidget* parent) {
+        return new purchases::ReceptionScreen(s.database(), s.userCode(), parent, remissionKind());
+    });
+    r.add(kAdjustmentConversionScreen, [s](QWidget* parent) {
+        return new AdjustmentConversionScreen(s.database(), s.userCode(), parent);
+    });
+    r.add(kOrderScreen,
+          [s](QWidget* parent) { return new OrderScreen(s.database(), s.session(), parent); });
+    r.add(kRemissionOrderScreen, [s](QWidget* parent) {
+        return new RemissionOrderScreen(s.database(), s.session(), parent);
+    });
+    r.add(kGuideScreen, [s](QWidget* parent) { return new GuideScreen(s.database(), parent); });
+}
+
+} // namespace orvo::inventory::dispatch

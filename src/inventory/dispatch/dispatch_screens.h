@@ -1,0 +1,23 @@
+#pragma once
+
+#include "shell/session/session_context.h"
+
+#include <QSqlDatabase>
+#include <QString>
+#include <functional>
+
+namespace orvo::inventory::dispatch {
+
+// What the dispatch screens borrow from the running program.
+struct DispatchServices {
+    std::function<QSqlDatabase()> database;
+    std::function<QString()> userCode;
+    std::function<shell::SessionContext()> session; // the register keying dispatch orders
+};
+
+// Adds frmOrdenDespacho, frmRemision, frmGuiaDespacho, frmConvRemRecAjuste and
+// frmConvRemOrdenDesp to the
+// ScreenRegistry. Without services, the shared connection and the logged-in user.
+void registerDispatchScreens(DispatchServices services = {});
+
+} // namespace orvo::inventory::dispatch
