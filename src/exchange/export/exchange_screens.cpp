@@ -32,7 +32,8 @@ void runClosingExport(const ClosingExportPlan& plan, int index) {
     const QString form = ExportScreen::formName(plan.runs[index]);
     QWidget* w = nullptr;
     if (auto* main = mainWindow()) {
-        w = main->openForm(form);
+        // Part of the closing the cashier may run, though the export's own screen is not his.
+        w = main->openForm(form, shell::MainWindow::Access::WorkOfAGrantedScreen);
     } else {
         w = shell::ScreenRegistry::instance().create(form, nullptr);
         if (w) {

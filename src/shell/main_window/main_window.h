@@ -54,8 +54,11 @@ public:
     // Opens the screen of a menu node; a folder opens nothing.
     void openNode(const QString& nodeCode);
     // Opens (or brings forward) the screen registered under `formName`; nullptr when there is
-    // none.
-    QWidget* openForm(const QString& formName);
+    // none, or when the user's groups do not grant it. `WorkOfAGrantedScreen` is for a screen
+    // that carries on what a granted one started (the closing's export): the user's grant there
+    // covers it.
+    enum class Access { Granted, WorkOfAGrantedScreen };
+    QWidget* openForm(const QString& formName, Access access = Access::Granted);
 
     void checkPendingFiles();
     // Title and lines of the last pending-files notice ("" when none).
