@@ -19,11 +19,12 @@ else
   "$orvo" db init >/dev/null
 fi
 
-# Waits for the first line of a service's output (its device or address) and prints it.
+# Waits (up to 30 s) for the first line of a service's output (its device or address) and prints it.
 first_line() {
   local file=$1 pid=$2
-  for _ in $(seq 1 100); do
-    if [ -s "$file" ]; then head -n 1 "$file"; return 0; fi
+  # A whole line only: a service still writing its address must not be read halfway.
+  for _ in $(seq 1 300); do
+    if [ "$(wc -l <"$file" 2>/dev/null || echo 0)" -ge 1 ]; then head -n 1 "$file"; return 0; fi
     kill -0 "$pid" 2>/dev/null || break
     sleep 0.1
   done
