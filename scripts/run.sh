@@ -37,6 +37,8 @@ cleanup() { for p in "${pids[@]}"; do kill "$p" 2>/dev/null || true; done; }
 trap cleanup EXIT
 
 mkdir -p "$ORVO_HOME/fiscal" "$ORVO_HOME/vpos"
+# The last run's addresses go first: a file still holding one must not be read as this run's.
+rm -f "$ORVO_HOME/fiscal/puerto.txt" "$ORVO_HOME/vpos/url.txt" "$ORVO_HOME/correo/puerto.txt"
 # --caja: the printer carries this register's serial and the company's RIF and header lines.
 "$orvo" fiscal-emulator --caja --state "$ORVO_HOME/fiscal/memoria.json" \
   --tickets "$ORVO_HOME/fiscal/tickets" --control "$ORVO_HOME/fiscal/control.txt" >"$ORVO_HOME/fiscal/puerto.txt" 2>"$ORVO_HOME/fiscal/emulador.log" &
