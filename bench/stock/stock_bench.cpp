@@ -85,22 +85,22 @@ void seed(const QSqlDatabase& db) {
 
 int main(int argc, char** argv) {
     QCoreApplication app(argc, argv);
-    bench::forEachEngine(
-        QStringLiteral("orvo_bench_stock"), [](const char* engine, const QSqlDatabase& db) {
-            std::printf("%s:\n", engine);
-            seed(db);
-            for (int run = 1; run <= 2; ++run) {
-                QElapsedTimer t;
-                t.start();
-                const auto r = inventory::stock::rebuildNow(db);
-                std::printf("  rebuild %d: %.2f s, %d articles changed "
-                            "(budget 10 s)\n",
-                            run, t.elapsed() / 1000.0, r.changed);
-            }
-            const Decimal total = Decimal::fromVariant(
-                db::scalar(db, QStringLiteral("SELECT SUM(Existencia) FROM INVENTARIO")));
-            // 20,000 × 100 − 400,000 + 800,000 + 0 (the adjustments cancel)
-            std::printf("  total stock %s (expected 2400000)\n", qPrintable(total.toString()));
-        });
+    bench::forEachEngine(QStringLiteral("orvo_bench_stock"), [](const QSqlDatabase& db) {
+        seed(db);
+        bench::Figures figures;
+        for (int run = 1; run <= 2; ++run) {
+            QElapsedTimer t;
+            t.start();
+            const auto r = inventory::stock::rebuildNow(db);
+            figures.append({QStringLiteral("rebuild %1 (budget 10 s)").arg(run),
+                            {t.elapsed() / 1000.0, QStringLiteral("s"),
+                             QStringLiteral("%1 articles changed").arg(r.changed)}});
+        }
+        const Decimal total = Decimal::fromVariant(
+            db::scalar(db, QStringLiteral("SELECT SUM(Existencia) FROM INVENTARIO")));
+        // 20,000 × 100 − 400,000 + 800,000 + 0 (the adjustments cancel)
+        std::printf("  total stock %s (expected 2400000)\n", qPrintable(total.toString()));
+        return figures;
+    });
     return 0;
 }

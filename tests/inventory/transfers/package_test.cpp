@@ -51,8 +51,8 @@ TEST_F(TransferPackageTest, StoreTwoAveragesTheCostStoreOneSentItBoxByBox) {
     article(other(), "A2", "CAMISA-A", "-2", "5", "40");
     article(other(), "A3", "CAMISA-A", "0", "0", "40");
 
-    Transfer t = transfer("02", {line("A1", "6", 1), line("N1", "2", 1), line("A1", "4", 2),
-                                 line("A2", "4", 2)});
+    Transfer t = transfer(
+        "02", {line("A1", "6", 1), line("N1", "2", 1), line("A1", "4", 2), line("A2", "4", 2)});
     t.lotId = lot;
     t.dispatchId = 2;
     const SentPackage sent = send(t);
@@ -88,9 +88,9 @@ TEST_F(TransferPackageTest, StoreTwoAveragesTheCostStoreOneSentItBoxByBox) {
     EXPECT_EQ(stock(b, "N1"), d("2"));
     EXPECT_EQ(averageCost(b, "N1"), d("8"));
     EXPECT_EQ(value(b, "SELECT PrecioDetal FROM INVENTARIO WHERE CodigoBarra = 'N1'"), d("99"));
-    EXPECT_EQ(db::scalar(b, "SELECT CodigoBarraAnt FROM INVENTARIO WHERE CodigoBarra = 'N1'")
-                  .toString(),
-              "N1");
+    EXPECT_EQ(
+        db::scalar(b, "SELECT CodigoBarraAnt FROM INVENTARIO WHERE CodigoBarra = 'N1'").toString(),
+        "N1");
     EXPECT_EQ(rows(b, "MARCAS", "Codigo = 'N2' AND Status = 1"), 1);
     EXPECT_EQ(rows(b, "TALLAS", "Codigo = 'L'"), 1);
     EXPECT_EQ(rows(b, "COLORES", "Codigo = '02'"), 1);
@@ -103,8 +103,8 @@ TEST_F(TransferPackageTest, StoreTwoAveragesTheCostStoreOneSentItBoxByBox) {
               1);
     EXPECT_EQ(value(b, "SELECT TotalValor FROM ITRANSFERENCIAS"), d("184"));
     EXPECT_EQ(rows(b, "IMOVTRANSFERENCIAS"), 4);
-    EXPECT_EQ(rows(b, "IMOVTRANSFERENCIAS", "CodigoBarra = 'A1' AND NumeroCaja = 2 AND Cantidad = 4"),
-              1);
+    EXPECT_EQ(
+        rows(b, "IMOVTRANSFERENCIAS", "CodigoBarra = 'A1' AND NumeroCaja = 2 AND Cantidad = 4"), 1);
     EXPECT_EQ(db::scalar(b, "SELECT L.Lote FROM ITRANSFERENCIAS T INNER JOIN LOTES L ON L.ID = "
                             "T.IDLote")
                   .toString(),
@@ -119,8 +119,9 @@ TEST_F(TransferPackageTest, StoreTwoAveragesTheCostStoreOneSentItBoxByBox) {
     ASSERT_TRUE(again);
     EXPECT_EQ(again->imported, 0);
     EXPECT_EQ(endMessage(Kind::Transfer, *again), "Se importaron 0 de 1...");
-    EXPECT_EQ(again->notes.join(""), QString("La transferencia %1 de la sucursal 01 ya fue cargada.")
-                                         .arg(sent.numbers.first()));
+    EXPECT_EQ(
+        again->notes.join(""),
+        QString("La transferencia %1 de la sucursal 01 ya fue cargada.").arg(sent.numbers.first()));
     EXPECT_EQ(stock(b, "A1"), d("20"));
     EXPECT_EQ(rows(b, "ITRANSFERENCIAS"), 1);
     EXPECT_EQ(rows(b, "IMOVTRANSFERENCIAS"), 4);
@@ -187,10 +188,10 @@ TEST_F(TransferPackageTest, DamagedOrForeignPackagesChangeNothing) {
         recibe + "/RESUTRAN.DBF");
     head.append({{"NumTra", 40}, {"CodEnvia", "01"}, {"CodRecib", "02"}});
     head.close();
-    exchange::package::DbfWriter lines(
-        recibe + "/MOVITRAN.DBF",
-        {exchange::package::numericField("NumTra", 11), exchange::package::textField("CodBarra", 15),
-         exchange::package::numericField("Valor", 19, 5)});
+    exchange::package::DbfWriter lines(recibe + "/MOVITRAN.DBF",
+                                       {exchange::package::numericField("NumTra", 11),
+                                        exchange::package::textField("CodBarra", 15),
+                                        exchange::package::numericField("Valor", 19, 5)});
     lines.append({{"NumTra", 40}, {"CodBarra", "A1"}, {"Valor", 9}});
     lines.close();
     const QString missing = refusal([&] { load(recibe); });

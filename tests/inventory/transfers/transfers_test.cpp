@@ -17,8 +17,8 @@ class TransfersTest : public test::TransferTest {};
 TEST_F(TransfersTest, ApprovalTakesEachBarcodeOutOnceAtTheCostItLeavesAt) {
     article("A1", "CAMISA-A", "20", "10");
     article("A2", "CAMISA-A", "1", "17.5");
-    Transfer t = transfer("02", {line("A1", "6", 1), line("A2", "3", 1), line("A1", "4", 2),
-                                 line("A1", "1", 1)});
+    Transfer t = transfer(
+        "02", {line("A1", "6", 1), line("A2", "3", 1), line("A1", "4", 2), line("A1", "1", 1)});
     t.dispatchId = 2;
     const long long n = saveTransfer(db(), t, true);
 
@@ -63,10 +63,9 @@ TEST_F(TransfersTest, RefusalsBeforeAndAtTheSave) {
               "La Transferencia debe contener al menos un items...!");
     EXPECT_EQ(refusal([&] { checkTransfer(db(), transfer("02", {line("A1", "0", 1)})); }),
               "La Transferencia tiene un Item con cantidad en 0...!");
-    EXPECT_EQ(refusal([&] {
-                  checkTransfer(db(), transfer("02", {line("A1", "0", 1)}, Kind::Return));
-              }),
-              "La Devolucion de Transferencia tiene un Item con cantidad en 0...!");
+    EXPECT_EQ(
+        refusal([&] { checkTransfer(db(), transfer("02", {line("A1", "0", 1)}, Kind::Return)); }),
+        "La Devolucion de Transferencia tiene un Item con cantidad en 0...!");
     EXPECT_EQ(refusal([&] { checkTransfer(db(), transfer("02", {}, Kind::Return)); }),
               "La Devolución debe contener al menos un items...");
     EXPECT_EQ(refusal([&] { checkTransfer(db(), transfer("01", {line("A1", "1", 1)})); }),
@@ -119,14 +118,14 @@ TEST_F(TransfersTest, DestinationOfApprovedDocumentsAndReceivedOnesMovedAside) {
     EXPECT_EQ(refusal([&] { changeDestination(db(), Kind::Transfer, 999, "00"); }),
               "No existe el numero de documento...!");
     changeDestination(db(), Kind::Transfer, approved, "00");
-    EXPECT_EQ(scalar("SELECT CodigoRecibe FROM TRANSFERENCIAS WHERE Numero = ?", {approved})
-                  .toString(),
-              "00");
+    EXPECT_EQ(
+        scalar("SELECT CodigoRecibe FROM TRANSFERENCIAS WHERE Numero = ?", {approved}).toString(),
+        "00");
 
     exec("INSERT INTO ITRANSFERENCIAS (Numero, CodigoEnvia, Fecha, Status) VALUES (7, '00', ?, 1), "
          "(7, '03', ?, 1), (8, '00', ?, 1)",
-         {QDateTime(QDate(2026, 3, 1), QTime(23, 59, 30)), QDateTime(QDate(2026, 3, 2), QTime(8, 0)),
-          QDateTime(QDate(2026, 3, 5), QTime(8, 0))});
+         {QDateTime(QDate(2026, 3, 1), QTime(23, 59, 30)),
+          QDateTime(QDate(2026, 3, 2), QTime(8, 0)), QDateTime(QDate(2026, 3, 5), QTime(8, 0))});
     // The last day counts whole.
     const auto listed = receivedTransfers(db(), QDate(2026, 3, 1), QDate(2026, 3, 2));
     ASSERT_EQ(listed.size(), 2);
