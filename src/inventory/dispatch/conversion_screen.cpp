@@ -46,9 +46,9 @@ AdjustmentConversionScreen::AdjustmentConversionScreen(QSqlDatabase db, QString 
                                                QStringLiteral("Convertir"), Qt::Key_F12);
     top->addWidget(run);
     layout->addLayout(top);
-    m_grid = listGrid(this, QStringLiteral("SpreadDetalle"),
-                      {QStringLiteral("Código"), QStringLiteral("Cantidad"),
-                       QStringLiteral("Costo"), QStringLiteral("Total")});
+    m_grid = purchases::listTable(this, QStringLiteral("SpreadDetalle"),
+                                  {QStringLiteral("Código"), QStringLiteral("Cantidad"),
+                                   QStringLiteral("Costo"), QStringLiteral("Total")});
     layout->addWidget(m_grid, 1);
     m_total = new QLabel(this);
     m_total->setObjectName(QStringLiteral("lblTotal"));

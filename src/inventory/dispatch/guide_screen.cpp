@@ -39,10 +39,10 @@ GuideScreen::GuideScreen(QSqlDatabase db, QWidget* parent)
     auto* outer = new QVBoxLayout(this);
     auto* split = new QSplitter(Qt::Vertical, this);
     outer->addWidget(split);
-    m_browser =
-        listGrid(split, QStringLiteral("grdConsulta"),
-                 {QStringLiteral("Número"), QStringLiteral("Fecha"), QStringLiteral("Conductor"),
-                  QStringLiteral("Vehículo"), QStringLiteral("Estatus")});
+    m_browser = purchases::listTable(split, QStringLiteral("grdConsulta"),
+                                     {QStringLiteral("Número"), QStringLiteral("Fecha"),
+                                      QStringLiteral("Conductor"), QStringLiteral("Vehículo"),
+                                      QStringLiteral("Estatus")});
     connect(m_browser, &QTableWidget::cellClicked, this, [this](int row) {
         if (!isEditing())
             guarded(this, [&] { navigateTo(row); });
@@ -92,9 +92,9 @@ GuideScreen::GuideScreen(QSqlDatabase db, QWidget* parent)
     keying->addWidget(new QLabel(QStringLiteral("Remisión Nº:"), list));
     keying->addWidget(m_remission, 1);
     listLayout->addLayout(keying);
-    m_remissions = listGrid(list, QStringLiteral("SpreadRemisiones"),
-                            {QStringLiteral("Remisión"), QStringLiteral("Destino"),
-                             QStringLiteral("Cajas"), QStringLiteral("Unidades")});
+    m_remissions = purchases::listTable(list, QStringLiteral("SpreadRemisiones"),
+                                        {QStringLiteral("Remisión"), QStringLiteral("Destino"),
+                                         QStringLiteral("Cajas"), QStringLiteral("Unidades")});
     m_remissions->installEventFilter(this);
     listLayout->addWidget(m_remissions, 1);
     auto* buttons = new QHBoxLayout;

@@ -41,10 +41,10 @@ OrderScreen::OrderScreen(QSqlDatabase db, shell::SessionContext ctx, QWidget* pa
     setObjectName(kOrderScreen);
     setWindowTitle(QStringLiteral("Orden de Despacho"));
     auto* layout = new QVBoxLayout(this);
-    m_list =
-        listGrid(this, QStringLiteral("grdConsulta"),
-                 {QStringLiteral("Número"), QStringLiteral("Fecha"), QStringLiteral("Cliente"),
-                  QStringLiteral("Nombre"), QStringLiteral("Total"), QStringLiteral("Estatus")});
+    m_list = purchases::listTable(this, QStringLiteral("grdConsulta"),
+                                  {QStringLiteral("Número"), QStringLiteral("Fecha"),
+                                   QStringLiteral("Cliente"), QStringLiteral("Nombre"),
+                                   QStringLiteral("Total"), QStringLiteral("Estatus")});
     m_list->setMaximumHeight(180);
     m_list->installEventFilter(this);
     connect(m_list, &QTableWidget::cellDoubleClicked, this,
@@ -90,11 +90,11 @@ OrderScreen::OrderScreen(QSqlDatabase db, shell::SessionContext ctx, QWidget* pa
     m_state->setObjectName(QStringLiteral("lblStatus"));
     form->addRow(QStringLiteral("Estatus"), m_state);
     layout->addLayout(form);
-    m_grid =
-        listGrid(this, QStringLiteral("SpreadOrden"),
-                 {QStringLiteral("Código"), QStringLiteral("Descripción"), QStringLiteral("Lista"),
-                  QStringLiteral("Cantidad"), QStringLiteral("Precio"), QStringLiteral("Desc. %"),
-                  QStringLiteral("Impuesto"), QStringLiteral("Total")});
+    m_grid = purchases::listTable(this, QStringLiteral("SpreadOrden"),
+                                  {QStringLiteral("Código"), QStringLiteral("Descripción"),
+                                   QStringLiteral("Lista"), QStringLiteral("Cantidad"),
+                                   QStringLiteral("Precio"), QStringLiteral("Desc. %"),
+                                   QStringLiteral("Impuesto"), QStringLiteral("Total")});
     layout->addWidget(m_grid, 1);
     m_totals = new QLabel(this);
     m_totals->setObjectName(QStringLiteral("lblTotales"));

@@ -43,10 +43,10 @@ RemissionOrderScreen::RemissionOrderScreen(QSqlDatabase db, shell::SessionContex
                                                QStringLiteral("Convertir"), Qt::Key_F12);
     top->addWidget(run);
     layout->addLayout(top);
-    m_grid =
-        listGrid(this, QStringLiteral("SpreadDetalle"),
-                 {QStringLiteral("Código"), QStringLiteral("Descripción"), QStringLiteral("Lista"),
-                  QStringLiteral("Cantidad"), QStringLiteral("Precio"), QStringLiteral("Total")});
+    m_grid = purchases::listTable(this, QStringLiteral("SpreadDetalle"),
+                                  {QStringLiteral("Código"), QStringLiteral("Descripción"),
+                                   QStringLiteral("Lista"), QStringLiteral("Cantidad"),
+                                   QStringLiteral("Precio"), QStringLiteral("Total")});
     layout->addWidget(m_grid, 1);
     m_total = new QLabel(this);
     m_total->setObjectName(QStringLiteral("lblTotal"));

@@ -58,8 +58,12 @@ QTableWidget* listTable(QWidget* parent, const QString& name, const QStringList&
     t->setSelectionBehavior(QAbstractItemView::SelectRows);
     t->setSelectionMode(QAbstractItemView::SingleSelection);
     t->verticalHeader()->hide();
-    t->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
-    t->horizontalHeader()->setSectionResizeMode(stretch, QHeaderView::Stretch);
+    if (stretch < 0) {
+        t->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+    } else {
+        t->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
+        t->horizontalHeader()->setSectionResizeMode(stretch, QHeaderView::Stretch);
+    }
     return t;
 }
 

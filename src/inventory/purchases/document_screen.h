@@ -161,9 +161,10 @@ private:
     QList<QLabel*> m_totals;
 };
 
-// A read-only list of whole rows, one selected at a time; column `stretch` takes the width left.
+// A read-only list of whole rows, one selected at a time; column `stretch` takes the width left
+// (all columns share the width when it is negative).
 QTableWidget* listTable(QWidget* parent, const QString& name, const QStringList& headers,
-                        int stretch);
+                        int stretch = -1);
 // A cell of such a list, numbers right-aligned.
 QTableWidgetItem* listCell(const QString& text, bool right = false);
 
