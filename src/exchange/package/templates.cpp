@@ -47,7 +47,7 @@ DbfField fieldFor(const schema::Column& c, const QString& name) {
     return textField(name, 254);
 }
 
-struct Spec {
+struct TemplateSource {
     const char* name;
     const char* table;                                // source table; null: `extra` only
     QStringList only;                                 // its columns to keep; empty: all
@@ -55,7 +55,7 @@ struct Spec {
     QList<DbfField> extra;                            // fields after the table's own
 };
 
-TemplateLayout build(const Spec& s) {
+TemplateLayout build(const TemplateSource& s) {
     TemplateLayout layout{QString::fromLatin1(s.name), {}};
     const schema::Table* t = s.table ? schema::findTable(QString::fromLatin1(s.table)) : nullptr;
     if (s.table && !t)
@@ -80,7 +80,7 @@ TemplateLayout build(const Spec& s) {
     return layout;
 }
 
-QList<Spec> specs() {
+QList<TemplateSource> sources() {
     const QStringList codeNameStatus = {"Codigo", "Nombre", "Status"};
     const DbfField registerNumber = numericField(QStringLiteral("NumCaja"), 6);
     return {
@@ -259,7 +259,7 @@ QStringList installTemplates(const QString& folder) {
 
 QList<TemplateLayout> templateLayouts() {
     QList<TemplateLayout> out;
-    for (const Spec& s : specs())
+    for (const TemplateSource& s : sources())
         out << build(s);
     return out;
 }
