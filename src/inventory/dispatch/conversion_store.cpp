@@ -41,6 +41,35 @@ QList<SummedLine> summedLines(const QSqlDatabase& db, const purchases::BoxKind& 
     return out;
 }
 
+QList<BoxLine> boxLines(const QSqlDatabase& db, const purchases::BoxKind& kind, long long number) {
+    db::Sql q(db, onKind(kind, QStringLiteral("SELECT CodigoBarra, NumeroCaja, SUM(Cantidad) AS "
+                                              "Cantidad, MIN(Item) AS Orden FROM MOVRECEPCION "
+                                              "WHERE Numero = ? GROUP BY CodigoBarra, NumeroCaja "
+                                              "ORDER BY NumeroCaja, Orden")));
+    q.bind(number).exec();
+    QList<BoxLine> out;
+    while (q.next())
+        out.append({q.text(QStringLiteral("CodigoBarra")),
+                    q.decimal(QStringLiteral("Cantidad")).rounded(3),
+                    q.integer(QStringLiteral("NumeroCaja"))});
+    return out;
+}
+
+bool holdPurchase(const QSqlDatabase& db, const QString& document, const QString& supplier) {
+    db::requireTransaction(db);
+    return db::execute(db,
+                       QStringLiteral("UPDATE COMPRAS SET Status = Status WHERE Documento = ? AND "
+                                      "Proveedor = ? AND Status = 1"),
+                       {document, supplier}) > 0;
+}
+
+bool purchaseLogged(const QSqlDatabase& db, const QString& document, const QString& supplier) {
+    return db::exists(db,
+                      QStringLiteral("SELECT 1 FROM BITACORAMOVIMIENTO WHERE TipodocumentoOrigen "
+                                     "= 'CO' AND DocumentoOrigen = ? AND Origen = ?"),
+                      {document, supplier});
+}
+
 void insertAdjustment(const QSqlDatabase& db, const AdjustmentHeader& h) {
     db::requireTransaction(db);
     db::Sql(db, QStringLiteral("INSERT INTO AJUSTES (Numero, Fecha, TipoAjuste, Signo, "

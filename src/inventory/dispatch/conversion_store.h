@@ -23,6 +23,20 @@ struct SummedLine {
 QList<SummedLine> summedLines(const QSqlDatabase& db, const purchases::BoxKind& kind,
                               long long number);
 
+// The document's box lines summed by barcode and box, box by box in the order counted.
+struct BoxLine {
+    QString barcode;
+    Decimal quantity;
+    long long box = 0;
+};
+QList<BoxLine> boxLines(const QSqlDatabase& db, const purchases::BoxKind& kind, long long number);
+
+// Holds an approved purchase's row for the conversion (the no-op update takes its lock): false
+// when it is not approved.
+bool holdPurchase(const QSqlDatabase& db, const QString& document, const QString& supplier);
+// The purchase appears as the origin of a logged conversion.
+bool purchaseLogged(const QSqlDatabase& db, const QString& document, const QString& supplier);
+
 struct AdjustmentHeader {
     long long number = 0;
     QDateTime date;

@@ -5,6 +5,8 @@
 #include "common/errors/errors.h"
 #include "common/numbering/numbering.h"
 #include "inventory/dispatch/remissions.h"
+#include "inventory/dispatch/transfer_conversions.h"
+#include "inventory/purchases/purchases.h"
 #include "inventory/purchases/reception_store.h"
 #include "inventory/stock/date_guard.h"
 
@@ -20,7 +22,15 @@ QString typeCode(AdjustmentSource source) {
     return source == AdjustmentSource::Remission ? QStringLiteral("RM") : QStringLiteral("RC");
 }
 
-// Why a document cannot be converted; nothing when it can.
+Decimal valueOf(const QList<store::SummedLine>& lines) {
+    Decimal total;
+    for (const store::SummedLine& l : lines)
+        total += (l.quantity * l.cost).rounded(2);
+    return total;
+}
+
+} // namespace
+
 void checkConvertible(const QSqlDatabase& db, AdjustmentSource source, long long number) {
     const purchases::BoxKind& kind = kindOf(source);
     const int status = purchases::store::status(db, number, kind);
@@ -32,15 +42,6 @@ void checkConvertible(const QSqlDatabase& db, AdjustmentSource source, long long
     if (status != 1)
         throw UserError(QStringLiteral("La ") + name + QStringLiteral(" no está aprobada...!"));
 }
-
-Decimal valueOf(const QList<store::SummedLine>& lines) {
-    Decimal total;
-    for (const store::SummedLine& l : lines)
-        total += (l.quantity * l.cost).rounded(2);
-    return total;
-}
-
-} // namespace
 
 int adjustmentSign(AdjustmentSource source) {
     return source == AdjustmentSource::Remission ? -1 : 1;
@@ -124,6 +125,41 @@ long long convertRemissionToOrder(const QSqlDatabase& db, const shell::SessionCo
                          db::serverNow(db));
     tx.commit();
     return order;
+}
+
+void orderFromPurchase(const QSqlDatabase& db, const QString& document, const QString& supplier,
+                       pos::sale::SaleDraft& draft) {
+    checkPurchaseConvertible(db, document, supplier);
+    if (!draft.client().isSet())
+        throw UserError(QStringLiteral("Debe indicar el cliente de la orden de despacho...!"));
+    const auto purchase = purchases::loadPurchase(db, document, supplier);
+    for (const purchases::DocumentLine& l : purchase->lines)
+        addToOrder(db, draft, 0, l.barcode, l.quantity);
+}
+
+long long convertPurchaseToOrder(const QSqlDatabase& db, const shell::SessionContext& ctx,
+                                 const QString& document, const QString& supplier,
+                                 const pos::sale::SaleDraft& draft) {
+    db::Transaction tx(db);
+    if (!store::holdPurchase(db, document, supplier) || purchaseConverted(db, document, supplier))
+        checkPurchaseConvertible(db, document, supplier);
+    const QString note = QStringLiteral("Orden generada aut. por la compra Nº ") + document +
+                         QStringLiteral(" del proveedor ") + supplier;
+    const long long order = writeOrder(db, ctx, draft, {0, note, true});
+    store::logConversion(db,
+                         {QStringLiteral("CO"), document, supplier, QStringLiteral("OD"),
+                          QString::number(order), draft.client().codigo, ctx.userCode, note},
+                         db::serverNow(db));
+    tx.commit();
+    return order;
+}
+
+long long convertListToOrder(const QSqlDatabase& db, const shell::SessionContext& ctx,
+                             const pos::sale::SaleDraft& draft) {
+    if (draft.lines().isEmpty())
+        throw UserError(QStringLiteral("La orden de despacho debe contener al menos un items...!"));
+    return saveOrder(db, ctx, draft,
+                     {0, QStringLiteral("Orden generada aut. por una remisión manual"), true});
 }
 
 } // namespace orvo::inventory::dispatch

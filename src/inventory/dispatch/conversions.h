@@ -13,6 +13,10 @@ inline const QString kAdjustmentConversionScreen = QStringLiteral("frmConvRemRec
 
 enum class AdjustmentSource { Remission, Reception };
 
+// Why the remission or reception cannot be converted (missing, not approved, converted); nothing
+// when it can.
+void checkConvertible(const QSqlDatabase& db, AdjustmentSource source, long long number);
+
 // An approved remission leaves the stock (sign −1), an approved reception enters it (+1).
 int adjustmentSign(AdjustmentSource source);
 QList<store::AdjustmentType> adjustmentTypesFor(const QSqlDatabase& db, AdjustmentSource source);
@@ -41,5 +45,19 @@ void orderFromRemission(const QSqlDatabase& db, long long remission, pos::sale::
 // → 'OD'. Returns the order's number.
 long long convertRemissionToOrder(const QSqlDatabase& db, const shell::SessionContext& ctx,
                                   long long remission, const pos::sale::SaleDraft& draft);
+
+inline const QString kPurchaseOrderScreen = QStringLiteral("frmConvCompOrdenDesp");
+inline const QString kManualOrderScreen = QStringLiteral("frmConvRemManualOrdenDesp");
+
+// The same from an approved purchase not converted yet: its lines, priced for the client.
+void orderFromPurchase(const QSqlDatabase& db, const QString& document, const QString& supplier,
+                       pos::sale::SaleDraft& draft);
+// Logged 'CO' → 'OD'; the purchase is converted once only.
+long long convertPurchaseToOrder(const QSqlDatabase& db, const shell::SessionContext& ctx,
+                                 const QString& document, const QString& supplier,
+                                 const pos::sale::SaleDraft& draft);
+// A typed list (barcode, quantity) becomes an approved order; no source document to mark.
+long long convertListToOrder(const QSqlDatabase& db, const shell::SessionContext& ctx,
+                             const pos::sale::SaleDraft& draft);
 
 } // namespace orvo::inventory::dispatch

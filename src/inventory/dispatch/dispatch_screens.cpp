@@ -5,6 +5,7 @@
 #include "inventory/dispatch/order_screen.h"
 #include "inventory/dispatch/remission_order_screen.h"
 #include "inventory/dispatch/remissions.h"
+#include "inventory/dispatch/transfer_conversion_screen.h"
 #include "inventory/purchases/reception_screen.h"
 #include "shell/screens/screen_registry.h"
 #include "shell/startup/app_state.h"
@@ -27,9 +28,22 @@ void registerDispatchScreens(DispatchServices s) {
     });
     r.add(kOrderScreen,
           [s](QWidget* parent) { return new OrderScreen(s.database(), s.session(), parent); });
-    r.add(kRemissionOrderScreen, [s](QWidget* parent) {
-        return new RemissionOrderScreen(s.database(), s.session(), parent);
-    });
+    const std::pair<QString, OrderSource> toOrder[] = {
+        {kRemissionOrderScreen, OrderSource::Remission},
+        {kPurchaseOrderScreen, OrderSource::Purchase},
+        {kManualOrderScreen, OrderSource::Manual}};
+    for (const auto& [name, source] : toOrder)
+        r.add(name, [s, source](QWidget* parent) {
+            return new RemissionOrderScreen(s.database(), s.session(), source, parent);
+        });
+    const std::pair<QString, TransferSource> toTransfer[] = {
+        {kRemissionTransferScreen, TransferSource::Remission},
+        {kPurchaseTransferScreen, TransferSource::Purchase},
+        {kReceptionReturnScreen, TransferSource::Reception}};
+    for (const auto& [name, source] : toTransfer)
+        r.add(name, [s, source](QWidget* parent) {
+            return new TransferConversionScreen(s.database(), s.userCode(), source, parent);
+        });
     r.add(kGuideScreen, [s](QWidget* parent) { return new GuideScreen(s.database(), parent); });
 }
 

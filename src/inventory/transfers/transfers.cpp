@@ -108,6 +108,15 @@ long long saveTransfer(const QSqlDatabase& db, Transfer t, bool approve, const P
     report(progress, QStringLiteral("Verificando..."));
 
     db::Transaction tx(db);
+    const long long number = writeTransfer(db, std::move(t), approve, progress);
+    tx.commit();
+    return number;
+}
+
+long long writeTransfer(const QSqlDatabase& db, Transfer t, bool approve,
+                        const Progress& progress) {
+    db::requireTransaction(db);
+    checkTransfer(db, t);
     const QDateTime now = db::serverNow(db);
     if (!t.issueDate.isValid())
         t.issueDate = now.date();
@@ -164,7 +173,6 @@ long long saveTransfer(const QSqlDatabase& db, Transfer t, bool approve, const P
             throw UserError(QStringLiteral("La ") + kindName(t.kind).toLower() +
                             QStringLiteral(" ya fue aprobada...!"));
     }
-    tx.commit();
     qCInfo(lcTransfers) << kindName(t.kind) << t.number << "to" << t.receiver << "saved"
                         << (approve ? "and approved" : "open");
     return t.number;

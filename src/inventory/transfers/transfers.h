@@ -47,6 +47,10 @@ void checkTransfer(const QSqlDatabase& db, const Transfer& t);
 // The costs of this store do not change. Returns the number.
 long long saveTransfer(const QSqlDatabase& db, Transfer t, bool approve,
                        const Progress& progress = {});
+// The same inside the caller's open transaction (a conversion that writes a transfer along with
+// its own document).
+long long writeTransfer(const QSqlDatabase& db, Transfer t, bool approve,
+                        const Progress& progress = {});
 // Only an open document.
 void deleteTransfer(const QSqlDatabase& db, Kind kind, long long number);
 std::optional<Transfer> loadTransfer(const QSqlDatabase& db, Kind kind, long long number);
