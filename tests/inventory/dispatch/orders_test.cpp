@@ -165,3 +165,57 @@ TEST_F(OrdersTest, AnApprovedRemissionBecomesAnOrderOnceAndAFailureLeavesItAppro
     EXPECT_EQ(count("ORDENDESPACHO"), 1);
     EXPECT_EQ(stock("T0002"), d("5")); // the order moves no stock
 }
+
+TEST_F(OrdersTest, AnApprovedPurchaseOrATypedListBecomesAnOrder) {
+    exec("INSERT INTO COMPRAS (Documento, Proveedor, Fecha, Status) VALUES ('F-9', 'PX', ?, 0)",
+         {QDateTime::currentDateTime()});
+    exec("INSERT INTO MOVCOMPRAS (Documento, Proveedor, CodigoBarra, Cantidad, PrecioFactura, "
+         "Item) VALUES ('F-9', 'PX', 'T0002', 2, 50, 1), ('F-9', 'PX', 'T0001', 1, 10, 2)");
+    SaleDraft draft = orderFor("J301234567");
+    EXPECT_EQ(refusal([&] { orderFromPurchase(db(), "F-9", "PX", draft); }),
+              "La compra Nº F-9 del proveedor PX no está aprobada...!");
+    exec("UPDATE COMPRAS SET Status = 1");
+    orderFromPurchase(db(), "F-9", "PX", draft);
+    ASSERT_EQ(draft.lines().size(), 2);
+    EXPECT_EQ(draft.lines().at(0).tipoLista, 'M');
+
+    // Refused by the database half-way: no order, and the purchase can still be converted.
+    if (isPostgres()) {
+        exec("CREATE OR REPLACE FUNCTION orvo_refuse_order() RETURNS trigger AS $$ BEGIN RAISE "
+             "EXCEPTION 'rechazado'; END $$ LANGUAGE plpgsql");
+        exec("CREATE TRIGGER tr_refuse_order BEFORE INSERT ON BITACORAMOVIMIENTO FOR EACH ROW "
+             "EXECUTE FUNCTION orvo_refuse_order()");
+    } else {
+        exec("CREATE TRIGGER tr_refuse_order BEFORE INSERT ON BITACORAMOVIMIENTO BEGIN SELECT "
+             "RAISE(ABORT, 'rechazado'); END");
+    }
+    EXPECT_THROW(convertPurchaseToOrder(db(), ctx, "F-9", "PX", draft), DbError);
+    EXPECT_EQ(count("ORDENDESPACHO") + count("MOVORDENDESPACHO"), 0);
+    exec(isPostgres() ? "DROP TRIGGER tr_refuse_order ON BITACORAMOVIMIENTO"
+                      : "DROP TRIGGER tr_refuse_order");
+
+    const long long order = convertPurchaseToOrder(db(), ctx, "F-9", "PX", draft);
+    EXPECT_EQ(scalar("SELECT Status FROM ORDENDESPACHO WHERE Numero = ?", {order}).toInt(), 1);
+    EXPECT_EQ(scalar("SELECT Observacion FROM ORDENDESPACHO WHERE Numero = ?", {order}).toString(),
+              "Orden generada aut. por la compra Nº F-9 del proveedor PX");
+    EXPECT_EQ(dec("SELECT SUM(Cantidad) FROM MOVORDENDESPACHO WHERE Numero = ?", {order}), d("3"));
+    EXPECT_EQ(count("BITACORAMOVIMIENTO", "TipodocumentoOrigen = 'CO' AND DocumentoOrigen = "
+                                          "'F-9' AND tipoDocumentoDestino = 'OD'"),
+              1);
+    EXPECT_EQ(refusal([&] { convertPurchaseToOrder(db(), ctx, "F-9", "PX", draft); }),
+              "La compra Nº F-9 del proveedor PX ya fue convertida...!");
+    EXPECT_EQ(count("ORDENDESPACHO"), 1);
+
+    // A typed list: the keyed order's checks, no source to mark.
+    SaleDraft typed = orderFor("J301234567");
+    EXPECT_EQ(refusal([&] { convertListToOrder(db(), ctx, typed); }),
+              "La orden de despacho debe contener al menos un items...!");
+    EXPECT_EQ(refusal([&] { addToOrder(db(), typed, 0, "T0002", d("4")); }),
+              "Artículo con existencia comprometida...!");
+    addToOrder(db(), typed, 0, "T0001", d("4"));
+    const long long manual = convertListToOrder(db(), ctx, typed);
+    EXPECT_EQ(manual, order + 1);
+    EXPECT_EQ(scalar("SELECT Status FROM ORDENDESPACHO WHERE Numero = ?", {manual}).toInt(), 1);
+    EXPECT_EQ(dec("SELECT Cantidad FROM MOVORDENDESPACHO WHERE Numero = ?", {manual}), d("4"));
+    EXPECT_EQ(stock("T0001"), d("10"));
+}
