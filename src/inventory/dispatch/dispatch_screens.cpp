@@ -1,6 +1,7 @@
 #include "inventory/dispatch/dispatch_screens.h"
 
 #include "inventory/dispatch/conversion_screen.h"
+#include "inventory/dispatch/file_orders_screen.h"
 #include "inventory/dispatch/guide_screen.h"
 #include "inventory/dispatch/order_screen.h"
 #include "inventory/dispatch/remission_order_screen.h"
@@ -44,6 +45,8 @@ void registerDispatchScreens(DispatchServices s) {
         r.add(name, [s, source](QWidget* parent) {
             return new TransferConversionScreen(s.database(), s.userCode(), source, parent);
         });
+    r.add(kFileOrdersScreen,
+          [s](QWidget* parent) { return new FileOrdersScreen(s.database(), s.session(), parent); });
     r.add(kGuideScreen, [s](QWidget* parent) { return new GuideScreen(s.database(), parent); });
 }
 
