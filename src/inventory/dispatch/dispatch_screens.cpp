@@ -3,6 +3,7 @@
 #include "inventory/dispatch/conversion_screen.h"
 #include "inventory/dispatch/file_orders_screen.h"
 #include "inventory/dispatch/guide_screen.h"
+#include "inventory/dispatch/invoice_conversion_screen.h"
 #include "inventory/dispatch/order_screen.h"
 #include "inventory/dispatch/remission_order_screen.h"
 #include "inventory/dispatch/remissions.h"
@@ -47,6 +48,9 @@ void registerDispatchScreens(DispatchServices s) {
         });
     r.add(kFileOrdersScreen,
           [s](QWidget* parent) { return new FileOrdersScreen(s.database(), s.session(), parent); });
+    r.add(kInvoiceConversionScreen, [s](QWidget* parent) {
+        return new InvoiceConversionScreen(s.database(), s.session(), parent);
+    });
     r.add(kGuideScreen, [s](QWidget* parent) { return new GuideScreen(s.database(), parent); });
 }
 

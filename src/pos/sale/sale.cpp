@@ -284,7 +284,8 @@ bool printsFiscally(const shell::SessionContext& ctx) {
 
 AcceptResult acceptSale(const QSqlDatabase& db, const shell::SessionContext& ctx,
                         const SaleDraft& draft, SalePrinter* printer, bool forcedZDone,
-                        const std::function<void()>& alsoInTransaction) {
+                        const std::function<void()>& alsoInTransaction,
+                        const std::function<void(long long number)>& withNumber) {
     const QDate today = serverToday(db);
     registers::checkDayOpen(db, ctx.serial, today);
     draft.validate();
@@ -388,6 +389,8 @@ AcceptResult acceptSale(const QSqlDatabase& db, const shell::SessionContext& ctx
     }
     const SaleTotals stored = store::writeTotals(db, number, ctx.serial, rate);
     registers::addToAccumulated(db, ctx.serial, today, stored.total);
+    if (withNumber)
+        withNumber(number);
     tx.commit();
     qCInfo(lcSale) << "invoice" << number << "saved, total" << stored.total.toString(2);
 

@@ -125,10 +125,12 @@ bool printsFiscally(const shell::SessionContext& ctx);
 // totals, the day's accumulated amount. Saved "pending print". A client the register may not
 // invoice (as the register is configured now) is refused before anything is written. `printer`
 // may be null only for a register that does not print fiscally. `alsoInTransaction` writes what
-// belongs with the invoice (the return of an exchange) right after the transaction opens.
+// belongs with the invoice (the return of an exchange) right after the transaction opens;
+// `withNumber` writes what needs the invoice's number (a conversion's log) before the commit.
 AcceptResult acceptSale(const QSqlDatabase& db, const shell::SessionContext& ctx,
                         const SaleDraft& draft, SalePrinter* printer, bool forcedZDone = false,
-                        const std::function<void()>& alsoInTransaction = {});
+                        const std::function<void()>& alsoInTransaction = {},
+                        const std::function<void(long long number)>& withNumber = {});
 
 // The forced Z: prints it and waits; false with the printer's error text when it failed.
 bool forcedZ(SalePrinter& printer);
