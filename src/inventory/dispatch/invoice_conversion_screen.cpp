@@ -96,13 +96,8 @@ void InvoiceConversionScreen::fillDocuments() {
 }
 
 void InvoiceConversionScreen::setClient(const QString& code) {
-    const auto client = pos::sale::findClient(m_db, code.trimmed());
-    if (!client)
-        throw UserError(QStringLiteral("El cliente no esta registrado...!"));
-    pos::sale::SaleDraft probe = newOrderDraft(m_db, m_ctx);
-    setOrderClient(m_ctx, probe, *client);
-    m_client = *client;
-    m_clientName->setText(client->nombre);
+    m_client = orderClient(m_db, m_ctx, code);
+    m_clientName->setText(m_client.nombre);
     m_sellerCode->setFocus();
 }
 

@@ -48,13 +48,30 @@ void addToOrder(const QSqlDatabase& db, SaleDraft& draft, long long order, const
     draft.addArticle(article, quantity);
 }
 
-void setOrderClient(const shell::SessionContext& ctx, SaleDraft& draft,
-                    const pos::sale::SaleClient& client) {
+namespace {
+
+void checkClientType(const shell::SessionContext& ctx, const pos::sale::SaleClient& client) {
     if (!pos::sale::registerMayInvoice(ctx.tipoListaPrecio, client.tipo))
         throw UserError(QStringLiteral("La caja no esta configurada para facturar a CLIENTE TIPO "
                                        ": ") +
                         (client.tipoDescripcion.isEmpty() ? client.tipo : client.tipoDescripcion) +
                         QStringLiteral("...!"));
+}
+
+} // namespace
+
+pos::sale::SaleClient orderClient(const QSqlDatabase& db, const shell::SessionContext& ctx,
+                                  const QString& code) {
+    const auto client = pos::sale::findClient(db, code.trimmed());
+    if (!client)
+        throw UserError(QStringLiteral("El cliente no esta registrado...!"));
+    checkClientType(ctx, *client);
+    return *client;
+}
+
+void setOrderClient(const shell::SessionContext& ctx, SaleDraft& draft,
+                    const pos::sale::SaleClient& client) {
+    checkClientType(ctx, client);
     draft.setClient(client);
 }
 

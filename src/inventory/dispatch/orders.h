@@ -28,6 +28,11 @@ void addToOrder(const QSqlDatabase& db, pos::sale::SaleDraft& draft, long long o
 void setOrderClient(const shell::SessionContext& ctx, pos::sale::SaleDraft& draft,
                     const pos::sale::SaleClient& client);
 
+// The client by code for an order or an invoice of this register: refused when it is not
+// registered or the register may not invoice its type.
+pos::sale::SaleClient orderClient(const QSqlDatabase& db, const shell::SessionContext& ctx,
+                                  const QString& code);
+
 // Alternates a line between retail and wholesale, when the register may.
 void switchOrderList(const shell::SessionContext& ctx, pos::sale::SaleDraft& draft, int line);
 

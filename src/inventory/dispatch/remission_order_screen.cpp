@@ -141,13 +141,10 @@ RemissionOrderScreen::RemissionOrderScreen(QSqlDatabase db, shell::SessionContex
 }
 
 void RemissionOrderScreen::setClient(const QString& code) {
-    const auto client = pos::sale::findClient(m_db, code.trimmed());
-    if (!client)
-        throw UserError(QStringLiteral("El cliente no esta registrado...!"));
+    m_client = orderClient(m_db, m_ctx, code);
+    m_clientName->setText(m_client.nombre);
     pos::sale::SaleDraft draft = newOrderDraft(m_db, m_ctx);
-    setOrderClient(m_ctx, draft, *client);
-    m_client = *client;
-    m_clientName->setText(client->nombre);
+    setOrderClient(m_ctx, draft, m_client);
     m_draft = draft;
     m_shown = false;
     showDraft();
