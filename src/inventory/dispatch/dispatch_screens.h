@@ -15,9 +15,8 @@ struct DispatchServices {
     std::function<shell::SessionContext()> session; // the register keying dispatch orders
 };
 
-// Adds frmOrdenDespacho, frmRemision, frmGuiaDespacho, frmConvRemRecAjuste and
-// frmConvRemOrdenDesp to the
-// ScreenRegistry. Without services, the shared connection and the logged-in user.
+// Adds the dispatch screens (orders, remissions, guides) and the conversions between documents
+// to the ScreenRegistry. Without services, the shared connection and the logged-in user.
 void registerDispatchScreens(DispatchServices services = {});
 
 } // namespace orvo::inventory::dispatch

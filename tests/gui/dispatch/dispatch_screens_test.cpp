@@ -1,5 +1,7 @@
 #include "gui/purchases/purchase_gui_support.h"
 #include "inventory/dispatch/dispatch_screens.h"
+#include "inventory/dispatch/remissions.h"
+#include "inventory/purchases/receptions.h"
 
 #include <QComboBox>
 #include <QFileInfo>
@@ -114,4 +116,44 @@ TEST_F(DispatchScreensTest, ARemissionInTwoBoxesTravelsOnAGuideAndLeavesTheStock
     enter("1");
     EXPECT_EQ(dialogs.lastText(), "La remisión Nº 1 ya fue convertida...!");
     EXPECT_EQ(stock("A1"), d("5"));
+}
+
+TEST_F(DispatchScreensTest, AnApprovedRemissionLeavesAsATransferFromTheKeyboard) {
+    exec("INSERT INTO TIPO_DESPACHO (ID, Descripcion, Estado) VALUES (1, 'CAMION PROPIO', 1)");
+    namespace purchases = inventory::purchases;
+    const auto& k = inventory::dispatch::remissionKind();
+    purchases::Reception r;
+    r.branch = "01";
+    r.originType = purchases::ReceptionOrigin::OtherDocuments;
+    const long long remission = purchases::saveReception(db(), r, k);
+    purchases::saveBox(db(), remission, {0, "ANA", false, {{"A1", {}, d("3")}}}, true, k);
+    purchases::saveBox(db(), remission, {0, "LUIS", false, {{"A1", {}, d("2")}}}, true, k);
+    purchases::approveReception(db(), remission, "ANA", k);
+
+    auto convert = open<QWidget>("frmConvRemTransfer");
+    child<QLineEdit>(*convert, "txtNumero")->setFocus();
+    enter("1");
+    EXPECT_EQ(child<QTableWidget>(*convert, "SpreadDetalle")->rowCount(), 2)
+        << dialogs.lastText().toStdString();
+    // Without a dispatch type nothing is asked nor written.
+    pressOn(*convert, Qt::Key_F12);
+    EXPECT_EQ(dialogs.lastText(), "Seleccione un tipo de despacho para poder realizar la "
+                                  "conversion.");
+    auto* type = child<QComboBox>(*convert, "cboTipoDespacho");
+    ASSERT_EQ(focusName(), "cboTipoDespacho");
+    QTest::keyClick(type, Qt::Key_Down);
+    EXPECT_EQ(type->currentText(), "CAMION PROPIO");
+
+    const QString pdf = test::processTempDir() + "/transferencia_1.pdf";
+    QFile::remove(pdf);
+    dialogs.expectQuestion("Desea convertir la remisión en transferencia...?", true);
+    dialogs.expectQuestion("Remision convertida con exito, Desea Imprimir la(s) Transferencia(s)?",
+                           true);
+    dialogs.expectPrinter(pdf);
+    pressOn(*convert, Qt::Key_F12);
+    EXPECT_TRUE(dialogs.allAnswered()) << dialogs.lastText().toStdString();
+    EXPECT_EQ(stock("A1"), d("5"));
+    EXPECT_EQ(count("TRANSFERENCIAS", "Status = 1 AND IDDespacho = 1"), 1);
+    EXPECT_EQ(count("MOVTRANSFERENCIAS"), 2); // one line per box
+    EXPECT_GT(QFileInfo(pdf).size(), 1000);
 }
