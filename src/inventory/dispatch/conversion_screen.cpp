@@ -47,8 +47,9 @@ AdjustmentConversionScreen::AdjustmentConversionScreen(QSqlDatabase db, QString 
     top->addWidget(run);
     layout->addLayout(top);
     m_grid = purchases::listTable(this, QStringLiteral("SpreadDetalle"),
-                                  {QStringLiteral("Código"), QStringLiteral("Cantidad"),
-                                   QStringLiteral("Costo"), QStringLiteral("Total")});
+                                  {QStringLiteral("Código"), QStringLiteral("Descripción"),
+                                   QStringLiteral("Cantidad"), QStringLiteral("Costo"),
+                                   QStringLiteral("Total")});
     layout->addWidget(m_grid, 1);
     m_total = new QLabel(this);
     m_total->setObjectName(QStringLiteral("lblTotal"));
@@ -89,10 +90,10 @@ void AdjustmentConversionScreen::show(long long number) {
     const QLocale locale;
     QList<QStringList> rows;
     for (const store::SummedLine& l : p.lines)
-        rows.append({l.barcode, l.quantity.toLocaleString(locale, 3),
+        rows.append({l.barcode, l.name, l.quantity.toLocaleString(locale, 3),
                      l.cost.toLocaleString(locale, 2),
                      (l.quantity * l.cost).rounded(2).toLocaleString(locale, 2)});
-    fillGrid(m_grid, rows, 1);
+    fillGrid(m_grid, rows, 2);
     m_total->setText(QStringLiteral("Sucursal: ") + p.branch + QStringLiteral("    Total: ") +
                      p.total.toLocaleString(locale, 2));
     m_shown = number;

@@ -26,18 +26,21 @@ QString branchOf(const QSqlDatabase& db, const purchases::BoxKind& kind, long lo
 
 QList<SummedLine> summedLines(const QSqlDatabase& db, const purchases::BoxKind& kind,
                               long long number) {
-    db::Sql q(db, onKind(kind, QStringLiteral("SELECT M.CodigoBarra, SUM(M.Cantidad) AS "
-                                              "Cantidad, MAX(I.CostoPromedio) AS Costo, "
-                                              "MIN(M.NumeroCaja * 100000 + M.Item) AS Orden FROM "
-                                              "MOVRECEPCION M INNER JOIN INVENTARIO I ON "
-                                              "I.CodigoBarra = M.CodigoBarra WHERE M.Numero = ? "
-                                              "GROUP BY M.CodigoBarra ORDER BY Orden")));
+    db::Sql q(db,
+              onKind(kind, QStringLiteral(
+                               "SELECT M.CodigoBarra, SUM(M.Cantidad) AS "
+                               "Cantidad, MAX(I.CostoPromedio) AS Costo, MAX(I.Nombre) AS Nombre, "
+                               "MIN(M.NumeroCaja * 100000 + M.Item) AS Orden FROM "
+                               "MOVRECEPCION M INNER JOIN INVENTARIO I ON "
+                               "I.CodigoBarra = M.CodigoBarra WHERE M.Numero = ? "
+                               "GROUP BY M.CodigoBarra ORDER BY Orden")));
     q.bind(number).exec();
     QList<SummedLine> out;
     while (q.next())
         out.append({q.text(QStringLiteral("CodigoBarra")),
                     q.decimal(QStringLiteral("Cantidad")).rounded(3),
-                    q.decimal(QStringLiteral("Costo")).rounded(5)});
+                    q.decimal(QStringLiteral("Costo")).rounded(5),
+                    q.text(QStringLiteral("Nombre"))});
     return out;
 }
 

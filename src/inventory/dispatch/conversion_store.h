@@ -18,6 +18,7 @@ struct SummedLine {
     QString barcode;
     Decimal quantity;
     Decimal cost; // the article's average cost now
+    QString name; // shown, not stored
 };
 // The document's box lines summed by barcode, in the order they were first counted.
 QList<SummedLine> summedLines(const QSqlDatabase& db, const purchases::BoxKind& kind,

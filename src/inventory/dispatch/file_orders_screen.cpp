@@ -202,19 +202,9 @@ void FileOrdersScreen::generate() {
     if (!dialogs().question(this, QStringLiteral("Compra convertida con exito, Desea Imprimir "
                                                  "la(s) Orden(es) de Despacho?")))
         return;
-    purchases::PrintedDocument all;
-    QStringList numbers;
-    for (long long n : done.orders) {
-        const purchases::PrintedDocument d = orderDocument(m_db, n);
-        all.html += (all.html.isEmpty() ? QString()
-                                        : QStringLiteral("<div style=\"page-break-before: "
-                                                         "always\"></div>")) +
-                    QStringLiteral("<h3>") + d.title.toHtmlEscaped() + QStringLiteral("</h3>") +
-                    d.html;
-        numbers << QString::number(n);
-    }
-    all.title = QStringLiteral("Órdenes de despacho Nº ") + numbers.join(QStringLiteral(", "));
-    purchases::printDocument(this, all);
+    purchases::printDocument(
+        this, purchases::joinedDocuments(QStringLiteral("Órdenes de despacho"), done.orders,
+                                         [this](long long n) { return orderDocument(m_db, n); }));
 }
 
 } // namespace orvo::inventory::dispatch

@@ -53,6 +53,23 @@ QString supplierLabel(const QSqlDatabase& db, const QString& code) {
 
 } // namespace
 
+PrintedDocument joinedDocuments(const QString& title, const QList<long long>& numbers,
+                                const std::function<PrintedDocument(long long)>& document) {
+    PrintedDocument all;
+    QStringList shown;
+    for (long long n : numbers) {
+        const PrintedDocument d = document(n);
+        all.html += (all.html.isEmpty() ? QString()
+                                        : QStringLiteral("<div style=\"page-break-before: "
+                                                         "always\"></div>")) +
+                    QStringLiteral("<h3>") + d.title.toHtmlEscaped() + QStringLiteral("</h3>") +
+                    d.html;
+        shown << QString::number(n);
+    }
+    all.title = title + QStringLiteral(" Nº ") + shown.join(QStringLiteral(", "));
+    return all;
+}
+
 QString fields(const QList<QPair<QString, QString>>& pairs) {
     return grid::fieldsHtml(pairs);
 }

@@ -6,6 +6,7 @@
 #include <QPair>
 #include <QSqlDatabase>
 #include <QString>
+#include <functional>
 
 // The printed purchase documents, as HTML bodies for grid::printDocument (printer or PDF). Each
 // returns an empty text when the document does not exist.
@@ -15,6 +16,11 @@ struct PrintedDocument {
     QString title;
     QString html;
 };
+
+// Several documents printed as one, each under its title on a page of its own; `title` names
+// them with their numbers ("Transferencias Nº 4, 5").
+PrintedDocument joinedDocuments(const QString& title, const QList<long long>& numbers,
+                                const std::function<PrintedDocument(long long)>& document);
 
 // A printed document's header: label and value pairs, two to a row.
 QString fields(const QList<QPair<QString, QString>>& pairs);

@@ -202,19 +202,10 @@ void GenerateScreen::generate() {
     if (!dialogs().question(this, QStringLiteral("Compra convertida con exito, Desea Imprimir "
                                                  "la(s) Transferencia(s)?")))
         return;
-    purchases::PrintedDocument all;
-    QStringList numbers;
-    for (long long n : done.transfers) {
-        const purchases::PrintedDocument d = transferDocument(m_db, Kind::Transfer, n);
-        all.html += (all.html.isEmpty() ? QString()
-                                        : QStringLiteral("<div style=\"page-break-before: "
-                                                         "always\"></div>")) +
-                    QStringLiteral("<h3>") + d.title.toHtmlEscaped() + QStringLiteral("</h3>") +
-                    d.html;
-        numbers << QString::number(n);
-    }
-    all.title = QStringLiteral("Transferencias Nº ") + numbers.join(QStringLiteral(", "));
-    purchases::printDocument(this, all);
+    purchases::printDocument(
+        this, purchases::joinedDocuments(
+                  QStringLiteral("Transferencias"), done.transfers,
+                  [this](long long n) { return transferDocument(m_db, Kind::Transfer, n); }));
 }
 
 } // namespace orvo::inventory::transfers
