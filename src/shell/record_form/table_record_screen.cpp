@@ -1,6 +1,7 @@
 #include "shell/record_form/table_record_screen.h"
 
 #include "common/dialogs/dialogs.h"
+#include "common/dialogs/screen_widgets.h"
 #include "common/grid/grid_print.h"
 #include "common/grid_ui/grid_view.h"
 
@@ -121,6 +122,7 @@ void TableRecordScreen::buildControls() {
                                    q.value(1).toString(),
                                q.value(0));
             });
+            makeSearchable(c);
             c->setCurrentIndex(-1);
             control = c;
             break;
@@ -268,6 +270,7 @@ QVariant TableRecordScreen::fieldValue(const RecordField& f) const {
         return inactiveButton(w)->isChecked() ? QVariant(0) : QVariant();
     case Kind::Choice: {
         auto* c = static_cast<QComboBox*>(w);
+        takeTypedChoice(c);
         return c->currentIndex() < 0 ? QVariant(QString()) : c->currentData();
     }
     }
