@@ -1,5 +1,7 @@
 #include "common/dialogs/qt_dialogs.h"
 
+#include "shell/startup/app_state.h"
+
 #include <QApplication>
 #include <QDialog>
 #include <QDialogButtonBox>
@@ -12,6 +14,7 @@
 #include <QMessageBox>
 #include <QPrintDialog>
 #include <QPrinter>
+#include <QPrinterInfo>
 
 namespace orvo {
 
@@ -26,6 +29,15 @@ Dialogs& dialogs() {
 
 void setDialogs(Dialogs* d) {
     g_override = d;
+}
+
+bool choosePrinter(QWidget* parent, QPrinter& printer, const QString& document, const QDate& day) {
+    printer.setDocName(document);
+    // With a printer installed the dialog starts on it; without one, on a file of our own
+    // rather than the toolkit's print.pdf in the home folder.
+    if (printer.outputFileName().isEmpty() && QPrinterInfo::availablePrinterNames().isEmpty())
+        printer.setOutputFileName(shell::reportPdfPath(document, day));
+    return dialogs().choosePrinter(parent, printer);
 }
 
 namespace {

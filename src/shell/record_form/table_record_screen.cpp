@@ -367,13 +367,13 @@ QString TableRecordScreen::catalogueHtml() const {
 }
 
 void TableRecordScreen::print() {
+    const QString title = m_table.reportTitle.isEmpty() ? m_table.caption : m_table.reportTitle;
     QPrinter printer;
-    if (!dialogs().choosePrinter(this, printer))
+    if (!choosePrinter(this, printer, title))
         return;
     QTextDocument doc;
     doc.setHtml(catalogueHtml());
-    grid::printDocument(printer, doc,
-                        m_table.reportTitle.isEmpty() ? m_table.caption : m_table.reportTitle);
+    grid::printDocument(printer, doc, title);
 }
 
 } // namespace orvo::shell
