@@ -52,8 +52,8 @@ void waitForOpenBox() {
         loop.exec();
     }
 }
-// After a box, the keyboard goes back to the window that asked: some window managers (and none
-// at all) leave it nowhere, and the screen's F-keys then go unheard.
+// After a box or a choice, the keyboard goes back to the window that asked: some window managers
+// (and none at all) leave it nowhere, and the screen's F-keys then go unheard.
 struct GivesFocusBack {
     QWidget* parent;
     ~GivesFocusBack() {
@@ -97,6 +97,7 @@ bool QtDialogs::question(QWidget* parent, const QString& text, const QString& ti
 
 std::optional<Dialogs::Credentials> QtDialogs::authorisation(QWidget* parent, const QString& prompt,
                                                              const QString& formName) {
+    const GivesFocusBack back{parent};
     QDialog dlg(parent);
     dlg.setObjectName(formName);
     dlg.setWindowTitle(QStringLiteral("Autorización"));
@@ -121,6 +122,7 @@ std::optional<Dialogs::Credentials> QtDialogs::authorisation(QWidget* parent, co
 std::optional<QString> QtDialogs::textInput(QWidget* parent, const QString& title,
                                             const QString& label, const QString& text,
                                             bool password) {
+    const GivesFocusBack back{parent};
     bool ok = false;
     const QString value = QInputDialog::getText(
         parent, title, label, password ? QLineEdit::Password : QLineEdit::Normal, text, &ok);
@@ -131,15 +133,18 @@ std::optional<QString> QtDialogs::textInput(QWidget* parent, const QString& titl
 
 QString QtDialogs::openFileName(QWidget* parent, const QString& caption, const QString& dir,
                                 const QString& filter) {
+    const GivesFocusBack back{parent};
     return QFileDialog::getOpenFileName(parent, caption, dir, filter);
 }
 
 QString QtDialogs::saveFileName(QWidget* parent, const QString& caption, const QString& dir,
                                 const QString& filter) {
+    const GivesFocusBack back{parent};
     return QFileDialog::getSaveFileName(parent, caption, dir, filter);
 }
 
 bool QtDialogs::choosePrinter(QWidget* parent, QPrinter& printer) {
+    const GivesFocusBack back{parent};
     QPrintDialog dlg(&printer, parent);
     return dlg.exec() == QDialog::Accepted;
 }
