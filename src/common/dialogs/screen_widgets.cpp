@@ -86,6 +86,9 @@ void makeSearchable(QComboBox* list) {
     completer->setCompletionMode(QCompleter::PopupCompletion);
     completer->setFilterMode(Qt::MatchContains);
     completer->setCaseSensitivity(Qt::CaseInsensitive);
+    // Enter on the proposals shows the choice taken; a second Enter moves on.
+    QObject::connect(list->lineEdit(), &QLineEdit::returnPressed, list,
+                     [list] { takeTypedChoice(list); });
     // Leaving the field takes the choice (the completer's popup swallows the field's own
     // focus-out, so the application's focus change is what is watched).
     QObject::connect(qApp, &QApplication::focusChanged, list, [list](QWidget* from, QWidget* to) {
