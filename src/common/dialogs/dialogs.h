@@ -50,6 +50,11 @@ public:
 // The dialogs of this process (QtDialogs unless a test installed its own).
 Dialogs& dialogs();
 
+// From now on, whenever a dialog or other window of the program closes, the keyboard goes back
+// to the window underneath (the open modal dialog, or the window that owned the closed one).
+// Without a window manager nothing else does it, and the screens' shortcuts go unheard.
+void returnKeyboardAfterDialogs();
+
 // Every screen's printer choice: the job is named after `document`, and a station without an
 // installed printer is offered a PDF named after the document and `day` in the report folder.
 bool choosePrinter(QWidget* parent, QPrinter& printer, const QString& document,

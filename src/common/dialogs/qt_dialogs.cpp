@@ -12,9 +12,11 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QPointer>
 #include <QPrintDialog>
 #include <QPrinter>
 #include <QPrinterInfo>
+#include <QTimer>
 
 namespace orvo {
 
@@ -29,6 +31,36 @@ Dialogs& dialogs() {
 
 void setDialogs(Dialogs* d) {
     g_override = d;
+}
+
+namespace {
+class KeyboardReturn : public QObject {
+public:
+    using QObject::QObject;
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() != QEvent::Hide)
+            return false;
+        auto* closed = qobject_cast<QWidget*>(watched);
+        if (!closed || !closed->isWindow() || !closed->parentWidget())
+            return false;
+        QPointer<QWidget> owner = closed->parentWidget()->window();
+        // Once the close is done: the window under it is then known.
+        QTimer::singleShot(0, this, [owner] {
+            if (QApplication::activePopupWidget())
+                return;
+            QWidget* target = QApplication::activeModalWidget();
+            if (!target)
+                target = owner;
+            if (target && target->isVisible() && !target->isActiveWindow())
+                target->activateWindow();
+        });
+        return false;
+    }
+};
+} // namespace
+
+void returnKeyboardAfterDialogs() {
+    qApp->installEventFilter(new KeyboardReturn(qApp));
 }
 
 bool choosePrinter(QWidget* parent, QPrinter& printer, const QString& document, const QDate& day) {
