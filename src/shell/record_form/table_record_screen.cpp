@@ -22,6 +22,7 @@
 #include <QRadioButton>
 #include <QRegularExpressionValidator>
 #include <QTextDocument>
+#include <algorithm>
 
 namespace orvo::shell {
 
@@ -167,6 +168,8 @@ void TableRecordScreen::buildControls() {
     }
     m_browser->setColumns(columns);
     m_browser->horizontalHeader()->setStretchLastSection(true);
+    // Room for the columns a user reads (a worker's name and position were cut off).
+    m_browser->setMinimumWidth(std::min(720, 100 * int(columns.size())));
     layout->addWidget(m_browser, 1);
     connect(m_browser->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
             [this](const QModelIndex& current) { onBrowserRowChanged(current.row()); });
@@ -213,6 +216,10 @@ void TableRecordScreen::requery() {
 void TableRecordScreen::fillBrowser() {
     const QSignalBlocker block(m_browser->selectionModel());
     m_browser->gridModel()->setRows(m_rows.rows);
+    // Names whole, but no column too wide to leave room for the others.
+    m_browser->resizeColumnsToContents();
+    for (int c = 0; c < m_browser->gridModel()->columnCount(); ++c)
+        m_browser->setColumnWidth(c, std::min(m_browser->columnWidth(c), 260));
 }
 
 void TableRecordScreen::afterNavigate() {
