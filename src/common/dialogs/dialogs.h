@@ -50,9 +50,9 @@ public:
 // The dialogs of this process (QtDialogs unless a test installed its own).
 Dialogs& dialogs();
 
-// From now on, whenever a dialog or other window of the program closes, the keyboard goes back
-// to the window underneath (the open modal dialog, or the window that owned the closed one).
-// Without a window manager nothing else does it, and the screens' shortcuts go unheard.
+// From now on, whenever a modal dialog of the program closes and leaves the keyboard nowhere, it
+// goes back to the window underneath (the open modal dialog, or the closed one's owner). Without
+// a window manager nothing else does it, and the screens' shortcuts go unheard.
 void returnKeyboardAfterDialogs();
 
 // Every screen's printer choice: the job is named after `document`, and a station without an

@@ -40,13 +40,18 @@ public:
     bool eventFilter(QObject* watched, QEvent* event) override {
         if (event->type() != QEvent::Hide)
             return false;
-        auto* closed = qobject_cast<QWidget*>(watched);
-        if (!closed || !closed->isWindow() || !closed->parentWidget())
+        // A modal dialog (a box, a lookup list, the printer's) of a window of ours.
+        auto* closed = qobject_cast<QDialog*>(watched);
+        if (!closed || !closed->isWindow() || !closed->parentWidget() ||
+            (!closed->testAttribute(Qt::WA_ShowModal) && closed->windowModality() == Qt::NonModal))
             return false;
         QPointer<QWidget> owner = closed->parentWidget()->window();
         // Once the close is done: the window under it is then known.
         QTimer::singleShot(0, this, [owner] {
-            if (QApplication::activePopupWidget())
+            // Only when the keyboard really went nowhere: a window the user is typing in (the
+            // login opening meanwhile) keeps it.
+            const QWidget* active = QApplication::activeWindow();
+            if ((active && active->isVisible()) || QApplication::activePopupWidget())
                 return;
             QWidget* target = QApplication::activeModalWidget();
             if (!target)
