@@ -1,5 +1,6 @@
 #include "app/commands.h"
 #include "app/screens.h"
+#include "common/dialogs/dialogs.h"
 #include "shell/main_window/shell_screens.h"
 #include "shell/startup/desktop_startup.h"
 
@@ -28,6 +29,7 @@ int runDesktop(int argc, char** argv) {
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Orvo"));
     loadQtTranslations(app);
+    returnKeyboardAfterDialogs();
     shell::registerShellScreens();
     registerAllScreens();
     return shell::runDesktopProgram();

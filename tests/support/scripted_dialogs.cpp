@@ -113,9 +113,14 @@ QString ScriptedDialogs::saveFileName(QWidget* p, const QString& c, const QStrin
 bool ScriptedDialogs::choosePrinter(QWidget*, QPrinter& printer) {
     if (m_printers.empty())
         return false;
-    printer.setOutputFormat(QPrinter::PdfFormat);
-    printer.setOutputFileName(m_printers.front());
+    // An empty path accepts the file the program proposed, as a user pressing Enter would.
+    const QString path =
+        m_printers.front().isEmpty() ? printer.outputFileName() : m_printers.front();
     m_printers.pop_front();
+    if (path.isEmpty())
+        return false;
+    printer.setOutputFormat(QPrinter::PdfFormat);
+    printer.setOutputFileName(path);
     return true;
 }
 

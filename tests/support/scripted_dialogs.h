@@ -27,7 +27,8 @@ public:
     void expectAuthorisation(const QString& user, const QString& password);
     void expectTextInput(const QString& value);
     void expectFileName(const QString& path);
-    // choosePrinter() answers with a PDF printer writing to `pdfPath`.
+    // choosePrinter() answers with a PDF printer writing to `pdfPath` (empty: to the file the
+    // program proposed; refused when it proposed none).
     void expectPrinter(const QString& pdfPath);
 
     const QList<Message>& messages() const { return m_messages; }

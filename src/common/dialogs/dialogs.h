@@ -2,6 +2,7 @@
 
 #include "common/errors/errors.h"
 
+#include <QDate>
 #include <QString>
 #include <optional>
 
@@ -48,6 +49,16 @@ public:
 
 // The dialogs of this process (QtDialogs unless a test installed its own).
 Dialogs& dialogs();
+
+// From now on, whenever a modal dialog of the program closes and leaves the keyboard nowhere, it
+// goes back to the window underneath (the open modal dialog, or the closed one's owner). Without
+// a window manager nothing else does it, and the screens' shortcuts go unheard.
+void returnKeyboardAfterDialogs();
+
+// Every screen's printer choice: the job is named after `document`, and a station without an
+// installed printer is offered a PDF named after the document and `day` in the report folder.
+bool choosePrinter(QWidget* parent, QPrinter& printer, const QString& document,
+                   const QDate& day = QDate::currentDate());
 // Installs `d` (not owned); nullptr restores the real ones.
 void setDialogs(Dialogs* d);
 

@@ -2,6 +2,10 @@
 
 #include "common/errors/errors.h"
 
+#include <QAbstractItemView>
+#include <QApplication>
+#include <QComboBox>
+#include <QCompleter>
 #include <QDateEdit>
 #include <QHeaderView>
 #include <QLineEdit>
@@ -48,6 +52,53 @@ QDateEdit* dateField(QWidget* parent, const char* name) {
     d->setDisplayFormat(QStringLiteral("dd/MM/yyyy"));
     d->setCalendarPopup(true);
     return d;
+}
+
+void takeTypedChoice(QComboBox* list) {
+    if (!list->isEditable())
+        return;
+    const QString typed = list->currentText().trimmed();
+    if (list->currentIndex() >= 0 && list->itemText(list->currentIndex()) == typed)
+        return;
+    int chosen = typed.isEmpty() ? -1 : list->findText(typed, Qt::MatchFixedString);
+    if (chosen < 0 && !typed.isEmpty()) {
+        for (int i = 0; i < list->count(); ++i) {
+            if (!list->itemText(i).contains(typed, Qt::CaseInsensitive))
+                continue;
+            if (chosen >= 0) { // more than one: the user has not chosen yet
+                chosen = -1;
+                break;
+            }
+            chosen = i;
+        }
+    }
+    if (list->completer() && list->completer()->popup())
+        list->completer()->popup()->hide();
+    list->setCurrentIndex(chosen);
+    if (chosen < 0)
+        list->setEditText(QString());
+}
+
+void makeSearchable(QComboBox* list) {
+    list->setEditable(true);
+    list->setInsertPolicy(QComboBox::NoInsert);
+    QCompleter* completer = list->completer();
+    completer->setCompletionMode(QCompleter::PopupCompletion);
+    completer->setFilterMode(Qt::MatchContains);
+    completer->setCaseSensitivity(Qt::CaseInsensitive);
+    // Enter on the proposals shows the choice taken; a second Enter moves on.
+    QObject::connect(list->lineEdit(), &QLineEdit::returnPressed, list,
+                     [list] { takeTypedChoice(list); });
+    // Leaving the field takes the choice (the completer's popup swallows the field's own
+    // focus-out, so the application's focus change is what is watched).
+    QObject::connect(qApp, &QApplication::focusChanged, list, [list](QWidget* from, QWidget* to) {
+        const auto inside = [list](QWidget* w) {
+            return w && (w == list || list->isAncestorOf(w));
+        };
+        const bool toPopup = to && list->completer() && to == list->completer()->popup();
+        if (inside(from) && !inside(to) && !toPopup)
+            takeTypedChoice(list);
+    });
 }
 
 QString moneyText(const Decimal& amount) {

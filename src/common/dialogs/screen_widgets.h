@@ -5,6 +5,7 @@
 #include <QString>
 #include <QStringList>
 
+class QComboBox;
 class QDateEdit;
 class QLineEdit;
 class QPushButton;
@@ -22,6 +23,13 @@ QPushButton* actionButton(QWidget* parent, const char* name, const QString& text
 QTableWidget* listTable(QWidget* parent, const char* name, const QStringList& headers);
 // A day, "dd/MM/yyyy" with its calendar, today to start with.
 QDateEdit* dateField(QWidget* parent, const char* name);
+
+// A list of "code - name" items found by typing any part of the code or the name. Leaving the
+// field takes the choice (takeTypedChoice).
+void makeSearchable(QComboBox* list);
+// The item typed in full, or the only one containing what was typed; anything else leaves
+// nothing chosen. For a value read while the field still has the keyboard (a shortcut's save).
+void takeTypedChoice(QComboBox* list);
 
 // "###,###,###,##0.00" with this country's separators.
 QString moneyText(const Decimal& amount);

@@ -5,6 +5,7 @@
 
 #include <QFile>
 #include <QLocale>
+#include <QRegularExpression>
 #include <QSqlField>
 #include <QSqlQuery>
 #include <QSqlRecord>
@@ -35,6 +36,13 @@ bool isNumericMeta(int typeId) {
 
 bool isDateMeta(int typeId) {
     return typeId == QMetaType::QDate || typeId == QMetaType::QDateTime;
+}
+
+// SQLite hands dates back as ISO text ("2026-11-23T00:00:00"); PostgreSQL as dates.
+bool looksLikeIsoDate(const QVariant& v) {
+    static const QRegularExpression iso(QStringLiteral(
+        R"(^\d{4}-\d{2}-\d{2}([T ]\d{2}:\d{2}(:\d{2}(\.\d+)?)?(Z|[+-]\d{2}(:?\d{2})?)?)?$)"));
+    return iso.match(v.toString()).hasMatch();
 }
 
 Decimal toDecimal(const QVariant& v) {
@@ -192,12 +200,39 @@ int GridModel::load(const QSqlDatabase& db, const QString& sql, const QVariantLi
                                              : QVariant());
         ++m_rows;
     }
+    if (!described)
+        typeTextDates();
     m_totals.assign(nCols, Decimal());
     endResetModel();
     for (int r = 0; !m_formulas.isEmpty() && r < m_rows; ++r)
         recompute(r);
     recomputeTotals();
     return m_rows;
+}
+
+void GridModel::typeTextDates() {
+    for (int c = 0; c < m_columns.size(); ++c) {
+        GridColumn& col = m_columns[c];
+        if (col.type != Type::Text)
+            continue;
+        bool any = false;
+        bool allDates = true;
+        for (int r = 0; r < m_rows && allDates; ++r) {
+            const QVariant& v = cell(r, c);
+            if (!v.isValid() || v.isNull())
+                continue;
+            any = true;
+            allDates = looksLikeIsoDate(v);
+        }
+        if (!any || !allDates)
+            continue;
+        col.type = Type::Date;
+        for (int r = 0; r < m_rows; ++r) {
+            QVariant& v = cell(r, c);
+            if (v.isValid() && !v.isNull())
+                v = db::dateTimeValue(v).date();
+        }
+    }
 }
 
 void GridModel::requerySorted(const QList<QPair<QString, bool>>& columnsDescending) {

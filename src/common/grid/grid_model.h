@@ -142,6 +142,8 @@ private:
     QVariant stored(const GridColumn& col, const QVariant& v) const;
     void recompute(int row);
     void recomputeTotals();
+    // Text columns holding nothing but ISO dates are date columns (SQLite keeps dates as text).
+    void typeTextDates();
     const QVariant& cell(int row, int c) const {
         return m_cells[size_t(row) * m_columns.size() + c];
     }

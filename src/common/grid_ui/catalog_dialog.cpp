@@ -2,9 +2,14 @@
 
 #include "common/dialogs/dialogs.h"
 
+#include <QGuiApplication>
+#include <QHeaderView>
 #include <QKeyEvent>
 #include <QMenu>
+#include <QScreen>
+#include <QScrollBar>
 #include <QVBoxLayout>
+#include <algorithm>
 
 namespace orvo::grid {
 
@@ -45,6 +50,21 @@ CatalogDialog::CatalogDialog(const QString& caption, const QSqlDatabase& db, con
         if (rows > 0)
             m_grid->setActiveCell(0, 0);
     });
+    fitColumns();
+}
+
+void CatalogDialog::fitColumns() {
+    // Wide enough for every column (a parked sale's total must not be cut), within the screen.
+    int width = m_grid->verticalHeader()->sizeHint().width() + 2 * m_grid->frameWidth() +
+                m_grid->verticalScrollBar()->sizeHint().width();
+    for (int c = 0; c < m_grid->gridModel()->columnCount(); ++c)
+        if (!m_grid->isColumnHidden(c))
+            width += m_grid->columnWidth(c);
+    const QMargins margins = layout()->contentsMargins();
+    width += margins.left() + margins.right();
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    const int room = screen ? screen->availableGeometry().width() * 9 / 10 : width;
+    resize(std::clamp(width, 640, std::max(640, room)), height());
 }
 
 std::optional<QVariantMap> CatalogDialog::choose(QWidget* parent, const QString& caption,

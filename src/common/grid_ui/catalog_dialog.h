@@ -46,6 +46,7 @@ protected:
 
 private:
     void chooseCurrent();
+    void fitColumns();
     GridView* m_grid;
     QMenu* m_menu;
     QString m_caption;

@@ -212,7 +212,7 @@ bool GridView::exportToFile() {
 
 bool GridView::printGrid(const QString& title) {
     QPrinter printer;
-    if (!dialogs().choosePrinter(this, printer))
+    if (!choosePrinter(this, printer, title))
         return false;
     grid::printGrid(printer, *m_model, title);
     return true;

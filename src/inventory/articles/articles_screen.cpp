@@ -725,7 +725,7 @@ void ArticlesScreen::print() {
     QTextDocument doc;
     doc.setHtml(articleReport(m_db, key.first, key.second, m_userCode));
     QPrinter printer;
-    if (dialogs().choosePrinter(this, printer))
+    if (choosePrinter(this, printer, QStringLiteral("Artículo ") + key.first))
         doc.print(&printer);
 }
 

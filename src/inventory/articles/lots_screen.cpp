@@ -137,7 +137,7 @@ void LotsScreen::print() {
     QTextDocument doc;
     doc.setHtml(html + QStringLiteral("</table>"));
     QPrinter printer;
-    if (dialogs().choosePrinter(this, printer))
+    if (choosePrinter(this, printer, windowTitle()))
         doc.print(&printer);
 }
 

@@ -515,13 +515,13 @@ void PriceListScreen::print() {
                                  QStringLiteral("Mayor"), QStringLiteral("Afiliado"),
                                  QStringLiteral("Promoción"), QStringLiteral("Vigencia")},
                                 rows, {false, false, false, true, true, true, true, false}));
+    const QString title = QStringLiteral("Lista de precios Nº %1 (%2)")
+                              .arg(m_list.number)
+                              .arg(listStatusText(m_list.status));
     QPrinter printer;
-    if (!dialogs().choosePrinter(this, printer))
+    if (!choosePrinter(this, printer, title))
         return;
-    grid::printDocument(printer, doc,
-                        QStringLiteral("Lista de precios Nº %1 (%2)")
-                            .arg(m_list.number)
-                            .arg(listStatusText(m_list.status)));
+    grid::printDocument(printer, doc, title);
 }
 
 void PriceListScreen::chooseModel() {

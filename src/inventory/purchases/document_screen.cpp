@@ -8,6 +8,7 @@
 #include "inventory/purchases/purchase_rules.h"
 #include "inventory/purchases/purchases.h"
 #include "shell/startup/app_home.h"
+#include "shell/startup/app_state.h"
 
 #include <QApplication>
 #include <QDateEdit>
@@ -143,7 +144,7 @@ void printDocument(QWidget* parent, const PrintedDocument& document) {
     if (document.html.isEmpty())
         return;
     QPrinter printer;
-    if (!dialogs().choosePrinter(parent, printer))
+    if (!choosePrinter(parent, printer, document.title))
         return;
     QTextDocument body;
     body.setHtml(document.html);
@@ -153,13 +154,9 @@ void printDocument(QWidget* parent, const PrintedDocument& document) {
 void writePdf(QWidget* parent, const PrintedDocument& document) {
     if (document.html.isEmpty())
         return;
-    // Offered in the reports folder of the application.
-    const QString folder = QDir(shell::appHome()).filePath(QStringLiteral("REPORTES"));
-    QDir().mkpath(folder);
-    QString path =
-        dialogs().saveFileName(parent, QStringLiteral("Guardar como PDF"),
-                               QDir(folder).filePath(document.title + QStringLiteral(".pdf")),
-                               QStringLiteral("Documentos PDF (*.pdf)"));
+    QString path = dialogs().saveFileName(parent, QStringLiteral("Guardar como PDF"),
+                                          shell::reportPdfPath(document.title),
+                                          QStringLiteral("Documentos PDF (*.pdf)"));
     if (path.isEmpty())
         return;
     if (!path.endsWith(QStringLiteral(".pdf"), Qt::CaseInsensitive))

@@ -274,7 +274,7 @@ void ClosingScreen::afterBackup(bool ok, const QString& error) {
                            QStringLiteral("Imprimir Cierre"), true)) {
         guarded(this, [&] {
             QPrinter printer;
-            if (!dialogs().choosePrinter(this, printer))
+            if (!choosePrinter(this, printer, windowTitle(), day))
                 return;
             QTextDocument doc;
             doc.setHtml(closingReportHtml(m_db, m_serial, day, m_session.nombre, counted()));

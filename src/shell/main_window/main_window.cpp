@@ -26,6 +26,7 @@
 #include <QFileInfo>
 #include <QFileSystemWatcher>
 #include <QFontDialog>
+#include <QHash>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QLabel>
@@ -398,20 +399,23 @@ QString withAltLetter(const QString& caption, QString& taken) {
 
 void MainWindow::buildMenuBar(const QList<MenuNode>& nodes) {
     QString taken = QStringLiteral("sy"); // &Sistema, A&yuda
+    // Inside an open menu each entry has its letter too: Alt+V, C opens "Cierre de caja".
+    QHash<QMenu*, QString> takenIn;
     std::function<void(QMenu*, const MenuNode&)> addNode = [&](QMenu* menu, const MenuNode& n) {
         if (n.isSeparator()) {
             menu->addSeparator();
             return;
         }
+        const QString caption = withAltLetter(n.caption, takenIn[menu]);
         if (!n.children.isEmpty() || n.form.isEmpty()) {
-            QMenu* sub = menu->addMenu(n.caption);
+            QMenu* sub = menu->addMenu(caption);
             sub->setObjectName(n.code);
             sub->menuAction()->setObjectName(n.code);
             for (const MenuNode& c : n.children)
                 addNode(sub, c);
             return;
         }
-        QAction* a = menu->addAction(n.caption);
+        QAction* a = menu->addAction(caption);
         a->setObjectName(n.code);
         const QString code = n.code;
         connect(a, &QAction::triggered, this, [this, code] { openNode(code); });

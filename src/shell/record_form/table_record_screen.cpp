@@ -1,6 +1,7 @@
 #include "shell/record_form/table_record_screen.h"
 
 #include "common/dialogs/dialogs.h"
+#include "common/dialogs/screen_widgets.h"
 #include "common/grid/grid_print.h"
 #include "common/grid_ui/grid_view.h"
 
@@ -21,6 +22,7 @@
 #include <QRadioButton>
 #include <QRegularExpressionValidator>
 #include <QTextDocument>
+#include <algorithm>
 
 namespace orvo::shell {
 
@@ -121,6 +123,7 @@ void TableRecordScreen::buildControls() {
                                    q.value(1).toString(),
                                q.value(0));
             });
+            makeSearchable(c);
             c->setCurrentIndex(-1);
             control = c;
             break;
@@ -165,6 +168,8 @@ void TableRecordScreen::buildControls() {
     }
     m_browser->setColumns(columns);
     m_browser->horizontalHeader()->setStretchLastSection(true);
+    // Room for the columns a user reads (a worker's name and position were cut off).
+    m_browser->setMinimumWidth(std::min(720, 100 * int(columns.size())));
     layout->addWidget(m_browser, 1);
     connect(m_browser->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
             [this](const QModelIndex& current) { onBrowserRowChanged(current.row()); });
@@ -211,6 +216,10 @@ void TableRecordScreen::requery() {
 void TableRecordScreen::fillBrowser() {
     const QSignalBlocker block(m_browser->selectionModel());
     m_browser->gridModel()->setRows(m_rows.rows);
+    // Names whole, but no column too wide to leave room for the others.
+    m_browser->resizeColumnsToContents();
+    for (int c = 0; c < m_browser->gridModel()->columnCount(); ++c)
+        m_browser->setColumnWidth(c, std::min(m_browser->columnWidth(c), 260));
 }
 
 void TableRecordScreen::afterNavigate() {
@@ -268,6 +277,7 @@ QVariant TableRecordScreen::fieldValue(const RecordField& f) const {
         return inactiveButton(w)->isChecked() ? QVariant(0) : QVariant();
     case Kind::Choice: {
         auto* c = static_cast<QComboBox*>(w);
+        takeTypedChoice(c);
         return c->currentIndex() < 0 ? QVariant(QString()) : c->currentData();
     }
     }
@@ -364,13 +374,13 @@ QString TableRecordScreen::catalogueHtml() const {
 }
 
 void TableRecordScreen::print() {
+    const QString title = m_table.reportTitle.isEmpty() ? m_table.caption : m_table.reportTitle;
     QPrinter printer;
-    if (!dialogs().choosePrinter(this, printer))
+    if (!choosePrinter(this, printer, title))
         return;
     QTextDocument doc;
     doc.setHtml(catalogueHtml());
-    grid::printDocument(printer, doc,
-                        m_table.reportTitle.isEmpty() ? m_table.caption : m_table.reportTitle);
+    grid::printDocument(printer, doc, title);
 }
 
 } // namespace orvo::shell

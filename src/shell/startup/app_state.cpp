@@ -1,5 +1,7 @@
 #include "shell/startup/app_state.h"
 
+#include <QDir>
+
 namespace orvo::shell {
 
 namespace {
@@ -22,6 +24,20 @@ bool isLoggedIn() {
 
 void setLoggedIn(bool loggedIn) {
     g_loggedIn = loggedIn;
+}
+
+QString reportPdfPath(const QString& document, const QDate& day) {
+    const SessionContext& ctx = session();
+    const QString folder = ctx.reportFolder.isEmpty() ? resolveReportFolder(ctx) : ctx.reportFolder;
+    QDir().mkpath(folder);
+    QString name = document.simplified();
+    for (QChar& c : name)
+        if (QStringLiteral("/\\:*?\"<>|").contains(c))
+            c = u'-';
+    if (name.isEmpty())
+        name = QStringLiteral("Documento");
+    return QDir(folder).filePath(name + u' ' + day.toString(QStringLiteral("yyyy-MM-dd")) +
+                                 QStringLiteral(".pdf"));
 }
 
 } // namespace orvo::shell

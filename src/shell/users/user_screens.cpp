@@ -232,7 +232,7 @@ void UserScreen::runSearch() {
 
 void UserScreen::print() {
     QPrinter printer;
-    if (!dialogs().choosePrinter(this, printer))
+    if (!choosePrinter(this, printer, windowTitle()))
         return;
     QList<QStringList> rows;
     for (const UserRow& u : m_users)

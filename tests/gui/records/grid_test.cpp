@@ -1,6 +1,7 @@
 #include "common/db/sql.h"
 #include "common/grid_ui/catalog_dialog.h"
 #include "common/grid_ui/grid_view.h"
+#include "inventory/prices/price_store.h"
 #include "support/scripted_dialogs.h"
 #include "support/test_db.h"
 
@@ -203,6 +204,39 @@ TEST_F(GridGui, PickedNumbersReadAsTextAndNumbers) {
     q.bind(tax).bind(price).exec();
     ASSERT_TRUE(q.next());
     EXPECT_EQ(q.value(0).toString(), "CAMISA");
+}
+
+TEST_F(GridGui, LookupListsShowDatesAsDaysOnEitherEngine) {
+    // Dates go in as the program binds them: a day at midnight.
+    exec("INSERT INTO LISTAPRECIO (Numero, Fecha, Observacion, Usuario, Status) "
+         "VALUES (?, ?, ?, ?, 0)",
+         {7, QDateTime(QDate(2026, 11, 23), QTime(0, 0)), "2026-11-24 no es fecha", "ADMIN"});
+    exec("INSERT INTO LISTAPRECIO (Numero, Fecha, Observacion, Usuario, Status) "
+         "VALUES (?, ?, ?, ?, 1)",
+         {8, QDateTime(QDate(2026, 12, 1), QTime(15, 30)), "2026-12-01", "ADMIN"});
+    exec("INSERT INTO LISTAPRECIO (Numero, Fecha, Usuario, Status) VALUES (?, NULL, ?, 0)",
+         {9, "ADMIN"});
+    CatalogDialog list("Listas de precios", db(), inventory::prices::store::listsCatalogSql());
+    const GridModel* m = list.grid()->gridModel();
+    ASSERT_EQ(list.rowCount(), 3);
+    const int fecha = m->columnByCaption("Fecha");
+    const int observacion = m->columnByCaption("Observacion");
+    ASSERT_GE(fecha, 0);
+    EXPECT_EQ(m->column(fecha).type, Type::Date);
+    EXPECT_EQ(m->displayText(0, fecha), "");
+    EXPECT_EQ(m->displayText(1, fecha), "01/12/2026");
+    EXPECT_EQ(m->displayText(2, fecha), "23/11/2026");
+    EXPECT_EQ(m->data(m->index(2, fecha)).toString(), "23/11/2026");
+    // A text that merely starts like a date stays text, so its column does too.
+    EXPECT_EQ(m->column(observacion).type, Type::Text);
+    EXPECT_EQ(m->displayText(1, observacion), "2026-12-01");
+
+    // The day is found as it is shown, and handed back as a day.
+    list.grid()->searchValue("23/11/2026", true);
+    QTest::keyClick(list.grid(), Qt::Key_Return);
+    ASSERT_EQ(list.result(), QDialog::Accepted);
+    EXPECT_EQ(list.chosenValue("Numero").toInt(), 7);
+    EXPECT_EQ(list.chosenValue("Fecha").toDate(), QDate(2026, 11, 23));
 }
 
 TEST_F(GridGui, LookupListSortsByRequery) {

@@ -346,6 +346,46 @@ TEST_F(RecordScreensGui, ClientWithTypesDatesFlagsAndPercent) {
     press("Cancelar");
 }
 
+TEST_F(RecordScreensGui, AWorkersPositionIsFoundByTypingPartOfItsName) {
+    for (const auto& [code, name] : QList<QPair<QString, QString>>{
+             {"001", "GERENTE"}, {"002", "CAJERO"}, {"003", "VENDEDOR"}, {"004", "VIGILANTE"}})
+        exec("INSERT INTO CARGOS (Codigo, Nombre, Status) VALUES (?, ?, 1)", {code, name});
+    open("frmTrabajadores");
+    // Leaving the field is what takes the choice: the screen must have the keyboard.
+    m_screen->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(m_screen.get()));
+    auto* position = m_screen->findChild<QComboBox*>("cboCargo");
+    ASSERT_NE(position, nullptr);
+    press("Nuevo");
+    type("txtCedula", "V-12345678");
+    type("txtNombre", "ANA PEREZ");
+    // Enter after a piece of the name that only one position holds takes that one and moves on.
+    position->setFocus();
+    QTest::keyClicks(position, "ndedo");
+    QTest::keyClick(position, Qt::Key_Return);
+    EXPECT_EQ(position->currentData().toString(), "003");
+    EXPECT_EQ(position->currentText(), "003 - VENDEDOR");
+    EXPECT_FALSE(position->hasFocus());
+    press("Guardar");
+    ASSERT_EQ(count("TRABAJADORES", "Cedula = 'V-12345678' AND Cargo = '003'"), 1)
+        << m_dialogs->lastText().toStdString();
+
+    // What several positions hold chooses none of them; the code typed in full chooses one.
+    press("Modificar");
+    position->setFocus();
+    position->lineEdit()->selectAll();
+    QTest::keyClicks(position, "ER"); // GERENTE, CAJERO
+    QTest::keyClick(position, Qt::Key_Return);
+    EXPECT_EQ(position->currentIndex(), -1);
+    EXPECT_TRUE(position->currentText().isEmpty());
+    position->setFocus();
+    QTest::keyClicks(position, "001 - gerente");
+    QTest::keyClick(position, Qt::Key_Return);
+    EXPECT_EQ(position->currentData().toString(), "001");
+    press("Guardar");
+    EXPECT_EQ(count("TRABAJADORES", "Cedula = 'V-12345678' AND Cargo = '001'"), 1);
+}
+
 TEST_F(RecordScreensGui, TheToolbarAnswersTheKeyboard) {
     // As in the main window: the toolbar and the screen share one top-level window.
     QWidget host;

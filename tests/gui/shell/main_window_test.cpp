@@ -17,6 +17,7 @@
 #include <QDir>
 #include <QDockWidget>
 #include <QFile>
+#include <QKeySequence>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMdiArea>
@@ -64,7 +65,7 @@ QStringList menuTitles(MainWindow& w) {
 QStringList actionTexts(QMenu* m) {
     QStringList out;
     for (QAction* a : m->actions())
-        out << (a->isSeparator() ? QStringLiteral("_") : a->text());
+        out << (a->isSeparator() ? QStringLiteral("_") : a->text().remove(u'&'));
     return out;
 }
 
@@ -188,6 +189,12 @@ TEST_F(MainWindowTest, LoginRefusalsThenTheUsersMenu) {
     EXPECT_EQ(actionTexts(menuNamed(window(), QStringLiteral("Ventas"))),
               (QStringList{QStringLiteral("Devoluciones"), QStringLiteral("Facturación"),
                            QStringLiteral("_")}));
+    // And inside the menu each entry answers its own letter.
+    QStringList letters;
+    for (QAction* a : menuNamed(window(), QStringLiteral("Ventas"))->actions())
+        if (!a->isSeparator())
+            letters << QKeySequence::mnemonic(a->text()).toString();
+    EXPECT_EQ(letters, (QStringList{QStringLiteral("Alt+D"), QStringLiteral("Alt+F")}));
     QStringList keys;
     for (QMenu* m : {menuNamed(window(), QStringLiteral("&Sistema")),
                      menuNamed(window(), QStringLiteral("A&yuda"))})
