@@ -531,6 +531,15 @@ void SaleScreen::enterClient() {
     });
 }
 
+void SaleScreen::focusSellerOrBarcode() {
+    if (m_draft.seller().codigo.isEmpty()) {
+        m_seller->setFocus();
+        m_seller->selectAll();
+    } else {
+        m_barcode->setFocus();
+    }
+}
+
 void SaleScreen::chooseClient() {
     guarded(this, [&] {
         const auto row = grid::CatalogDialog::choose(this, QStringLiteral("Clientes"), m_db,
@@ -968,6 +977,7 @@ void SaleScreen::takeBack() {
         m_lastSale->clear();
         showClient();
         refresh();
+        focusSellerOrBarcode();
     });
 }
 
@@ -993,6 +1003,8 @@ void SaleScreen::invoiceDispatchOrder() {
         m_lastSale->clear();
         showClient();
         refresh();
+        // The order brings client and lines: what is left to key is who sold it.
+        focusSellerOrBarcode();
     });
 }
 

@@ -68,6 +68,7 @@ public:
     void enterArticle();
     void enterClient();
     void enterSeller();
+    void focusSellerOrBarcode();
     void chooseClient();
     void chooseSeller();
     void openPayments();

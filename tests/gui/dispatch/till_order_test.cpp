@@ -47,6 +47,8 @@ TEST_F(TillOrderTest, AnOrderKeyedForAWholesaleClientIsInvoicedWithF8) {
     ASSERT_EQ(sale->draft().lines().size(), 1) << dialogs.texts().join('|').toStdString();
     EXPECT_EQ(sale->draft().client().codigo, "J301234567");
     EXPECT_EQ(sale->draft().lines().at(0).tipoLista, 'M');
+    // The cashier goes on typing the seller, without reaching for the mouse.
+    EXPECT_EQ(sale->focusWidget(), child<QLineEdit>(*sale, "txtVendedor"));
     typeEnter(*sale, "txtVendedor", "003");
     payInCash<pos::payments::PaymentsScreen>(*sale);
     ASSERT_EQ(count("VENTAS"), 1) << dialogs.texts().join('|').toStdString();
