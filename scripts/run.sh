@@ -24,7 +24,7 @@ first_line() {
   local file=$1 pid=$2
   # A whole line only: a service still writing its address must not be read halfway.
   for _ in $(seq 1 300); do
-    if [ "$(wc -l <"$file" 2>/dev/null || echo 0)" -ge 1 ]; then head -n 1 "$file"; return 0; fi
+    if [ -f "$file" ] && [ "$(wc -l <"$file")" -ge 1 ]; then head -n 1 "$file"; return 0; fi
     kill -0 "$pid" 2>/dev/null || break
     sleep 0.1
   done
